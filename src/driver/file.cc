@@ -1,0 +1,84 @@
+#include "driver/file.h"
+
+#include "driver/fatal.h"
+
+#include <cerrno>
+#include <ctime>
+#include <string>
+#include <sys/stat.h>
+#include <unistd.h>
+
+/// Tries until it succeeds, with short sleeps, while the clock is within five whole seconds of the start.
+template <class Try>
+static bool with_patience(Try attempt)
+{
+    const time_t start = time(nullptr);
+    const timespec nap{0, 20'000'000};
+    do {
+        if (attempt()) return true;
+        fflush(stdout); // a person should see how far the run came
+        nanosleep(&nap, nullptr);
+    } while (time(nullptr) <= start + 5);
+    return false;
+}
+
+FILE* fopen_vx(const char* path, const char* mode)
+{
+    FILE* file = nullptr;
+    with_patience([&] {
+        do {
+            file = fopen(path, mode);
+        } while (!file && (errno == EMFILE || errno == ENFILE) && out_give_up_oldest());
+        return file != nullptr;
+    });
+    return file;
+}
+
+bool out_open_vx(OUT_FILE& file, const char* path, OUT_MODE mode, ON_LOSS on_loss)
+{
+    bool taken = false;
+    const bool opened = with_patience([&] {
+        const bool done = out_open(file, path, mode, on_loss);
+        taken = !done && errno == EEXIST;
+        return done || taken;
+    });
+    return opened && !taken;
+}
+
+bool out_overwrite_start_vx(const char* path, std::string_view bytes)
+{
+    return with_patience([&] { return out_overwrite_start(path, bytes); });
+}
+
+void open_file(OUT_FILE& file, const char* path, uint8_t* status_byte)
+{
+    if (!out_open_vx(file, path, OUT_MODE::append, ON_LOSS::tell_once))
+        shut_down(FATAL_OPEN, path, status_byte);
+}
+
+uint8_t fexist(const char* path)
+{
+    return access(path, F_OK) == 0;
+}
+
+bool name_taken(const char* path)
+{
+    struct stat what;
+    return lstat(path, &what) == 0;
+}
+
+bool same_file(const char* a, const char* b)
+{
+    struct stat of_a, of_b;
+    return stat(a, &of_a) == 0 && stat(b, &of_b) == 0 && of_a.st_dev == of_b.st_dev &&
+           of_a.st_ino == of_b.st_ino;
+}
+
+void Make_dir(const char* path)
+{
+    const std::string whole = path;
+    for (size_t slash = whole.find('/'); slash != std::string::npos; slash = whole.find('/', slash + 1)) {
+        const std::string prefix = whole.substr(0, slash + 1);
+        if (!fexist(prefix.c_str())) mkdir(prefix.c_str(), 0777);
+    }
+}

@@ -1,0 +1,70 @@
+// Lines built by hand hold what printf would print.
+#include "driver/compose.h"
+
+#include <gtest/gtest.h>
+
+#include <cinttypes>
+#include <cstdio>
+#include <random>
+#include <string>
+
+namespace {
+
+std::string decimal(uint32_t value, int width)
+{
+    char line[32];
+    return {line, put_decimal(line, value, width)};
+}
+
+std::string printed(const char* format, int width, uint32_t value)
+{
+    char line[32];
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
+    snprintf(line, sizeof line, format, width, value);
+#pragma GCC diagnostic pop
+    return line;
+}
+
+TEST(put_decimal, equals_printf_over_all_widths)
+{
+    std::mt19937 random(5);
+    for (int width = 1; width <= 10; ++width)
+        for (int bits = 0; bits <= 32; ++bits)
+            for (int i = 0; i < 50; ++i) {
+                const auto value = static_cast<uint32_t>((uint64_t{random()} & ((uint64_t{1} << bits) - 1)));
+                ASSERT_EQ(decimal(value, width), printed("%0*" PRIu32, width, value));
+            }
+}
+
+TEST(put_decimal, keeps_the_digits_that_a_width_has_no_room_for)
+{
+    EXPECT_EQ(decimal(0, 1), "0");
+    EXPECT_EQ(decimal(0, 4), "0000");
+    EXPECT_EQ(decimal(166, 2), "166");
+    EXPECT_EQ(decimal(4294967295U, 7), "4294967295");
+    EXPECT_EQ(decimal(9999999, 7), "9999999");
+    EXPECT_EQ(decimal(10000000, 7), "10000000");
+}
+
+TEST(put_hex, equals_printf)
+{
+    std::mt19937 random(6);
+    for (int width = 1; width <= 8; ++width)
+        for (int i = 0; i < 500; ++i) {
+            const auto value = static_cast<uint32_t>(random() & ((uint64_t{1} << 4 * width) - 1));
+            char line[16];
+            ASSERT_EQ(std::string(line, put_hex(line, value, width)), printed("%0*" PRIX32, width, value));
+        }
+}
+
+TEST(put, copies_a_piece_and_moves_behind_it)
+{
+    char line[16] = {};
+    char* to = put(line, "ab");
+    to = put(to, "");
+    to = put(to, "c");
+    EXPECT_EQ(std::string(line, to), "abc");
+}
+
+} // namespace

@@ -1,0 +1,51 @@
+// What a piece of the program shows, and how it ends the process.
+#pragma once
+
+#include "kit/scratch.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <source_location>
+#include <string>
+
+namespace kit {
+
+/// Everything that `what` shows on standard output.
+template <class What>
+std::string shown_by(What what)
+{
+    testing::internal::CaptureStdout();
+    what();
+    return testing::internal::GetCapturedStdout();
+}
+
+/// Everything that `what` shows on standard error.
+template <class What>
+std::string complained_by(What what)
+{
+    testing::internal::CaptureStderr();
+    what();
+    return testing::internal::GetCapturedStderr();
+}
+
+/// `what` must end its process with this status, and have shown exactly these texts.
+template <class What>
+void expect_ending(What what, int status, const std::string& out, const std::string& err = "",
+                   std::source_location where = std::source_location::current())
+{
+    const testing::ScopedTrace trace(where.file_name(), static_cast<int>(where.line()), "ending");
+    const Scratch scratch;
+    const std::string path = scratch.write("stdout", "");
+    EXPECT_EXIT(
+        {
+            if (!freopen(path.c_str(), "w", stdout)) abort();
+            what();
+        },
+        testing::ExitedWithCode(status), testing::StrEq(err));
+    EXPECT_EQ(scratch.read("stdout"), out);
+}
+
+} // namespace kit
