@@ -1,0 +1,111 @@
+#include "packet/codec.h"
+
+#include <cstdio>
+#include <cstring>
+
+void unbcd(char* digits, const uint8_t* bcd, uint16_t n)
+{
+    for (unsigned i = 0; i < n; ++i) {
+        digits[2 * i] = static_cast<char>('0' + (bcd[i] >> 4));
+        digits[2 * i + 1] = static_cast<char>('0' + (bcd[i] & 15));
+    }
+}
+
+uint16_t bcd2i(const uint8_t* bcd, int16_t n)
+{
+    unsigned value = 0;
+    for (int i = 0; i < n; ++i) {
+        value = value * 10 + (bcd[i] >> 4);
+        value = value * 10 + (bcd[i] & 15);
+    }
+    return static_cast<uint16_t>(value);
+}
+
+uint16_t bcdtoi(const uint8_t* bcd, uint16_t n)
+{
+    unsigned value = 0;
+    for (unsigned i = 0; i < n; ++i) value = value * 100 + (bcd[i] >> 4) * 10U + (bcd[i] & 15U);
+    return static_cast<uint16_t>(value);
+}
+
+int secs_split(const uint8_t* packed, char* text)
+{
+    const uint32_t word = be32(packed);
+    const uint32_t year = (word >> 25) + 1984;
+    uint32_t left = word & 0x1FFFFFF;
+    const uint32_t second = left % 60;
+    left /= 60;
+    const uint32_t minute = left % 60;
+    left /= 60;
+    const uint32_t hour = left % 24;
+    const uint32_t day = left / 24 + 1;
+    return snprintf(text, 14, "%04u%03u%02u%02u%02u", year, day, hour, minute, second);
+}
+
+/// kept: nothing here stops the program; what was read so far is the value.
+static void complain_about_count()
+{
+    printf("\n ERROR: Incorrect no of bytes passed");
+}
+
+/// A signed integer of n bytes, from the most significant one on; `step` is the way to the next.
+static int32_t integer_in(const uint8_t* at, uint16_t n, int step)
+{
+    uint32_t value = static_cast<uint32_t>(static_cast<int8_t>(*at));
+    if (static_cast<uint8_t>(n - 1) > 3) {
+        complain_about_count();
+        return static_cast<int32_t>(value);
+    }
+    for (int i = 1; i < n; ++i) value = value << 8 | at[i * step];
+    return static_cast<int32_t>(value);
+}
+
+int32_t little_endian_in(const uint8_t* at, uint16_t n)
+{
+    return integer_in(at, n, 1);
+}
+
+int32_t big_endian_in(const uint8_t* at, uint16_t n)
+{
+    return integer_in(at + 3, n, -1);
+}
+
+void little_endian_out(uint32_t value, uint8_t* to, uint16_t n)
+{
+    for (int i = 0; i < n; ++i, value >>= 8) to[i] = static_cast<uint8_t>(value);
+}
+
+void big_endian_out(uint32_t value, uint8_t* to, uint16_t n)
+{
+    for (int i = 0; i < n; ++i, value >>= 8) to[3 - i] = static_cast<uint8_t>(value);
+}
+
+uint32_t reverse(const uint8_t* at, uint16_t n)
+{
+    if (n == 2) return be16(at);
+    if (n == 4) return be32(at);
+    printf("reverse: Incorrect no of bytes passed\n");
+    return 0;
+}
+
+void hex_str(char* line, const uint8_t* bytes)
+{
+    static constexpr char digits[] = "0123456789ABCDEF";
+    char* to = line;
+    for (int i = 0; i < 16; ++i) {
+        if (i == 8) {
+            *to++ = '-';
+            *to++ = ' ';
+        }
+        *to++ = digits[bytes[i] >> 4];
+        *to++ = digits[bytes[i] & 15];
+        *to++ = ' ';
+    }
+    *to++ = ' ';
+    *to++ = ' ';
+    for (int i = 0; i < 16; ++i) {
+        const bool shown = bytes[i] >= 32 && bytes[i] <= 126;
+        *to++ = shown ? static_cast<char>(bytes[i]) : '.';
+    }
+    *to = '\0';
+}

@@ -1,0 +1,61 @@
+// BCD, byte order, packed seconds, the hexadecimal line: pure functions on bytes.
+#pragma once
+
+#include <cstdint>
+
+/// Writes the 2n digits of n BCD bytes, without a terminator. Nibbles above 9 come out as the characters
+/// that follow "9" (":" to "?").
+void unbcd(char* digits, const uint8_t* bcd, uint16_t n);
+
+/// Value of n BCD bytes modulo 65536; nibbles above 9 count as what they are (one byte reaches 165).
+uint16_t bcd2i(const uint8_t* bcd, int16_t n);
+
+/// The same value, a byte at a time.
+uint16_t bcdtoi(const uint8_t* bcd, uint16_t n);
+
+/// Packed time of a disk directory, as four packet bytes give it: 7 bits of years since 1984 and 25 bits
+/// of seconds in that year. Writes year (4), day (3), hour, minute, second (2 each) and a NUL; `text` has
+/// room for 14. Returns the number of characters (13).
+int secs_split(const uint8_t* packed, char* text);
+
+inline int16_t swap16(uint16_t v)
+{
+    return static_cast<int16_t>(__builtin_bswap16(v));
+}
+inline uint32_t swap32(uint32_t v)
+{
+    return __builtin_bswap32(v);
+}
+
+/// Big-endian values of packet bytes, on any host.
+inline uint16_t be16(const uint8_t* p)
+{
+    return static_cast<uint16_t>(p[0] << 8 | p[1]);
+}
+inline uint32_t be32(const uint8_t* p)
+{
+    return static_cast<uint32_t>(p[0]) << 24 | static_cast<uint32_t>(p[1]) << 16 |
+           static_cast<uint32_t>(p[2]) << 8 | p[3];
+}
+
+/// kept: little-endian-reads-big. Reads n (1 to 4) bytes upward from `at`, the first one the most
+/// significant and signed. A bad n is complained about on standard output; the first byte is the value.
+int32_t little_endian_in(const uint8_t* at, uint16_t n);
+
+/// kept: big-endian-starts-at-3. Reads n (1 to 4) bytes downward from `at` + 3, whatever n is.
+int32_t big_endian_in(const uint8_t* at, uint16_t n);
+
+/// Writes n bytes of a value, the lowest first, upward from `to`.
+void little_endian_out(uint32_t value, uint8_t* to, uint16_t n);
+
+/// kept: big-endian-starts-at-3. Writes n bytes of a value, the lowest first, downward from `to` + 3.
+void big_endian_out(uint32_t value, uint8_t* to, uint16_t n);
+
+/// Value of a big-endian field of 2 or 4 bytes; 2 bytes are not sign-extended. Any other n is complained
+/// about on standard output and gives 0.
+uint32_t reverse(const uint8_t* at, uint16_t n);
+
+inline constexpr int Hex_str_len = 68;
+
+/// One dump line of 16 bytes: Hex_str_len characters and a NUL.
+void hex_str(char* line, const uint8_t* bytes);

@@ -1,0 +1,53 @@
+#include "packet/input.h"
+
+#include "driver/fatal.h"
+#include "driver/settings.h"
+
+#include <cerrno>
+#include <unistd.h>
+
+uint32_t Blk_cnt;
+uint16_t Blk_len;
+uint32_t Blk_start;
+
+namespace {
+
+constexpr size_t Read_ahead = 256 * 1024;
+static_assert(Read_ahead % Packet_size == 0);
+
+uint8_t Ahead[Read_ahead];
+size_t Filled;    ///< bytes read into Ahead
+size_t Taken;     ///< bytes handed out of it
+bool At_end;      ///< nothing is left behind Ahead
+bool Read_failed; ///< reading ended with an error
+
+void read_on()
+{
+    Filled = Taken = 0;
+    while (Filled < Read_ahead && !At_end) {
+        const ssize_t n = read(fileno(FdIn), Ahead + Filled, Read_ahead - Filled);
+        if (n > 0) Filled += static_cast<size_t>(n);
+        if (n == 0) At_end = true;
+        if (n < 0 && errno != EINTR) At_end = Read_failed = true;
+    }
+}
+
+} // namespace
+
+uint16_t Blk_read(PACKET& pkt)
+{
+    if (Filled - Taken < Packet_size && !At_end) read_on();
+    if (Filled - Taken < Packet_size) {
+        if (Read_failed) shut_down(FATAL_READ, nullptr, nullptr);
+        return Blk_end;
+    }
+    pkt.bytes = Ahead + Taken;
+    Taken += Packet_size;
+    return 0;
+}
+
+void Blk_rewind()
+{
+    Filled = Taken = 0;
+    At_end = Read_failed = false;
+}

@@ -1,0 +1,29 @@
+#include "packet/kind.h"
+
+uint16_t code_set(const PACKET& pkt)
+{
+    const std::string_view letters = text(pkt, HDR::Type);
+    for (uint16_t i = 0; Pkt_codes[2 * i]; ++i)
+        if (letters[0] == Pkt_codes[2 * i] && letters[1] == Pkt_codes[2 * i + 1])
+            return static_cast<uint16_t>(i + 1);
+    return PKT_UNKNOWN;
+}
+
+ENCODING encoding_of(uint8_t format)
+{
+    switch (format) {
+    case 0x01:
+    case 0x16:
+    case 0x17: return ENCODING::int16;
+    case 0x00:
+    case 0x32:
+    case 0x33: return ENCODING::int32;
+    case 0x02:
+    case 0x03:
+    case 0xC0:
+    case 0xC1: return ENCODING::steim1;
+    case 0xC2:
+    case 0xC3: return ENCODING::steim2;
+    default: return ENCODING::none;
+    }
+}

@@ -1,0 +1,37 @@
+// Packet type numbers and letters, and the data formats of DT packets.
+#pragma once
+
+#include "packet/packet.h"
+
+#include <cstdint>
+
+enum PKT : uint16_t {
+    PKT_UNKNOWN = 0,
+    PKT_EH, ///< event header
+    PKT_ET, ///< event trailer
+    PKT_DT, ///< data
+    PKT_SH, ///< state of health
+    PKT_SC, ///< station and channels
+    PKT_DS, ///< data streams
+    PKT_CD, ///< calibration
+    PKT_OM, ///< operating mode
+    PKT_AD, ///< auxiliary data
+    PKT_DR, ///< directory of a recording medium
+    PKT_NH, ///< network header
+    PKT_NT, ///< network trailer
+    PKT_FD, ///< filter description
+};
+
+/// The letters of all types; a type's number is its place, counted from 1.
+inline constexpr char Pkt_codes[] = "EHETDTSHSCDSCDOMADDRNHNTFD";
+
+/// The number of a packet's type, PKT_UNKNOWN when its two letters are not in Pkt_codes.
+uint16_t code_set(const PACKET& pkt);
+
+/// How the samples of a DT packet are encoded.
+enum class ENCODING : uint8_t { none, int16, int32, steim1, steim2 };
+
+/// The encoding that a data format byte stands for; none for a format the program does not know.
+ENCODING encoding_of(uint8_t format);
+
+inline constexpr uint8_t Format_16_bit = 0x16; ///< the one format that makes a channel a 16-bit one

@@ -1,0 +1,199 @@
+#include "packet/timestr.h"
+
+#include "driver/compose.h"
+#include "driver/number.h"
+
+#include <algorithm>
+#include <cinttypes>
+#include <cmath>
+#include <cstdio>
+
+namespace {
+
+/// True for a whole time string with nothing but digits, as all are that recorders write.
+bool all_digits(std::string_view text)
+{
+    unsigned odd = text.size() != 16;
+    for (size_t i = 0; i < text.size() && i < 16; ++i) odd |= static_cast<unsigned char>(text[i] - '0') > 9;
+    return !odd;
+}
+
+int digits_at(std::string_view text, size_t at, size_t width)
+{
+    int value = 0;
+    for (size_t i = at; i < at + width; ++i) value = value * 10 + (text[i] - '0');
+    return value;
+}
+
+/// The six fields of a time string, by the rules of scanf: a blank field takes from the next one, a sign
+/// counts in the width, what does not convert is 0.
+TIME_T fields_of(std::string_view text)
+{
+    TIME_T t{};
+    if (all_digits(text)) {
+        t.year = static_cast<int16_t>(digits_at(text, AT::Year, 4));
+        t.day = static_cast<int16_t>(digits_at(text, AT::Day, 3));
+        t.hour = static_cast<int16_t>(digits_at(text, AT::Hour, 2));
+        t.minute = static_cast<int16_t>(digits_at(text, AT::Minute, 2));
+        t.second = static_cast<int16_t>(digits_at(text, AT::Second, 2));
+        t.milli = static_cast<int16_t>(digits_at(text, AT::Milli, 3));
+        return t;
+    }
+    t.year = scan_int16(text, AT::Year, 4);
+    t.day = scan_int16(text, AT::Day, 3);
+    t.hour = scan_int16(text, AT::Hour, 2);
+    t.minute = scan_int16(text, AT::Minute, 2);
+    t.second = scan_int16(text, AT::Second, 2);
+    t.milli = scan_int16(text, AT::Milli, 3);
+    return t;
+}
+
+/// Milliseconds of a time as intervals count them: every year has 365 days.
+double interval_ms(const char* text)
+{
+    const std::string_view whole = text;
+    const TIME_T t = fields_of(whole);
+    double ms = t.milli;
+    // The text at the millisecond's place, as scanf's %3s takes it: one word of three characters at most.
+    size_t from = std::min(AT::Milli, whole.size());
+    while (from < whole.size() && (whole[from] == ' ' || (whole[from] >= '\t' && whole[from] <= '\r')))
+        ++from;
+    size_t length = 0;
+    while (length < 3 && from + length < whole.size() && whole[from + length] != ' ' &&
+           !(whole[from + length] >= '\t' && whole[from + length] <= '\r'))
+        ++length;
+    if (length != 3) ms *= 10; // kept: short-milliseconds. Two digits are hundredths; so is one.
+    const double days = static_cast<double>(t.year) * 365 + t.day;
+    return (((days * 24 + t.hour) * 60 + t.minute) * 60 + t.second) * 1000 + ms;
+}
+
+/// The same in 32 bits, which wrap.
+uint32_t wrapped_ms(const char* text)
+{
+    const TIME_T t = fields_of(text);
+    uint32_t v = static_cast<uint32_t>(t.year) * 365U + static_cast<uint32_t>(t.day);
+    v = v * 24U + static_cast<uint32_t>(t.hour);
+    v = v * 60U + static_cast<uint32_t>(t.minute);
+    v = v * 60U + static_cast<uint32_t>(t.second);
+    return v * 1000U + static_cast<uint32_t>(t.milli);
+}
+
+/// Milliseconds at the end of a packet, before they are carried into seconds. A rate that makes them no
+/// number, or none that 64 bits hold, gives 0; what 32 bits do not hold wraps.
+uint32_t ms_at_end(uint16_t count, float rate, int16_t milli)
+{
+    if (rate == 0.0F) return static_cast<uint32_t>(static_cast<int32_t>(milli));
+    const double ms = static_cast<double>(count) * 1000.0 / static_cast<double>(rate) + milli;
+    if (!(std::fabs(ms) < 9223372036854775808.0)) return 0;
+    return static_cast<uint32_t>(static_cast<int64_t>(ms));
+}
+
+/// "%04u%03d%02u%02u%02u%03lu", by hand where all numbers have their usual width; cut at 16 characters.
+void write_time(char* text, uint32_t year, int64_t day, int64_t hours, int64_t minutes, int64_t seconds,
+                uint32_t ms)
+{
+    char made[80];
+    const bool usual = year <= 9999 && (day | hours | minutes | seconds) >= 0;
+    if (usual) {
+        char* to = put_decimal(made, year, 4);
+        to = put_decimal(to, static_cast<uint32_t>(day), 3);
+        to = put_decimal(to, static_cast<uint32_t>(hours), 2);
+        to = put_decimal(to, static_cast<uint32_t>(minutes), 2);
+        to = put_decimal(to, static_cast<uint32_t>(seconds), 2);
+        put_decimal(to, ms, 3);
+    } else {
+        snprintf(made, sizeof made, "%04" PRIu32 "%03d%02u%02u%02u%03" PRIu32, year, static_cast<int>(day),
+                 static_cast<unsigned>(hours), static_cast<unsigned>(minutes), static_cast<unsigned>(seconds),
+                 ms);
+    }
+    memcpy(text, made, 16);
+    text[16] = '\0';
+}
+
+} // namespace
+
+TIMESTR header_time(const PACKET& pkt)
+{
+    char digits[2 * HDR::Digits.len];
+    unbcd(digits, pkt.bytes + HDR::Digits.at, HDR::Digits.len);
+    // Digits 2-3 are the year, 8-19 the day of year down to the millisecond.
+    TIMESTR t;
+    const bool next_century = scan_int16({digits + 2, 2}, 0, 2) < 85;
+    memcpy(t.s, next_century ? "20" : "19", 2);
+    memcpy(t.s + 2, digits + 2, 2);
+    memcpy(t.s + AT::Day, digits + 8, 12);
+    return t;
+}
+
+void Time_atoil(TIME_T* t, const char* text)
+{
+    const TIME_T read = fields_of(text);
+    t->year = read.year;
+    t->day = read.day;
+    t->hour = read.hour;
+    t->minute = read.minute;
+    t->second = read.second;
+    t->milli = read.milli;
+    t->micro = 0;
+}
+
+double Time_cvt(const TIME_T* t)
+{
+    if (t->year <= 1983) return 0.0;
+    const int years = t->year - 1984;
+    // kept: leap-days-by-four. 1984's own leap day counts from 1988 on.
+    const double days = years * 365.0 + years / 4 + t->day;
+    return ((days * 24 + t->hour) * 60 + t->minute) * 60 + t->second + t->milli / 1000.0 +
+           t->micro / 1000000.0;
+}
+
+double Time_dif(const char* a, const char* b)
+{
+    const TIME_T ta = fields_of(a);
+    const TIME_T tb = fields_of(b);
+    const double sa = Time_cvt(&ta);
+    const double sb = Time_cvt(&tb);
+    return sa > sb ? sa - sb : 0.0;
+}
+
+float Time_update(const char* a, const char* b)
+{
+    return static_cast<float>((interval_ms(b) - interval_ms(a)) * 0.001);
+}
+
+uint16_t Time_compr(const char* a, const char* b)
+{
+    return wrapped_ms(a) > wrapped_ms(b);
+}
+
+void Time_r64toil(TIME_T*, double) {}
+
+void add_str_tim(char* time_text, float rate, const uint8_t* count_bcd)
+{
+    const TIME_T t = fields_of(time_text);
+    uint32_t year = static_cast<uint16_t>(t.year);
+    const uint32_t ms = ms_at_end(bcdtoi(count_bcd, 2), rate, t.milli);
+
+    // Carried by division; 64 bits, since a slow rate makes weeks of milliseconds.
+    int64_t seconds = t.second + static_cast<int64_t>(ms / 1000);
+    int64_t minutes = t.minute;
+    int64_t hours = t.hour;
+    int64_t day = t.day;
+    const auto carry = [](int64_t& low, int64_t& high, int64_t full) {
+        if (low < full) return;
+        high += low / full;
+        low %= full;
+    };
+    carry(seconds, minutes, 60);
+    carry(minutes, hours, 60);
+    carry(hours, day, 24);
+
+    // kept: year-length-once. The length of the first year serves for all that follow.
+    const int64_t year_len = year % 4 ? 365 : 366;
+    while (day > year_len) {
+        day -= year_len;
+        if (++year > 99) year = 0; // kept: two-digit-year. A year of four digits rolls over to 0000.
+    }
+
+    write_time(time_text, year, day, hours, minutes, seconds, ms % 1000);
+}
