@@ -1,0 +1,154 @@
+// Reading the INI file, and taking lines apart. Begin with ini_section.
+#include "model/ini.h"
+
+#include "driver/file.h"
+#include "driver/settings.h"
+#include "driver/text.h"
+#include "model/records.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <strings.h>
+#include <unordered_map>
+
+namespace {
+
+constexpr size_t Line_max = 99;  // longer lines fall into pieces, each a line of its own
+constexpr size_t Header_len = 6; // "[9A3F]"
+
+struct INI_FILE {
+    std::string path;                                             // empty until a file was read
+    std::unordered_map<uint16_t, std::vector<INI_SECTION>> units; // a unit's sections in file order
+    INI_SECTION nothing;                                          // for units that have none
+};
+
+INI_FILE Ini;
+
+struct CLOSES {
+    void operator()(FILE* file) const { fclose(file); }
+};
+using OPENED = std::unique_ptr<FILE, CLOSES>;
+
+/// Reads up to and with the next LF, but Line_max characters at most. False at the end of the file.
+bool read_piece(FILE* file, std::string& piece)
+{
+    piece.clear();
+    while (piece.size() < Line_max) {
+        const int c = getc(file);
+        if (c == EOF) break;
+        piece.push_back(static_cast<char>(c));
+        if (c == '\n') break;
+    }
+    return !piece.empty();
+}
+
+int hex_digit(char c)
+{
+    if (c >= '0' && c <= '9') return c - '0';
+    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+    return -1;
+}
+
+/// The unit ID of a section header; whatever follows the six characters is free.
+std::optional<uint16_t> header_id(std::string_view line)
+{
+    if (line.size() < Header_len || line[0] != '[' || line[5] != ']') return std::nullopt;
+    unsigned id = 0;
+    for (const char c : line.substr(1, 4)) {
+        const int digit = hex_digit(c);
+        if (digit < 0) return std::nullopt;
+        id = id << 4 | static_cast<unsigned>(digit);
+    }
+    return static_cast<uint16_t>(id);
+}
+
+int32_t position(uint64_t bytes)
+{
+    return static_cast<int32_t>(static_cast<uint32_t>(bytes));
+}
+
+/// Sorts the whole file into sections. A NUL ends its line early, as it ends any text.
+void read_sections(FILE* file, INI_FILE& ini)
+{
+    std::string piece;
+    INI_SECTION* section = nullptr; // the one we are in
+    uint64_t at = 0;
+    for (; read_piece(file, piece); at += piece.size()) {
+        const std::string_view line = before_nul(piece);
+        if (!line.starts_with('[')) {
+            if (section) section->lines.emplace_back(line);
+            continue;
+        }
+        if (section) section->last = position(at + piece.size());
+        section = nullptr;
+        if (const auto id = header_id(line)) {
+            section = &ini.units[*id].emplace_back();
+            section->first = position(at);
+        }
+    }
+    if (section) section->last = position(at);
+    ini.nothing.last = position(at);
+}
+
+/// True when the file stands in memory.
+bool have_file(int32_t from)
+{
+    if (!Ini.path.empty() && Ini.path == FileIni) return true;
+    if (!fexist(FileIni.c_str())) return false;
+
+    const OPENED file(fopen_vx(FileIni.c_str(), "r"));
+    if (!file) {
+        printf("\nWARNING: Unable to open the INI file %s", FileIni.c_str());
+        return false;
+    }
+    // Where the scan would begin. The file is read from its start all the same, for all units at once.
+    if (fseek(file.get(), from, SEEK_SET) != 0 || fseek(file.get(), 0, SEEK_SET) != 0) {
+        printf("\nWARNING: Unable to set position within the INI file %s", FileIni.c_str());
+        return false;
+    }
+    Ini = {FileIni, {}, {}};
+    read_sections(file.get(), Ini);
+    return true;
+}
+
+} // namespace
+
+const INI_SECTION* ini_section(UNIT_T* unit)
+{
+    if (!have_file(unit->ini_first)) return nullptr;
+    const auto found = Ini.units.find(unit->unit_id);
+    if (found == Ini.units.end()) return &Ini.nothing;
+    for (const INI_SECTION& section : found->second) {
+        if (static_cast<uint32_t>(section.first) < static_cast<uint32_t>(unit->ini_first)) continue;
+        unit->ini_first = section.first;
+        return &section;
+    }
+    return &Ini.nothing;
+}
+
+void ini_forget()
+{
+    Ini = {};
+}
+
+int ini_key(std::string_view text, const INI_KEY* keys, size_t drop)
+{
+    for (int i = 0; keys[i][0] != '\0'; ++i) {
+        const char* key = keys[i] + drop;
+        const size_t len = strlen(key);
+        if (text.size() >= len && strncasecmp(text.data(), key, len) == 0) return i;
+    }
+    return -1;
+}
+
+std::optional<std::string_view> ini_value(std::string_view line)
+{
+    const size_t equals = line.find('=');
+    if (equals == std::string_view::npos) return std::nullopt;
+    const std::string_view value = line.substr(equals + 1);
+    const std::string_view told = value.substr(0, value.find_first_of(";\r\n"));
+    return told.substr(std::min(told.find_first_not_of(' '), told.size()));
+}

@@ -1,0 +1,39 @@
+// The station INI file as text: sections, lines, keys and values. Knows no particular key.
+// The file is read once per run; every unit and every new channel is then served from memory.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+struct UNIT_T;
+
+/// What the file says of one unit. Positions are those of the file, kept to 32 bits.
+struct INI_SECTION {
+    int32_t first = 0; ///< of the header line
+    int32_t last = 0;  ///< behind the line that ends the section: the next header, or the end of the file
+    std::vector<std::string> lines; ///< between the two, each of at most 99 characters
+};
+
+/// The unit's section: the first one of its ID from the unit's `ini_first` onward, to which `ini_first` is
+/// moved. A unit without one gets no lines and the end of the file. Null when the file cannot be had:
+/// silently when it does not exist, with a warning on the console, each time anew, when opening or
+/// positioning fails.
+const INI_SECTION* ini_section(UNIT_T* unit);
+
+/// Forgets what was read, so that the file is read again; for tests.
+void ini_forget();
+
+/// One slot of a key table; an empty one ends the table.
+using INI_KEY = char[12];
+
+/// Index of the first key, in table order, that the text begins with, in any case; -1 for none. Each key is
+/// compared without its first `drop` characters.
+int ini_key(std::string_view text, const INI_KEY* keys, size_t drop);
+
+/// The value of a line: behind the first "=", before the first ";", CR or LF, leading blanks skipped,
+/// trailing ones kept. Nothing when the line has no "=".
+std::optional<std::string_view> ini_value(std::string_view line);
