@@ -1,0 +1,258 @@
+// Decoders of Steim-compressed samples: fifteen frames of differences between neighbouring samples, with the
+// first and the last sample stored beside them to check the decoding against.
+#include "packet/samples.h"
+
+#include "driver/settings.h"
+#include "model/records.h"
+#include "output/log.h"
+#include "packet/steim_table.h"
+
+#include <cinttypes>
+#include <cstdio>
+#include <cstring>
+
+namespace {
+
+constexpr int Words = 16;          ///< words in a frame; word 0 holds the codes of all
+constexpr int First_data_word = 3; ///< of frame 1, behind the two integration constants
+
+const uint8_t* word_at(const PACKET& pkt, int frame, int word)
+{
+    return pkt.bytes + DT::Frames + frame * DT::Frame_len + word * 4;
+}
+
+/// One decoding: what the packet says, and what has been made of it so far. All sums wrap at 32 bits.
+struct STEIM {
+    const PACKET& pkt;
+    DATA_BUF& out;
+    uint32_t x0;        ///< first sample, as stored
+    uint32_t xn;        ///< last sample, as stored
+    uint32_t value = 0; ///< running value: the latest sample
+    uint32_t diff = 0;  ///< what "Calc start" shows of the differences
+    bool mismatch = false;
+
+    STEIM(const PACKET& p, DATA_BUF& o)
+        : pkt(p), out(o), x0(be32(word_at(p, 0, 1))), xn(be32(word_at(p, 0, 2)))
+    {
+        out.count = 0;
+    }
+
+    void add(uint32_t difference)
+    {
+        value += difference;
+        if (out.count < Samples_max) out.sample[out.count++] = static_cast<int32_t>(value);
+    }
+
+    /// The first difference leads from the channel's last sample to this packet's first.
+    void start(uint32_t last)
+    {
+        if (last != 0 && last + diff != x0) mismatch = true;
+        value = x0 - diff;
+    }
+};
+
+/// Where a Steim-2 word keeps its differences.
+struct FIELDS {
+    uint8_t count, width; ///< count 0: no such word
+};
+constexpr FIELDS Steim2_fields[2][4] = {
+    {{0, 0}, {1, 30}, {2, 15}, {3, 10}}, // code 2, by dnib
+    {{5, 6}, {6, 5}, {7, 4}, {0, 0}},    // code 3, by dnib
+};
+FIELDS steim2_fields(unsigned code, uint32_t word)
+{
+    return Steim2_fields[code - 2][word >> 30];
+}
+
+/// Difference i of a Steim-2 word, the most significant first.
+uint32_t steim2_difference(uint32_t word, FIELDS fields, int i)
+{
+    const unsigned shift = static_cast<unsigned>(fields.width * (fields.count - 1 - i));
+    return static_cast<uint32_t>(Steim2_get_bits(word, shift, fields.width));
+}
+
+uint32_t signed_byte(uint8_t b)
+{
+    return static_cast<uint32_t>(static_cast<int8_t>(b));
+}
+uint32_t signed_pair(const uint8_t* p)
+{
+    return static_cast<uint32_t>(static_cast<int16_t>(be16(p)));
+}
+
+/// Runs `word(code, bytes)` over all data words, from `first` of frame 1 on.
+template <class Word>
+void each_word(const PACKET& pkt, int first, Word word)
+{
+    for (int frame = 0; frame < DT::Frame_cnt; ++frame, first = 1) {
+        uint8_t codes[Words];
+        C0_flag_cvt(word_at(pkt, frame, 0), codes);
+        for (int w = first; w < Words; ++w) word(codes[w], word_at(pkt, frame, w));
+    }
+}
+
+void complain_about_first(const PACKET& pkt, const uint8_t* codes)
+{
+    uint32_t in_memory;
+    memcpy(&in_memory, word_at(pkt, 0, 0), sizeof in_memory);
+    fprintf(stderr, "\nError in flags array (%08" PRIX32 "):", in_memory);
+    for (int i = 0; i < Words; ++i) fprintf(stderr, " %u", codes[i]);
+}
+
+uint32_t steim1_first(const PACKET& pkt)
+{
+    uint8_t codes[Words];
+    C0_flag_cvt(word_at(pkt, 0, 0), codes);
+    const uint8_t* word = word_at(pkt, 0, First_data_word);
+    switch (codes[First_data_word]) {
+    case 0: return 0;
+    case 1: return signed_byte(word[0]);
+    case 2: return signed_pair(word);
+    case 3: return be32(word);
+    default: complain_about_first(pkt, codes); return 0;
+    }
+}
+
+void steim1_word(STEIM& s, unsigned code, const uint8_t* word)
+{
+    switch (code) {
+    case 0: break;
+    case 1:
+        for (int i = 0; i < 4; ++i) s.add(s.diff = signed_byte(word[i]));
+        break;
+    case 2:
+        for (int i = 0; i < 4; i += 2) s.add(s.diff = signed_pair(word + i));
+        break;
+    case 3: s.add(be32(word)); break; // kept: calc-start-8-16. A 32-bit difference is not remembered.
+    default: printf("Error in flags array: %u\n", code);
+    }
+}
+
+/// The first word of frame 1 that holds data; Words when none does.
+int steim2_first_word(const PACKET& pkt)
+{
+    uint8_t codes[Words];
+    C0_flag_cvt(word_at(pkt, 0, 0), codes);
+    int w = First_data_word;
+    while (w < Words && codes[w] == 0) ++w;
+    return w;
+}
+
+uint32_t steim2_first(const PACKET& pkt, int at)
+{
+    if (at == Words) return 0;
+    uint8_t codes[Words];
+    C0_flag_cvt(word_at(pkt, 0, 0), codes);
+    const uint32_t word = be32(word_at(pkt, 0, at));
+    switch (codes[at]) {
+    case 1: return signed_byte(word_at(pkt, 0, at)[0]);
+    case 2:
+    case 3: {
+        const FIELDS fields = steim2_fields(codes[at], word);
+        return fields.count ? steim2_difference(word, fields, 0) : word; // kept: invalid-first-is-whole
+    }
+    default: printf("Error in flags array\n"); return 0;
+    }
+}
+
+void steim2_word(STEIM& s, unsigned code, const uint8_t* bytes)
+{
+    if (code == 0) return;
+    if (code == 1) {
+        for (int i = 0; i < 4; ++i) s.add(s.diff = signed_byte(bytes[i]));
+        return;
+    }
+    if (code > 3) {
+        printf("Error in flags array\n");
+        return;
+    }
+    const uint32_t word = be32(bytes);
+    const FIELDS fields = steim2_fields(code, word);
+    // kept: always-c-2. The text says C=2 for words of code 3 too.
+    if (fields.count == 0) printf("Error in Steim2 W-type (%d) for C=2\n", static_cast<int>(word >> 30));
+    for (int i = 0; i < fields.count; ++i) s.add(s.diff = steim2_difference(word, fields, i));
+}
+
+/// Tells in the unit's log what the packet said and what came out.
+void log_mismatch(const CHN_T* chn, const STEIM& s)
+{
+    OUT_FILE& log = chn->unit->log_fp;
+    log.print("     Read start 0x%08" PRIX32 "  ", s.x0);
+    log.print("stop 0x%08" PRIX32 "  ", s.xn);
+    log.print("samples %d\r\n", bcd(s.pkt, EVT::Samples));
+    log.print("     Calc start 0x%08" PRIX32 "  ", s.diff + chn->last);
+    log.print("stop 0x%08" PRIX32 "  ", s.value);
+    log.print("samples %d\r\n", static_cast<int>(s.out.count));
+    log_block(log, s.pkt, DUMP_WHOLE);
+}
+
+/// Good when the last sample and the count are what the packet says. Otherwise the channel is marked, the
+/// log told, and the next packet checked against the recorder's own value.
+void check_end(CHN_T* chn, const STEIM& s)
+{
+    const bool good = s.value == s.xn && bcd(s.pkt, EVT::Samples) == (s.out.count & 0xFFFF) && !s.mismatch;
+    if (!good) {
+        chn->discontinuous = 1;
+        if (Log_on) log_mismatch(chn, s);
+    }
+    chn->last = s.xn;
+}
+
+} // namespace
+
+void C0_flag_clr(uint8_t* codes)
+{
+    memset(codes, 0, Words);
+}
+
+void C0_flag_cvt(const uint8_t* control, uint8_t* codes)
+{
+    C0_flag_clr(codes);
+    const uint32_t word = be32(control);
+    for (int i = 0; i < Words; ++i) codes[i] = static_cast<uint8_t>(word >> (30 - 2 * i) & 3);
+}
+
+int32_t Steim2_get_bits(uint32_t word, uint32_t shift, uint32_t width)
+{
+    if (width > 32 || width == 0 || shift > 32) return 0;
+    const uint32_t mask = 0xFFFFFFFFU << (width & 31);
+    const uint32_t shifted = static_cast<uint32_t>(static_cast<int32_t>(word) >> (shift & 31));
+    const uint32_t value = shifted & ~mask;
+    const bool negative = value >> (width - 1) & 1;
+    return static_cast<int32_t>(negative ? value | mask : value);
+}
+
+void Buf_c0(CHN_T* chn, const PACKET& pkt, DATA_BUF& out)
+{
+    if (steim1_by_table(pkt, chn->last, out))
+        chn->last = static_cast<uint32_t>(out.sample[out.count - 1]);
+    else
+        Buf_c0_by_word(chn, pkt, out);
+}
+
+void Buf_c0_by_word(CHN_T* chn, const PACKET& pkt, DATA_BUF& out)
+{
+    STEIM s(pkt, out);
+    s.diff = steim1_first(pkt);
+    s.start(chn->last);
+    each_word(pkt, First_data_word, [&](unsigned code, const uint8_t* word) { steim1_word(s, code, word); });
+    check_end(chn, s);
+}
+
+void Buf_c2(CHN_T* chn, const PACKET& pkt, DATA_BUF& out)
+{
+    if (steim2_by_table(pkt, chn->last, out))
+        chn->last = static_cast<uint32_t>(out.sample[out.count - 1]);
+    else
+        Buf_c2_by_word(chn, pkt, out);
+}
+
+void Buf_c2_by_word(CHN_T* chn, const PACKET& pkt, DATA_BUF& out)
+{
+    STEIM s(pkt, out);
+    const int first = steim2_first_word(pkt);
+    s.diff = steim2_first(pkt, first);
+    s.start(chn->last);
+    each_word(pkt, first, [&](unsigned code, const uint8_t* word) { steim2_word(s, code, word); });
+    check_end(chn, s);
+}
