@@ -1,0 +1,167 @@
+// The dump of DR packets: the directory of a recording medium. Its fields are binary. An entry is put
+// together in memory and then written, since a damaged directory can name one entry thousands of times.
+#include "output/dump.h"
+#include "output/form.h"
+
+#include <algorithm>
+#include <cstdarg>
+#include <cstdio>
+#include <iterator>
+
+namespace {
+
+constexpr Line Prev_dir{{16, 4}, "Prev Dir Location (Block)"};
+constexpr Line Next_dir{{20, 4}, "Next Dir Location (Block)"};
+constexpr Line Sector_flag{{25, 1}, "Block/Sector Flag"};
+constexpr Line Entry_cnt{{26, 2}, "No of dir entries"};
+constexpr Line Last_entry{{28, 4}, "Last Entry Number"};
+
+constexpr int Entries = 32;    // where the first entry begins
+constexpr int Entry_size = 72; // bytes of an entry that are read, however far the next one is
+constexpr Span Entry_len{6, 2};
+
+/// How the value of an entry's field is shown.
+enum class AS : uint8_t { number, four_digits, ten_digits, hex, block, name };
+
+struct Entry_line {
+    Span where;
+    AS as;
+    const char* label;
+};
+constexpr Entry_line Entry_lines[] = {
+    {{0, 4}, AS::number, "Entry Number"},
+    {{4, 1}, AS::number, "Entry Status"},
+    {{5, 1}, AS::number, "Entry Format"},
+    {Entry_len, AS::number, "Entry Length"},
+    {{8, 2}, AS::four_digits, "Unit ID"}, // kept: decimal-unit-id. Hexadecimal everywhere else.
+    {{10, 2}, AS::number, "Event Number"},
+    {{12, 1}, AS::number, "Event Header Flag"},
+    {{13, 1}, AS::number, "Event Trailer Flag"},
+    {{14, 2}, AS::number, "Stream Number"},
+    {{16, 8}, AS::name, "Data Stream Name"},
+    {{24, 4}, AS::name, "Trigger Type"},
+    {{58, 2}, AS::hex, "Data Format"},
+    {{60, 4}, AS::block, "Data Location (Block)"},
+    {{64, 4}, AS::ten_digits, "Data Length (Blocks)"},
+    {{68, 4}, AS::number, "Disk Errors (Blocks)"},
+};
+
+/// A packed time, and its milliseconds.
+struct Time_line {
+    Span packed, millis;
+    const char* label;
+};
+constexpr Time_line Time_lines[] = {
+    {{28, 4}, {48, 2}, "Trigger time"},   {{32, 4}, {50, 2}, "First sample time"},
+    {{36, 4}, {52, 2}, "Detrigger time"}, {{40, 4}, {54, 2}, "Last sample time"},
+    {{44, 4}, {56, 2}, "Entry time"},
+};
+
+/// The lines of one entry. None is longer than 64 characters.
+struct PAGE {
+    char bytes[64 * (std::size(Entry_lines) + std::size(Time_lines) + 1)];
+    size_t used = 0;
+
+    __attribute__((format(printf, 2, 3))) void print(const char* format, ...)
+    {
+        va_list args;
+        va_start(args, format);
+        const int n = vsnprintf(bytes + used, sizeof bytes - used, format, args);
+        va_end(args);
+        if (n > 0) used = std::min(used + static_cast<size_t>(n), sizeof bytes - 1);
+    }
+    void label(const char* label) { print("%*s%-*s: ", Form_b.indent, "", Form_b.column, label); }
+    std::string_view view() const { return {bytes, used}; }
+};
+
+/// The binary value of a field of 1, 2 or 4 bytes.
+uint32_t number(const PACKET& pkt, Span where)
+{
+    if (where.len == 1) return byte(pkt, where);
+    return reverse(pkt.bytes + where.at, static_cast<uint16_t>(where.len));
+}
+
+/// Adds the value of a field. `origin` is the block that locations count from.
+void put_value(PAGE& page, const PACKET& pkt, Span where, AS as, uint32_t origin)
+{
+    switch (as) {
+    case AS::number: page.print("%u", number(pkt, where)); break;
+    case AS::four_digits: page.print("%04u", number(pkt, where)); break;
+    case AS::ten_digits: page.print("%010u", number(pkt, where)); break;
+    case AS::hex: page.print("%02X", number(pkt, where)); break;
+    case AS::block: page.print("%010u", number(pkt, where) + origin); break;
+    case AS::name: page.print("%*.*s", where.len, where.len, text(pkt, where).data()); break;
+    }
+}
+
+/// Adds a time, unless its packed form is 0.
+void put_time(PAGE& page, const PACKET& pkt, Span packed, Span millis)
+{
+    if (number(pkt, packed) == 0) return;
+    char digits[14];
+    secs_split(pkt.bytes + packed.at, digits);
+    page.print("%4.4s:%3.3s:%2.2s:%2.2s:%2.2s.%.3u", digits, digits + 4, digits + 7, digits + 9, digits + 11,
+               number(pkt, millis));
+}
+
+void make_entry(PAGE& page, const PACKET& pkt, int entry, uint32_t origin)
+{
+    page.print("\r\n");
+    for (const Entry_line& line : Entry_lines) {
+        page.label(line.label);
+        put_value(page, pkt, in_entry(entry, line.where), line.as, origin);
+        page.print("\r\n");
+    }
+    for (const Time_line& line : Time_lines) {
+        page.label(line.label);
+        put_time(page, pkt, in_entry(entry, line.packed), in_entry(entry, line.millis));
+        page.print("\r\n");
+    }
+}
+
+/// Writes an entry `times` times, if it is in use.
+void log_entry(OUT_FILE& log, const PACKET& pkt, int entry, uint32_t origin, uint32_t times)
+{
+    if (!given(text(pkt, {entry, 1}))) return;
+    PAGE page;
+    make_entry(page, pkt, entry, origin);
+    for (; times > 0; --times) log.write(page.view());
+}
+
+/// Writes the entries that lie in the packet as a whole, up to the first that does not.
+void log_entries(OUT_FILE& log, const PACKET& pkt, uint32_t count, uint32_t origin)
+{
+    int entry = Entries;
+    while (count > 0 && entry + Entry_size <= Packet_size) {
+        const uint32_t len = number(pkt, in_entry(entry, Entry_len));
+        // kept: entry-that-stays. An entry without length is followed by itself, as often as entries remain.
+        const uint32_t times = len == 0 ? count : 1;
+        log_entry(log, pkt, entry, origin, times);
+        entry += static_cast<int>(len);
+        count -= times;
+    }
+}
+
+} // namespace
+
+void log_dr(OUT_FILE& log, const PACKET& pkt)
+{
+    const uint32_t flag = number(pkt, Sector_flag.where);
+    const uint32_t half = flag != 0 ? 1 : 0; // locations in sectors: two make a block
+    const uint32_t prev = number(pkt, Prev_dir.where) >> half;
+    const uint32_t next = number(pkt, Next_dir.where) >> half;
+    const uint32_t count = number(pkt, Entry_cnt.where);
+
+    form_label(log, Form_a, Prev_dir.label);
+    log.print("%010u\r\n", prev);
+    form_label(log, Form_a, Next_dir.label);
+    log.print("%010u\r\n", next);
+    form_label(log, Form_a, Sector_flag.label);
+    log.print("%u\r\n", flag);
+    form_label(log, Form_a, Entry_cnt.label);
+    log.print("%u\r\n", count);
+    form_label(log, Form_a, Last_entry.label);
+    log.print("%u\r\n", number(pkt, Last_entry.where));
+    // kept: data-behind-directory. Data locations are shown with the previous directory's location added.
+    log_entries(log, pkt, count, prev);
+}

@@ -1,0 +1,56 @@
+#include "output/form.h"
+
+#include "driver/text.h"
+
+/// Bytes of a field that lie past the packet's end.
+static size_t missing(std::string_view field, Span where)
+{
+    return static_cast<size_t>(where.len) - field.size();
+}
+
+void form_label(OUT_FILE& log, Form form, const char* label)
+{
+    log.print("%*s%-*s: ", form.indent, "", form.column, label);
+}
+
+void form_text(OUT_FILE& log, const PACKET& pkt, Span where)
+{
+    const std::string_view field = text(pkt, where);
+    const std::string_view shown = before_nul(field);
+    log.write(shown);
+    if (shown.size() < field.size()) return;
+    for (size_t n = missing(field, where); n > 0; --n) log.write(" ");
+}
+
+static void write_channels(OUT_FILE& log, const PACKET& pkt, Span where)
+{
+    const std::string_view field = text(pkt, where);
+    for (const char& channel : field) log.write(channel == ' ' ? "_" : std::string_view(&channel, 1));
+    for (size_t n = missing(field, where); n > 0; --n) log.write("_");
+}
+
+void form_channel_line(OUT_FILE& log, Form form, const PACKET& pkt, const Line& line, int entry)
+{
+    form_label(log, form, line.label);
+    write_channels(log, pkt, in_entry(entry, line.where));
+    log.write("\r\n");
+}
+
+void form_line(OUT_FILE& log, Form form, const PACKET& pkt, const Line& line, int entry)
+{
+    form_label(log, form, line.label);
+    form_text(log, pkt, in_entry(entry, line.where));
+    log.write("\r\n");
+}
+
+void form_lines(OUT_FILE& log, Form form, const PACKET& pkt, std::span<const Line> lines, int entry)
+{
+    for (const Line& line : lines) form_line(log, form, pkt, line, entry);
+}
+
+bool form_entry(OUT_FILE& log, const PACKET& pkt, int entry)
+{
+    if (!given(text(pkt, {entry, 1}))) return false;
+    log.write("\r\n");
+    return true;
+}
