@@ -1,0 +1,197 @@
+#include "output/sac.h"
+
+#include "driver/file.h"
+#include "driver/settings.h"
+#include "model/open_files.h"
+#include "model/records.h"
+#include "model/show.h"
+#include "output/sample_math.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <ctime>
+
+namespace {
+
+constexpr float Undefined_f = -12345.0F;
+constexpr int32_t Undefined_i = -12345;
+constexpr char Undefined_k[] = "-12345          "; ///< as wide as the widest text
+
+// Enumerated values of the SAC format.
+constexpr int32_t ITIME = 1, IUNKN = 5, IGOOD = 45, IRLDTA = 49;
+constexpr int32_t Header_version = 6;
+
+template <size_t N>
+void fill_text(char (&field)[N])
+{
+    memcpy(field, Undefined_k, N);
+}
+
+/// A text of the record into a field of the header: cut there, the rest NUL.
+template <size_t N>
+void put_text(char (&field)[N], std::string_view from)
+{
+    const size_t n = std::min(from.size(), N);
+    memcpy(field, from.data(), n);
+    memset(field + n, 0, N - n);
+}
+
+/// Every field as SAC marks the ones that nobody set.
+void fill_undefined(SACHDR_T* h)
+{
+    float floats[70];
+    std::fill_n(floats, 70, Undefined_f);
+    memcpy(h, floats, sizeof floats);
+    int32_t integers[35];
+    std::fill_n(integers, 35, Undefined_i);
+    memcpy(&h->NZYEAR, integers, sizeof integers);
+    h->LEVEN = h->LPSPOL = h->LOVROK = h->LCALDA = h->UNUSED_L = 0;
+
+    char* const texts = h->KSTNM;
+    constexpr size_t text_len = Sac_header_len - offsetof(SACHDR_T, KSTNM);
+    for (size_t at = 0; at < text_len; at += 8) memcpy(texts + at, Undefined_k, 8);
+    fill_text(h->KEVNM);
+}
+
+void put_statistics(SACHDR_T* h, const CHN_T* chn)
+{
+    h->DEPMIN = static_cast<float>(chn->min);
+    h->DEPMAX = static_cast<float>(chn->max);
+    h->DEPMEN = chn->cnt ? static_cast<float>(chn->sum / chn->cnt) : 0.0F;
+    h->NPTS = static_cast<int32_t>(chn->cnt);
+}
+
+/// B and E stay undefined: the time base is the first sample, and only O is told against it.
+void put_times(SACHDR_T* h, const EVT_T* evt)
+{
+    if (evt->smp_rate > 0.0F) h->DELTA = 1.0F / evt->smp_rate;
+    h->ODELTA = h->DELTA;
+    h->O = static_cast<float>(Time_dif(evt->t_trg.s, evt->t_first.s));
+    TIME_T t;
+    Time_atoil(&t, evt->t_first.s);
+    h->NZYEAR = t.year;
+    h->NZJDAY = t.day;
+    h->NZHOUR = t.hour;
+    h->NZMIN = t.minute;
+    h->NZSEC = t.second;
+    h->NZMSEC = t.milli;
+}
+
+void put_station(SACHDR_T* h, const UNIT_T* unit)
+{
+    if (!unit->stn_name.empty())
+        put_text(h->KSTNM, unit->stn_name.view());
+    else // kept: station-over-fill. Four digits and a NUL; the rest of the fill shows behind them.
+        snprintf(h->KSTNM, sizeof h->KSTNM, "%04hX", unit->unit_id);
+    if (!unit->net_name.empty()) put_text(h->KNETWK, unit->net_name.view());
+}
+
+void put_component(SACHDR_T* h, const CHN_T* chn)
+{
+    char id[8];
+    snprintf(id, sizeof id, "%04hX-", chn->unit_id);
+    memcpy(h->KCMPNM, id, 5);
+    const bool seed = chn->band != ' ';
+    h->KCMPNM[5] = seed ? chn->band : static_cast<char>('1' + chn->stream);
+    h->KCMPNM[6] = seed ? chn->type : '-';
+    h->KCMPNM[7] = seed ? chn->axis : static_cast<char>('1' + chn->channel);
+}
+
+void put_run(SACHDR_T* h)
+{
+    tm start{};
+    localtime_r(&Sys_time, &start);
+    char date[32];
+    // kept: day-from-zero. The C library's day of the year, 1 January being 000.
+    snprintf(date, sizeof date, "%04d:%03d", start.tm_year + 1900, start.tm_yday);
+    memcpy(h->KDATRD, date, sizeof h->KDATRD);
+    memcpy(h->KINST, "VX 900  ", sizeof h->KINST);
+}
+
+void put_be32(char* to, uint32_t word)
+{
+    to[0] = static_cast<char>(word >> 24);
+    to[1] = static_cast<char>(word >> 16);
+    to[2] = static_cast<char>(word >> 8);
+    to[3] = static_cast<char>(word);
+}
+
+} // namespace
+
+void Sac_dhdr_init(const CHN_T* chn, SACHDR_T* header)
+{
+    fill_undefined(header);
+    header->SCALE = 1.0F;
+    put_statistics(header, chn);
+    put_times(header, chn->evt);
+    header->CMPAZ = chn->azimuth;
+    header->CMPINC = chn->dip;
+    header->NVHDR = Header_version;
+    header->IFTYPE = ITIME;
+    header->IDEP = IUNKN;
+    header->IZTYPE = IUNKN;
+    header->IEVTYP = IUNKN;
+    header->IQUAL = IGOOD;
+    header->ISYNTH = IRLDTA;
+    header->LEVEN = 1;
+    header->LPSPOL = 1;
+    put_station(header, chn->unit);
+    put_component(header, chn);
+    put_run(header);
+}
+
+void Sac_dhdr_bytes(const CHN_T* chn, char* bytes)
+{
+    SACHDR_T header;
+    Sac_dhdr_init(chn, &header);
+    memcpy(bytes, &header, Sac_header_len);
+    for (size_t i = 0; i < Sac_words; ++i) {
+        uint32_t word;
+        memcpy(&word, bytes + 4 * i, 4);
+        put_be32(bytes + 4 * i, word);
+    }
+}
+
+void Sac_dhdr_out(CHN_T* chn)
+{
+    Sac_dhdr_bytes(chn, chn->fp.room(Sac_header_len));
+    chn->fp.took(Sac_header_len);
+}
+
+void Sac_data_out(CHN_T* chn, const int32_t* samples, uint16_t count)
+{
+    // kept: trash-takes-the-tail. A sample to be dropped uses up a turn of the loop, not a sample: what is
+    // missing at the end is the packet's tail.
+    const uint32_t dropped = std::min<uint32_t>(chn->trash, count);
+    chn->trash -= dropped;
+    const uint32_t n = std::min<uint32_t>(count - dropped, Smp_limit - chn->cnt);
+    if (n == 0) return;
+    to_big_endian_floats(samples, n, chn->fp.room(4 * n));
+    chn->fp.took(4 * n);
+    add_samples(chn, samples, n);
+}
+
+void Sac_data_close(CHN_T* chn)
+{
+    Chn_file_close(chn);
+    if (Smp_limit == 0) return;
+    out_close(chn->fp);
+    char header[Sac_header_len];
+    Sac_dhdr_bytes(chn, header);
+    const std::string_view bytes(header, Flag_info.trace_hdr ? Sac_header_len : 0);
+    if (out_overwrite_start_vx(chn->name.c_str(), bytes)) return;
+    printf("\n!!!Could not re-open '%s' to update header!!!", chn->name.c_str());
+    Chn_show(chn);
+}
+
+uint32_t IBM_float(int32_t value)
+{
+    const uint32_t bits = static_cast<uint32_t>(value);
+    const uint32_t sign_bit = bits & 0x80000000U;
+    uint32_t fraction = (sign_bit ? 0U - bits : bits) & 0xFFFFFFU;
+    if (fraction == 0) return 0;
+    uint32_t exponent = 70;
+    for (; (fraction & 0xF00000U) == 0; fraction <<= 4) --exponent;
+    return fraction | exponent << 24 | sign_bit;
+}

@@ -1,0 +1,16 @@
+// The loops over a packet's samples on their way into a trace: conversion, extremes, sums.
+#pragma once
+
+#include <cstdint>
+
+struct CHN_T;
+
+/// Writes n samples as big-endian IEEE floats, each the nearest to its sample.
+void to_big_endian_floats(const int32_t* samples, uint32_t n, char* to);
+
+/// Brings a channel's count, sums and extremes up to date by n samples, one after the other. A tie keeps the
+/// first. The order of the additions is part of the result: sums beyond 2^53 are rounded at each step.
+void add_samples_one_by_one(CHN_T* chn, const int32_t* samples, uint32_t n);
+
+/// The same result, faster wherever the sums are small enough to be exact. n at most 4096.
+void add_samples(CHN_T* chn, const int32_t* samples, uint32_t n);

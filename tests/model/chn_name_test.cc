@@ -1,0 +1,116 @@
+// The path of a trace: levels, name part, letters.
+#include "kit/ending.h"
+#include "kit/stage.h"
+#include "model/channel.h"
+
+#include <gtest/gtest.h>
+
+using namespace kit;
+
+namespace {
+
+/// A channel of an event whose station is told, ready to be named.
+struct Named {
+    explicit Named(const char* station = "STA01")
+    {
+        evt.stn_name.put(station);
+        chn.evt = &evt;
+        chn.unit_id = 0x9A2F;
+        time.put("2004123101530250");
+    }
+    /// The path behind the output path.
+    std::string name()
+    {
+        Chn_name(&chn, time);
+        EXPECT_TRUE(chn.name.starts_with(DirOut)) << chn.name;
+        return chn.name.substr(DirOut.size());
+    }
+    EVT_T evt;
+    CHN_T chn;
+    TIMESTR time;
+};
+
+} // namespace
+
+TEST(Chn_name, has_time_station_stream_and_channel)
+{
+    Stage stage;
+    Named n;
+    n.chn.stream = 0;
+    n.chn.channel = 2;
+    EXPECT_EQ(n.name(), "2004123101530250_STA01_1_3.sac");
+    n.chn.stream = 165;
+    n.chn.channel = 165;
+    EXPECT_EQ(n.name(), "2004123101530250_STA01_166_A6.sac");
+}
+
+TEST(Chn_name, by_default_is_the_station_unless_it_is_five_blanks)
+{
+    Stage stage;
+    EXPECT_EQ(Named("STA01").name(), "2004123101530250_STA01_1_1.sac");
+    EXPECT_EQ(Named("   AB").name(), "2004123101530250____AB_1_1.sac");
+    EXPECT_EQ(Named("AB").name(), "2004123101530250____AB_1_1.sac");
+    EXPECT_EQ(Named("").name(), "2004123101530250_______1_1.sac");
+    EXPECT_EQ(Named("    ").name(), "2004123101530250_______1_1.sac"); // four are not five
+    EXPECT_EQ(Named("     ").name(), "2004123101530250_09A2F_1_1.sac");
+}
+
+TEST(Chn_name, by_unit_is_five_digits)
+{
+    Stage stage;
+    Name_option = 1;
+    EXPECT_EQ(Named().name(), "2004123101530250_09A2F_1_1.sac");
+}
+
+TEST(Chn_name, by_station_is_the_station_even_of_five_blanks)
+{
+    Stage stage;
+    Name_option = 2;
+    EXPECT_EQ(Named("     ").name(), "2004123101530250_______1_1.sac");
+    EXPECT_EQ(Named("STA01").name(), "2004123101530250_STA01_1_1.sac");
+}
+
+TEST(Chn_name, path_options_add_levels_and_make_them)
+{
+    const char* const levels[] = {"", "2004_123/", "2004_123/10/", "2004_123/10_15/", "2004_123/10_15_30/",
+                                  ""};
+    for (uint16_t option = 0; option <= 5; ++option) {
+        Stage stage;
+        Path_option = option;
+        EXPECT_EQ(Named().name(), std::string(levels[option]) + "2004123101530250_STA01_1_1.sac");
+        EXPECT_TRUE(stage.scratch.exists(levels[option])) << option;
+        EXPECT_FALSE(stage.scratch.exists(std::string(levels[option]) + "2004123101530250_STA01_1_1.sac"));
+    }
+}
+
+TEST(Chn_name, missing_levels_of_the_output_path_are_made_too)
+{
+    Stage stage;
+    DirOut = stage.scratch.path("a/b/");
+    Path_option = 1;
+    Named().name();
+    EXPECT_EQ(names(stage.scratch.tree()), "a/\na/b/\na/b/2004_123/\n");
+}
+
+TEST(Chn_name, letters_A_to_X_stand_in_for_the_25th_character)
+{
+    Stage stage;
+    stage.scratch.write("2004123101530250_STA01_1_1.sac", "");
+    for (char c = 'A'; c <= 'X'; ++c) {
+        const std::string expected = std::string("2004123101530250_STA01_1") + c + "1.sac";
+        EXPECT_EQ(Named().name(), expected);
+        stage.scratch.write(expected, "");
+    }
+    expect_ending([] { Named().name(); }, 23, "\n\nERROR!!!!!\n   Unable to create an unique filename.");
+}
+
+TEST(Chn_name, a_longer_stream_number_gives_its_second_digit_to_the_letter)
+{
+    Stage stage;
+    stage.scratch.write("2004123101530250_STA01_10_3.sac", "");
+    stage.scratch.write("2004123101530250_STA01_1A_3.sac", "");
+    Named n;
+    n.chn.stream = 9;
+    n.chn.channel = 2;
+    EXPECT_EQ(n.name(), "2004123101530250_STA01_1B_3.sac");
+}

@@ -1,0 +1,160 @@
+// The fast loops over samples give the very bits of the plain ones.
+#include "model/records.h"
+#include "output/qcc.h"
+#include "output/sample_math.h"
+
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <random>
+#include <vector>
+
+namespace {
+
+uint64_t bits(double v)
+{
+    return std::bit_cast<uint64_t>(v);
+}
+
+void expect_same(const CHN_T& fast, const CHN_T& plain)
+{
+    EXPECT_EQ(bits(fast.sum), bits(plain.sum));
+    EXPECT_EQ(bits(fast.sq_sum), bits(plain.sq_sum));
+    EXPECT_EQ(bits(fast.min), bits(plain.min));
+    EXPECT_EQ(bits(fast.max), bits(plain.max));
+    EXPECT_EQ(fast.min_ndx, plain.min_ndx);
+    EXPECT_EQ(fast.max_ndx, plain.max_ndx);
+    EXPECT_EQ(fast.cnt, plain.cnt);
+}
+
+struct PAIR {
+    CHN_T fast, plain;
+
+    PAIR()
+    {
+        Qcc_init(&fast);
+        Qcc_init(&plain);
+    }
+    void add(const std::vector<int32_t>& samples)
+    {
+        add_samples(&fast, samples.data(), static_cast<uint32_t>(samples.size()));
+        add_samples_one_by_one(&plain, samples.data(), static_cast<uint32_t>(samples.size()));
+    }
+};
+
+TEST(add_samples, equals_one_by_one_for_every_size_of_signal)
+{
+    std::mt19937 random(7);
+    for (int width = 1; width <= 32; ++width) {
+        PAIR pair;
+        for (int packet = 0; packet < 200; ++packet) {
+            std::vector<int32_t> samples(random() % 1561);
+            for (int32_t& x : samples) x = static_cast<int32_t>(random()) >> (32 - width);
+            pair.add(samples);
+        }
+        SCOPED_TRACE(width);
+        expect_same(pair.fast, pair.plain);
+    }
+}
+
+TEST(add_samples, equals_one_by_one_on_large_offsets_where_the_sums_leave_the_exact_integers)
+{
+    std::mt19937 random(8);
+    for (const int32_t offset :
+         {8000000, -8388608, 33554431, 33554432, -33554432, 1 << 27, 2000000000, -2000000000}) {
+        PAIR pair;
+        for (int packet = 0; packet < 300; ++packet) {
+            std::vector<int32_t> samples(1 + random() % 700);
+            for (int32_t& x : samples) x = offset + static_cast<int32_t>(random() % 1000);
+            pair.add(samples);
+        }
+        SCOPED_TRACE(offset);
+        expect_same(pair.fast, pair.plain);
+    }
+}
+
+TEST(add_samples, crosses_the_last_exact_sum_as_one_by_one_does)
+{
+    PAIR pair;
+    pair.fast.sum = pair.plain.sum = 9007199254740992.0 - 5000.0;
+    pair.fast.sq_sum = pair.plain.sq_sum = 9007199254740992.0 - 100000.0;
+    std::mt19937 random(9);
+    for (int packet = 0; packet < 100; ++packet) {
+        std::vector<int32_t> samples(17);
+        for (int32_t& x : samples) x = static_cast<int32_t>(random() % 31);
+        pair.add(samples);
+        expect_same(pair.fast, pair.plain);
+    }
+    EXPECT_GT(pair.fast.sq_sum, 9007199254740992.0); // so it did cross
+    EXPECT_GT(pair.fast.sum, 9007199254740992.0);
+}
+
+TEST(add_samples, keeps_the_first_of_equal_extremes)
+{
+    PAIR pair;
+    pair.add({5, -3, 9, -3, 9});
+    pair.add({9, -3});
+    EXPECT_EQ(pair.fast.min_ndx, 2U);
+    EXPECT_EQ(pair.fast.max_ndx, 3U);
+    expect_same(pair.fast, pair.plain);
+}
+
+TEST(add_samples, finds_no_minimum_above_the_starting_one_nor_a_maximum_below)
+{
+    PAIR pair;
+    pair.add({2147483647, 2147483647});
+    EXPECT_EQ(pair.fast.min, 2147483647.0);
+    EXPECT_EQ(pair.fast.min_ndx, 0U);
+    PAIR lowest;
+    lowest.add({-2147483647 - 1, -2147483647 - 1});
+    EXPECT_EQ(lowest.fast.max, -2147483647.0);
+    EXPECT_EQ(lowest.fast.max_ndx, 0U);
+    expect_same(lowest.fast, lowest.plain);
+}
+
+TEST(add_samples, does_nothing_for_no_sample)
+{
+    PAIR pair;
+    pair.add({});
+    EXPECT_EQ(pair.fast.cnt, 0U);
+    expect_same(pair.fast, pair.plain);
+}
+
+uint32_t converted(int32_t sample)
+{
+    unsigned char bytes[4];
+    to_big_endian_floats(&sample, 1, reinterpret_cast<char*>(bytes));
+    return static_cast<uint32_t>(bytes[0]) << 24 | static_cast<uint32_t>(bytes[1]) << 16 |
+           static_cast<uint32_t>(bytes[2]) << 8 | bytes[3];
+}
+
+TEST(to_big_endian_floats, rounds_to_the_nearest_float_and_ties_to_even)
+{
+    EXPECT_EQ(converted(0), 0x00000000U);
+    EXPECT_EQ(converted(1), 0x3F800000U);
+    EXPECT_EQ(converted(-2), 0xC0000000U);
+    EXPECT_EQ(converted(16777217), 0x4B800000U);   // 16777216.0
+    EXPECT_EQ(converted(16777219), 0x4B800002U);   // 16777220.0
+    EXPECT_EQ(converted(2147483647), 0x4F000000U); // 2147483648.0
+    EXPECT_EQ(converted(-2147483647 - 1), 0xCF000000U);
+}
+
+TEST(to_big_endian_floats, converts_every_length_like_single_samples)
+{
+    std::mt19937 random(10);
+    for (uint32_t n = 0; n <= 70; ++n) {
+        std::vector<int32_t> samples(n);
+        for (int32_t& x : samples) x = static_cast<int32_t>(random());
+        std::vector<unsigned char> out(4 * n + 4, 0xEE);
+        to_big_endian_floats(samples.data(), n, reinterpret_cast<char*>(out.data()));
+        for (uint32_t i = 0; i < n; ++i) {
+            const uint32_t word = static_cast<uint32_t>(out[4 * i]) << 24 |
+                                  static_cast<uint32_t>(out[4 * i + 1]) << 16 |
+                                  static_cast<uint32_t>(out[4 * i + 2]) << 8 | out[4 * i + 3];
+            ASSERT_EQ(word, converted(samples[i]));
+        }
+        EXPECT_EQ(out[4 * n], 0xEE); // not a byte more
+    }
+}
+
+} // namespace
