@@ -1,0 +1,132 @@
+#include "driver/cmdline.h"
+
+#include "driver/console.h"
+#include "driver/fatal.h"
+#include "driver/number.h"
+#include "driver/settings.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr int Usage_status = 2;
+
+char upper(char c)
+{
+    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+}
+
+// Each setter takes a switch's value, the text behind its letter, and says whether it is a good one.
+
+/// Y and + set, N and - clear; only the first character counts.
+template <auto& flag>
+bool set_flag(const char* value)
+{
+    switch (upper(value[0])) {
+    case 'Y':
+    case '+': flag = 1; return true;
+    case 'N':
+    case '-': flag = 0; return true;
+    default: return false;
+    }
+}
+
+/// kept: dash-n-means-auto. "-" and "N" do not switch naming off, they choose Auto.
+bool set_name_option(const char* value)
+{
+    switch (upper(value[0])) {
+    case '0':
+    case 'A':
+    case '-':
+    case 'N': Name_option = 0; return true;
+    case '1':
+    case 'I': Name_option = 1; return true;
+    default: return false;
+    }
+}
+
+bool set_path_option(const char* value)
+{
+    Path_option = static_cast<uint16_t>(to_int32(value));
+    return Path_option <= 4;
+}
+
+bool set_rate(const char* value)
+{
+    Smp_rate_cmd = stof(value, 0);
+    return true;
+}
+
+template <uint32_t& count>
+bool set_count(const char* value)
+{
+    count = to_uint32_any_base(value);
+    return true;
+}
+
+bool ignore(const char*)
+{
+    return true;
+}
+
+struct SWITCH {
+    char letter;
+    bool (*set)(const char* value);
+};
+constexpr SWITCH Switches[] = {
+    {'D', set_flag<Log_dt>},
+    {'F', ignore},
+    {'G', ignore},
+    {'H', ignore},
+    {'L', set_flag<Log_on>},
+    {'N', set_name_option},
+    {'P', set_path_option},
+    {'Q', set_flag<Qcc_on>},
+    {'R', set_rate},
+    {'S', set_count<Smp_limit>},
+    {'T', set_count<Smp_skip>},
+    {'V', set_flag<Verbose>},
+};
+
+[[noreturn]] void usage_error()
+{
+    syntax();
+    end_run(Usage_status);
+}
+
+bool set_switch(const char* argument)
+{
+    const char letter = upper(argument[1]);
+    const SWITCH* found = std::find_if(std::begin(Switches), std::end(Switches),
+                                       [=](const SWITCH& s) { return s.letter == letter; });
+    return found != std::end(Switches) && found->set(argument + 2);
+}
+
+/// Keeps the command line as typed, as far as it fits.
+void keep_argument(const char* argument)
+{
+    Cmd_line += argument;
+    Cmd_line.resize(std::min(Cmd_line.size(), Path_max));
+}
+
+} // namespace
+
+void read_command_line(int argc, char** argv)
+{
+    keep_argument(argc > 0 ? argv[0] : Program);
+    std::string* const names[] = {&FileIn, &DirOut};
+    int named = 0;
+    for (int i = 1; i < argc; ++i) {
+        const char* argument = argv[i];
+        keep_argument(" ");
+        keep_argument(argument);
+        if (argument[0] == '-') {
+            if (!set_switch(argument)) usage_error();
+        } else {
+            if (argument[0] == '?' || named == 2) usage_error();
+            *names[named++] = argument;
+        }
+    }
+    if (FileIn.empty()) usage_error();
+    if (named == 2 && DirOut.empty()) shut_down(FATAL_NO_DIRECTORY, "", nullptr);
+}

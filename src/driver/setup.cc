@@ -1,0 +1,111 @@
+#include "driver/setup.h"
+
+#include "driver/fatal.h"
+#include "driver/file.h"
+#include "driver/settings.h"
+#include "output/log.h"
+#include "output/qcc.h"
+
+#include <cstring>
+#include <sys/stat.h>
+#include <unistd.h>
+
+extern char** environ;
+
+namespace {
+
+/// The working directory; empty when it cannot be had or does not fit.
+std::string working_directory()
+{
+    char path[Path_max + 1];
+    return getcwd(path, sizeof path) ? path : "";
+}
+
+/// kept: ini-variable. The environment is asked for a name that ends in "=", so only an entry VXU==path is
+/// found. Some C libraries refuse to look for such a name: the entries are walked here.
+const char* ini_path_of_environment()
+{
+    static constexpr char name[] = "VXU==";
+    for (char** entry = environ; entry && *entry; ++entry)
+        if (strncmp(*entry, name, sizeof name - 1) == 0) return *entry + sizeof name - 1;
+    return nullptr;
+}
+
+/// The input's name without directory and extension. Both ends are found from the last "." of the whole
+/// path, also when that stands in a directory's name; a "/" that is the very first character counts as part
+/// of the name.
+std::string base_name(const std::string& path)
+{
+    const size_t dot = path.rfind('.');
+    const size_t end = dot == std::string::npos ? path.size() : dot;
+    size_t start = end;
+    while (start > 0) {
+        if (path[start - 1] == '/' && start > 1) break;
+        --start;
+    }
+    return path.substr(start, end - start);
+}
+
+/// A log of the same name as the input would empty it.
+void refuse_input(const char* path)
+{
+    if (same_file(path, FileIn.c_str())) shut_down(FATAL_OPEN, path, nullptr);
+}
+
+void open_run_file(OUT_FILE& file, const std::string& path, void (*write_header)(OUT_FILE&))
+{
+    refuse_input(path.c_str());
+    if (!out_open_vx(file, path.c_str(), OUT_MODE::truncate, ON_LOSS::tell_once))
+        shut_down(FATAL_OPEN, path.c_str(), nullptr);
+    write_header(file);
+}
+
+} // namespace
+
+void settle_paths()
+{
+    if (FileIn.size() > Path_max) shut_down(FATAL_OPEN, FileIn.c_str(), nullptr);
+    DirOrg = working_directory();
+    if (DirOut.empty()) {
+        if (DirOrg.empty()) shut_down(FATAL_NO_DIRECTORY, ".", nullptr);
+        DirOut = DirOrg;
+    } else if (!fexist(DirOut.c_str())) {
+        shut_down(FATAL_NO_DIRECTORY, DirOut.c_str(), nullptr);
+    }
+    const bool slash_missing = DirOut.back() != '/';
+    if (DirOut.size() + slash_missing > Path_max) shut_down(FATAL_NO_DIRECTORY, DirOut.c_str(), nullptr);
+    if (slash_missing) DirOut += Dir_sep;
+    Fn_dir = DirOut;
+}
+
+void find_ini_file(const char* argv0)
+{
+    if (const char* path = ini_path_of_environment()) {
+        FileIni = path;
+    } else if (fexist(Fname_ini)) {
+        FileIni = DirOrg.empty() ? Fname_ini : DirOrg + Dir_sep + Fname_ini;
+    } else {
+        // kept: ini-beside-program. Without a "/" nothing is cut: the INI name follows the program's name.
+        const char* slash = strrchr(argv0, '/');
+        FileIni.assign(argv0, slash ? static_cast<size_t>(slash + 1 - argv0) : strlen(argv0));
+        FileIni += Fname_ini;
+    }
+    if (!fexist(FileIni.c_str())) FileIni += " - not found; using defaults";
+}
+
+void open_run_files()
+{
+    File_temp = base_name(FileIn);
+    FileLog = DirOut + File_temp + Fn_ext_log;
+    FileQcc = DirOut + File_temp + Fn_ext_qcc;
+    if (Log_on) open_run_file(FdLog, FileLog, Log_fhdr);
+    if (Qcc_on) open_run_file(FdQcc, FileQcc, Qcc_fhdr);
+}
+
+bool open_input()
+{
+    FdIn = fopen_vx(FileIn.c_str(), "rb");
+    if (!FdIn) shut_down(FATAL_OPEN, FileIn.c_str(), nullptr);
+    struct stat what;
+    return fstat(fileno(FdIn), &what) != 0 || what.st_size != 0;
+}

@@ -1,0 +1,70 @@
+// Whole runs of the program: started as a person would, watched from outside.
+#pragma once
+
+#include "kit/packets.h"
+#include "kit/scratch.h"
+
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace kit {
+
+using Args = std::vector<std::string>;
+
+struct RunOptions {
+    std::string argv0 = "vx_sac"; ///< no "/" in it, so that no INI file beside the program is met
+    std::string program;          ///< empty: the program under test
+    std::vector<std::string> env; ///< whole entries, "NAME=value", behind a small fixed environment
+    std::string stdin_text;       ///< what the program can read; then end of file
+    bool close_stdin = false;     ///< no standard input at all
+    std::string stdout_path;      ///< standard output goes there and not into Outcome::out
+    bool terminal = false;        ///< standard output is a terminal; Outcome::out is what it showed
+    std::vector<std::pair<int, unsigned long>> limits; ///< RLIMIT_... and value; SIGXFSZ is then ignored
+    int mask = -1;                                     ///< umask
+    bool as_nobody = false;                            ///< a run as root gives its rights up first
+    double signal_after = 0;                           ///< seconds until `signal` is sent, 0 for never
+    int signal = 0;
+    double timeout = 60; ///< seconds; then the whole process group is killed
+};
+
+struct Outcome {
+    std::string out, err;
+    int status = -1; ///< exit status; -1 when a signal ended it
+    int signal = 0;  ///< that signal
+    bool timed_out = false;
+    double seconds = 0;    ///< elapsed
+    long peak_kb = 0;      ///< most resident memory
+    double first_out = -1; ///< seconds until the first and the last byte on standard output
+    double last_out = -1;
+};
+
+/// Runs the program in `dir`.
+Outcome run_vx(const std::string& dir, const Args& args, const RunOptions& options = {});
+
+/// A recording converted in a fresh scratch directory: `vx_sac rec.pkt out <args>`, `out` being new and
+/// empty.
+struct Converted : Outcome {
+    std::shared_ptr<Scratch>
+        scratch; ///< the working directory: rec.pkt, out/, and vxu.ini when one was given
+    Args args;   ///< all arguments
+    std::string argv0;
+    Tree tree; ///< what stands in out/
+    const std::string&
+    file(const std::string& name) const; ///< a file of the tree; a missing one fails the test
+    std::vector<std::string> sac_names() const;
+};
+
+struct ConvertOptions {
+    std::string ini; ///< text of vxu.ini; none when empty
+    std::string name = "rec.pkt";
+    RunOptions run;
+};
+
+Converted convert(const Recording& recording, const Args& args = {}, const ConvertOptions& options = {});
+/// The same recording or another one into the same output directory.
+Converted convert_again(const Converted& before, const Recording& recording, const Args& args = {},
+                        const ConvertOptions& options = {});
+
+} // namespace kit
