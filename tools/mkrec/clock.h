@@ -1,0 +1,22 @@
+// Absolute time of a recording: milliseconds since the start of its first year, and their digits.
+#pragma once
+
+#include <cstdint>
+
+namespace mkrec {
+
+inline constexpr int First_year = 2023;
+
+struct CLOCK {
+    int year, day; ///< day of year, from 1
+    int hour, minute, second, ms;
+};
+
+CLOCK clock_at(int64_t ms);
+
+inline constexpr int Time_len = 16;
+
+/// Year, day, hour, minute, second and millisecond as 16 digits and a NUL.
+void time_digits(const CLOCK& clock, char (&digits)[Time_len + 1]);
+
+} // namespace mkrec

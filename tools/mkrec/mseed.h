@@ -1,0 +1,20 @@
+// The same data as 1024-byte miniSEED-2 records: for converters that read those.
+#pragma once
+
+#include "mkrec/channel_run.h"
+#include "mkrec/output.h"
+
+namespace mkrec {
+
+inline constexpr int Record_len = 1024;
+
+/// Writes one record: header, blockette 1000, and from byte 64 on the block as it stands in a data packet.
+/// `number` counts the records of the file from 1.
+void write_record(uint8_t* record, const SURVEY& survey, const PLACE& place, const BLOCK& block,
+                  int64_t number);
+
+/// Writes the whole survey, one channel after another, each in the order of time. False when the samples
+/// cannot be told in the format asked for.
+bool write_mseed(const SURVEY& survey, OUTPUT& out);
+
+} // namespace mkrec

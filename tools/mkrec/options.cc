@@ -1,0 +1,224 @@
+// One table of options; each row knows how to take its value.
+#include "mkrec/options.h"
+
+#include <algorithm>
+#include <cctype>
+#include <limits>
+
+namespace mkrec {
+
+const char Help_text[] =
+    "Usage: vx_mkrec [options] OUT\n"
+    "Writes a made-up field recording of PASSCAL packets to the file OUT (- for standard output).\n"
+    "The same options and seed give the same bytes on every machine.\n"
+    "\n"
+    "What is recorded:\n"
+    "  --units N         recorders                                        (2)\n"
+    "  --streams N       data streams of each unit                        (2)\n"
+    "  --channels N      channels of each stream, 32 at most              (3)\n"
+    "  --events N        events of each stream                            (2)\n"
+    "  --seconds N       length of an event, time from quake to quake     (60)\n"
+    "  --size N          exactly N bytes, N may end in K, M or G; events are as long as that takes\n"
+    "  --rate N,...      samples per second, by stream; divides 1000      (200,50)\n"
+    "  --format F,...    c2 Steim-2, c0 Steim-1, 32 or 16 bits, by stream (c2,c0,32,16)\n"
+    "  --signal KIND     quake, quiet, loud, offset, full or mixed        (quake)\n"
+    "  --seed N          another seed, other samples                      (1)\n"
+    "\n"
+    "How it is written:\n"
+    "  --interleave      units and streams side by side, packet by packet; else one after another\n"
+    "  --no-et           no event ends\n"
+    "  --no-parameters   no packets but EH, DT and ET\n"
+    "  --bad-check       every Steim packet tells a wrong last sample\n"
+    "  --mseed FILE      also writes the data as 1024-byte miniSEED records, channel by channel\n"
+    "\n"
+    "  --help, --version\n"
+    "\n"
+    "Signals: quake is noise with P and S arrivals; quiet is noise; loud has differences of 9 to 16 bits;\n"
+    "offset is quiet noise far from zero; full is random over the whole range; mixed has all widths.\n";
+
+namespace {
+
+constexpr int64_t Most_events = 1000000;
+
+/// Digits only; false for anything else and for numbers outside of the bounds.
+bool read_number(const std::string& text, int64_t least, int64_t most, int64_t& value)
+{
+    int64_t v = 0;
+    if (text.empty()) return false;
+    for (const char c : text) {
+        if (c < '0' || c > '9' || v > (most - (c - '0')) / 10) return false;
+        v = v * 10 + (c - '0');
+    }
+    value = v;
+    return v >= least;
+}
+
+bool read_int(const std::string& text, int least, int most, int& value)
+{
+    int64_t v = 0;
+    if (!read_number(text, least, most, v)) return false;
+    value = static_cast<int>(v);
+    return true;
+}
+
+bool read_size(std::string text, int64_t& value)
+{
+    int64_t unit = 1;
+    if (!text.empty()) {
+        switch (std::toupper(static_cast<unsigned char>(text.back()))) {
+        case 'K': unit = int64_t{1} << 10; break;
+        case 'M': unit = int64_t{1} << 20; break;
+        case 'G': unit = int64_t{1} << 30; break;
+        }
+        if (unit != 1) text.pop_back();
+    }
+    int64_t v = 0;
+    if (!read_number(text, 1, (int64_t{1} << 50) / unit, v)) return false;
+    value = v * unit;
+    return value % 1024 == 0;
+}
+
+std::vector<std::string> split(const std::string& text)
+{
+    std::vector<std::string> parts(1);
+    for (const char c : text) {
+        if (c == ',')
+            parts.emplace_back();
+        else
+            parts.back() += c;
+    }
+    return parts;
+}
+
+/// Times are told in milliseconds, so the time from sample to sample is a whole number of them.
+bool read_rates(const std::string& text, std::vector<int>& rates)
+{
+    rates.clear();
+    for (const std::string& part : split(text)) {
+        int rate = 0;
+        if (!read_int(part, 1, 1000, rate) || 1000 % rate != 0) return false;
+        rates.push_back(rate);
+    }
+    return true;
+}
+
+bool read_formats(const std::string& text, std::vector<FORMAT>& formats)
+{
+    formats.clear();
+    for (std::string part : split(text)) {
+        for (char& c : part) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        if (part == "16")
+            formats.push_back(FORMAT::int16);
+        else if (part == "32")
+            formats.push_back(FORMAT::int32);
+        else if (part == "c0")
+            formats.push_back(FORMAT::steim1);
+        else if (part == "c2")
+            formats.push_back(FORMAT::steim2);
+        else
+            return false;
+    }
+    return true;
+}
+
+bool read_motion(const std::string& text, MOTION& motion)
+{
+    static constexpr struct {
+        const char* name;
+        MOTION motion;
+    } Motions[] = {{"quake", MOTION::quake},   {"quiet", MOTION::quiet}, {"loud", MOTION::loud},
+                   {"offset", MOTION::offset}, {"full", MOTION::full},   {"mixed", MOTION::mixed}};
+    for (const auto& m : Motions) {
+        if (text != m.name) continue;
+        motion = m.motion;
+        return true;
+    }
+    return false;
+}
+
+bool read_seed(const std::string& text, uint64_t& seed)
+{
+    int64_t v = 0;
+    if (!read_number(text, 0, std::numeric_limits<int64_t>::max(), v)) return false;
+    seed = static_cast<uint64_t>(v);
+    return true;
+}
+
+using TEXT = const std::string&;
+struct OPTION {
+    const char* name;
+    bool takes_value;
+    bool (*take)(OPTIONS& o, TEXT value);
+};
+
+constexpr OPTION Table[] = {
+    {"--units", true, [](OPTIONS& o, TEXT v) { return read_int(v, 1, 20000, o.units); }},
+    {"--streams", true, [](OPTIONS& o, TEXT v) { return read_int(v, 1, 99, o.streams); }},
+    {"--channels", true, [](OPTIONS& o, TEXT v) { return read_int(v, 1, 32, o.channels); }},
+    {"--events", true, [](OPTIONS& o, TEXT v) { return read_number(v, 1, Most_events, o.events); }},
+    {"--seconds", true, [](OPTIONS& o, TEXT v) { return read_number(v, 1, 10000000, o.seconds); }},
+    {"--size", true, [](OPTIONS& o, TEXT v) { return read_size(v, o.size); }},
+    {"--rate", true, [](OPTIONS& o, TEXT v) { return read_rates(v, o.rates); }},
+    {"--format", true, [](OPTIONS& o, TEXT v) { return read_formats(v, o.formats); }},
+    {"--signal", true, [](OPTIONS& o, TEXT v) { return read_motion(v, o.motion); }},
+    {"--seed", true, [](OPTIONS& o, TEXT v) { return read_seed(v, o.seed); }},
+    {"--mseed", true, [](OPTIONS& o, TEXT v) { return o.mseed = v, !v.empty(); }},
+    {"--interleave", false, [](OPTIONS& o, TEXT) { return o.interleave = true; }},
+    {"--no-et", false, [](OPTIONS& o, TEXT) { return !(o.trailers = false); }},
+    {"--no-parameters", false, [](OPTIONS& o, TEXT) { return !(o.parameters = false); }},
+    {"--bad-check", false, [](OPTIONS& o, TEXT) { return o.bad_check = true; }},
+    {"--help", false, [](OPTIONS& o, TEXT) { return o.help = true; }},
+    {"--version", false, [](OPTIONS& o, TEXT) { return o.version = true; }},
+};
+
+bool take_out(OPTIONS& options, const std::string& arg, std::string& complaint)
+{
+    if (arg.empty())
+        complaint = "the name of the recording is empty";
+    else if (!options.out.empty())
+        complaint = "more than one name: " + options.out + " and " + arg;
+    else
+        options.out = arg;
+    return complaint.empty();
+}
+
+/// Takes args[at], and args[at + 1] where it is the option's value.
+bool take_option(const std::vector<std::string>& args, size_t& at, OPTIONS& options, std::string& complaint)
+{
+    const std::string& arg = args[at];
+    const size_t equals = arg.find('=');
+    const std::string name = arg.substr(0, equals);
+    const OPTION* option =
+        std::find_if(std::begin(Table), std::end(Table), [&](const OPTION& o) { return name == o.name; });
+    if (option == std::end(Table)) return complaint = "unknown option " + arg, false;
+    if (!option->takes_value && equals != std::string::npos)
+        return complaint = name + " takes no value", false;
+    std::string value;
+    if (option->takes_value) {
+        if (equals != std::string::npos)
+            value = arg.substr(equals + 1);
+        else if (at + 1 < args.size())
+            value = args[++at];
+        else
+            return complaint = name + " needs a value", false;
+    }
+    if (!option->take(options, value)) complaint = name + " cannot be '" + value + "'";
+    return complaint.empty();
+}
+
+} // namespace
+
+bool read_options(const std::vector<std::string>& args, OPTIONS& options, std::string& complaint)
+{
+    complaint.clear();
+    for (size_t i = 0; i < args.size(); ++i) {
+        const bool is_option = args[i].size() > 1 && args[i][0] == '-';
+        if (!(is_option ? take_option(args, i, options, complaint) : take_out(options, args[i], complaint)))
+            return false;
+    }
+    if (options.help || options.version) return true;
+    if (options.out.empty()) complaint = "no name given for the recording";
+    return complaint.empty();
+}
+
+} // namespace mkrec

@@ -1,0 +1,39 @@
+// What the user asks for: the command line, read and checked.
+#pragma once
+
+#include "mkrec/signal.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace mkrec {
+
+enum class FORMAT : uint8_t { int16 = 0x16, int32 = 0x32, steim1 = 0xC0, steim2 = 0xC2 };
+
+struct OPTIONS {
+    std::string out;   ///< path of the recording; "-" is standard output
+    std::string mseed; ///< path of the same samples as miniSEED; empty for none
+    int units = 2;
+    int streams = 2;    ///< of each unit
+    int channels = 3;   ///< of each stream
+    int64_t events = 2; ///< of each stream
+    int64_t seconds = 60;
+    int64_t size = 0;                ///< bytes of the recording; 0: as many as the seconds need
+    std::vector<int> rates{200, 50}; ///< samples per second, dealt out to the streams in turn
+    std::vector<FORMAT> formats{FORMAT::steim2, FORMAT::steim1, FORMAT::int32, FORMAT::int16};
+    MOTION motion = MOTION::quake;
+    uint64_t seed = 1;
+    bool interleave = false;
+    bool trailers = true;   ///< false: events never end
+    bool parameters = true; ///< false: nothing but EH, DT and ET
+    bool bad_check = false; ///< true: every Steim packet tells a wrong last sample
+    bool help = false, version = false;
+};
+
+/// Reads the arguments after the program's name. On failure false, and `complaint` says why.
+bool read_options(const std::vector<std::string>& args, OPTIONS& options, std::string& complaint);
+
+extern const char Help_text[];
+
+} // namespace mkrec

@@ -1,0 +1,73 @@
+// Ground motion, made up: an endless trace of one channel, the same on every host.
+//
+// The arithmetic is integer throughout, so that no maths library or rounding mode has a say.
+#pragma once
+
+#include "mkrec/random.h"
+
+#include <cstdint>
+
+namespace mkrec {
+
+enum class MOTION : uint8_t {
+    quake,  ///< noise, and again and again a P and an S arrival that ring out
+    quiet,  ///< noise of a few counts
+    loud,   ///< differences of 9 to 16 bits
+    offset, ///< quiet noise far from zero
+    full,   ///< the whole range of the encoding, without any rhyme
+    mixed,  ///< differences of every width in turn
+};
+
+struct SIGNAL_PLAN {
+    MOTION motion;
+    int word_bits;  ///< samples stay within this many bits: 16 or 32
+    int full_bits;  ///< bits of MOTION::full: fewer than word_bits where differences must fit 30 bits
+    int rate;       ///< samples per second
+    int64_t period; ///< samples from one quake to the next
+    int distance;   ///< 0 and up: farther sites are shaken later and less
+    int axis;       ///< 0 vertical, 1 and 2 horizontal
+    uint64_t seed;
+};
+
+/// Where in its period the P wave arrives, in samples.
+int64_t p_arrival(const SIGNAL_PLAN& plan);
+/// The same for the S wave.
+int64_t s_arrival(const SIGNAL_PLAN& plan);
+
+/// A swinging ground: noise under an envelope that fades, through a resonance that sets the frequency.
+struct WAVE {
+    RANDOM noise;
+    int64_t arrival;        ///< where in each period it starts
+    int64_t strength;       ///< what the envelope starts from
+    int fade;               ///< the envelope loses a 2^fade-th of itself with each sample
+    int64_t a, b;           ///< the resonance: y = a y[-1] - b y[-2] + input, with 14 binary places
+    int64_t y1 = 0, y2 = 0; ///< with 8 binary places
+    int64_t envelope = 0;   ///< with 20 binary places
+    bool active = false;
+};
+
+class SIGNAL {
+public:
+    explicit SIGNAL(const SIGNAL_PLAN& plan);
+
+    /// The next n samples. How they are asked for, in few or many pieces, makes no difference.
+    void fill(int32_t* x, int n);
+
+private:
+    void fill_noise(int32_t* x, int n);
+    void add_wave(WAVE& wave, int32_t* x, int n);
+    void fill_full(int32_t* x, int n);
+    void fill_walk(int32_t* x, int n, int least, int most, int hold);
+
+    SIGNAL_PLAN plan_;
+    RANDOM noise_;
+    uint64_t draws_ = 0; // random bits in store, the next ones on top
+    int draws_left_ = 0; // samples that they are good for
+    int32_t level_ = 0;  // of the noise or the walk
+    int width_ = 1;      // bits of the walk's steps at present
+    int width_left_ = 0; // steps until they change
+    int64_t at_ = 0;     // samples given so far
+    WAVE p_, s_;
+};
+
+} // namespace mkrec

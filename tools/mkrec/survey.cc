@@ -1,0 +1,229 @@
+#include "mkrec/survey.h"
+
+#include "mkrec/steim_encode.h"
+#include "packet/layout.h"
+
+#include <algorithm>
+#include <cstdio>
+
+namespace mkrec {
+
+namespace {
+
+constexpr int Payload_len = Packet_size - DT::Frames;
+constexpr int Channels_per_sc = 5;
+constexpr int Streams_per_ds = 4;
+constexpr int Event_numbers = 9999;
+constexpr int64_t Minute_ms = 60000;
+
+int64_t parts_in_all(const OPTIONS& o)
+{
+    return o.events * o.units * o.streams * o.channels;
+}
+
+/// Packets that are no data packets.
+int64_t frame_packets(const SURVEY& survey)
+{
+    const OPTIONS& o = survey.options;
+    const int64_t per_event = banks(survey) * (o.trailers ? 2 : 1);
+    return o.events * o.units * o.streams * per_event +
+           int64_t{o.units} * (opening_packets(survey) + closing_packets(survey));
+}
+
+bool deal_out_size(SURVEY& survey, std::string& complaint)
+{
+    const int64_t parts = parts_in_all(survey.options);
+    const int64_t frame = frame_packets(survey);
+    const int64_t data = survey.options.size / Packet_size - frame;
+    if (data < parts) {
+        char text[96];
+        snprintf(text, sizeof text, "the size is too small: %lld packets are the least",
+                 static_cast<long long>(frame + parts));
+        complaint = text;
+        return false;
+    }
+    survey.blocks_each = data / parts;
+    survey.one_more_until = data % parts;
+    return true;
+}
+
+/// The longest that any event can get, a pause, and that in whole minutes.
+int64_t slot_length_ms(const SURVEY& survey)
+{
+    const OPTIONS& o = survey.options;
+    int64_t longest = o.seconds * 1000;
+    if (o.size)
+        for (int s = 0; s < o.streams; ++s)
+            for (int u = 0; u < o.units; ++u) {
+                const int64_t samples = (survey.blocks_each + 1) * most_samples(format_of(survey, u, s));
+                longest = std::max(longest, samples * 1000 / rate_of(survey, s));
+            }
+    return (longest / Minute_ms + 2) * Minute_ms;
+}
+
+/// Place of a channel's part in the whole recording, for dealing out packets.
+int64_t part_number(const OPTIONS& o, const PLACE& p)
+{
+    return ((p.event * o.units + p.unit) * o.streams + p.stream) * o.channels + p.channel;
+}
+
+} // namespace
+
+bool make_survey(const OPTIONS& options, SURVEY& survey, std::string& complaint)
+{
+    survey = SURVEY{.options = options};
+    if (options.size && !deal_out_size(survey, complaint)) return false;
+    survey.slot_ms = slot_length_ms(survey);
+    return true;
+}
+
+int opening_packets(const SURVEY& survey)
+{
+    if (!survey.options.parameters) return 0;
+    const int sc = (inputs(survey) + Channels_per_sc - 1) / Channels_per_sc;
+    const int ds = (survey.options.streams + Streams_per_ds - 1) / Streams_per_ds;
+    return sc + ds + 6; // SH OM AD CD FD NH
+}
+
+int closing_packets(const SURVEY& survey)
+{
+    return survey.options.parameters ? 3 : 0; // NT SH DR
+}
+
+int banks(const SURVEY& survey)
+{
+    return survey.options.channels > Bank_len ? 2 : 1;
+}
+
+uint16_t unit_id(int unit)
+{
+    return static_cast<uint16_t>(0x9A01 + unit);
+}
+
+std::string station_name(int unit)
+{
+    static constexpr const char* Names[] = {"ALDER", "BIRCH", "CEDAR", "ELDER",
+                                            "HAZEL", "LARCH", "MAPLE", "ROWAN"};
+    if (unit < 8) return Names[unit];
+    char name[8];
+    snprintf(name, sizeof name, "%c%04d", 'S' + unit / 10000, unit % 10000);
+    return name;
+}
+
+std::string stream_name(int stream)
+{
+    if (stream == 0) return "strong motion";
+    if (stream == 1) return "broad band";
+    return "stream " + std::to_string(stream + 1);
+}
+
+FORMAT format_of(const SURVEY& survey, int unit, int stream)
+{
+    const auto& formats = survey.options.formats;
+    return formats[static_cast<size_t>(unit * survey.options.streams + stream) % formats.size()];
+}
+
+int rate_of(const SURVEY& survey, int stream)
+{
+    const auto& rates = survey.options.rates;
+    return rates[static_cast<size_t>(stream) % rates.size()];
+}
+
+int inputs(const SURVEY& survey)
+{
+    const int channels = survey.options.channels;
+    if (channels > Bank_len) return channels;
+    return std::min(channels * survey.options.streams, Bank_len / channels * channels);
+}
+
+int channel_number(const SURVEY& survey, int stream, int channel)
+{
+    return stream * survey.options.channels % inputs(survey) + channel;
+}
+
+std::string seed_code(const SURVEY& survey, int stream, int channel)
+{
+    static constexpr char Instruments[] = "NHLGPMUIXYC"; // three axes each: enough for 32 channels
+    const int rate = rate_of(survey, stream);
+    const char band = rate >= 80 ? 'H' : rate >= 10 ? 'B' : 'L';
+    return {band, Instruments[(stream + channel / 3) % 11], "ZNE"[channel % 3]};
+}
+
+int event_number(const SURVEY& survey, int stream, int64_t event)
+{
+    return static_cast<int>((event * survey.options.streams + stream) % Event_numbers) + 1;
+}
+
+int64_t survey_start_ms()
+{
+    return (9 * 24 + 6) * 60 * Minute_ms; // 6 hours into day 10
+}
+
+int64_t first_sample_ms(const SURVEY& survey, const PLACE& event)
+{
+    const int late = (event.unit * 130 + event.stream * 40) % 1000;
+    return survey_start_ms() + event.event * survey.slot_ms + late;
+}
+
+int micros_of(int unit)
+{
+    return unit % 10 * 100;
+}
+
+int64_t trigger_sample(const SURVEY& survey, const PLACE& event)
+{
+    if (survey.options.motion != MOTION::quake) return 0;
+    const int64_t quake = p_arrival(signal_plan(survey, event));
+    const int64_t sure =
+        blocks_of(survey, event) * least_samples(format_of(survey, event.unit, event.stream));
+    return sure ? std::min(quake, sure - 1) : quake;
+}
+
+SIGNAL_PLAN signal_plan(const SURVEY& survey, const PLACE& place)
+{
+    const OPTIONS& o = survey.options;
+    const FORMAT format = format_of(survey, place.unit, place.stream);
+    const int rate = rate_of(survey, place.stream);
+    uint64_t seed = stirred(o.seed, static_cast<uint64_t>(place.unit));
+    seed = stirred(seed, static_cast<uint64_t>(place.stream));
+    seed = stirred(seed, static_cast<uint64_t>(place.event));
+    return {.motion = o.motion,
+            .word_bits = format == FORMAT::int16 ? 16 : 32,
+            .full_bits = format == FORMAT::int16    ? 16
+                         : format == FORMAT::steim2 ? 29
+                                                    : 32,
+            .rate = rate,
+            .period = o.seconds * rate,
+            .distance = place.unit,
+            .axis = place.channel % 3,
+            .seed = stirred(seed, static_cast<uint64_t>(place.channel))};
+}
+
+int64_t samples_of(const SURVEY& survey, const PLACE& place)
+{
+    return survey.options.size ? 0 : survey.options.seconds * rate_of(survey, place.stream);
+}
+
+int64_t blocks_of(const SURVEY& survey, const PLACE& place)
+{
+    if (!survey.options.size) return 0;
+    return survey.blocks_each + (part_number(survey.options, place) < survey.one_more_until ? 1 : 0);
+}
+
+int most_samples(FORMAT format)
+{
+    switch (format) {
+    case FORMAT::int16: return Payload_len / 2;
+    case FORMAT::int32: return Payload_len / 4;
+    case FORMAT::steim1: return Steim1_most;
+    case FORMAT::steim2: break;
+    }
+    return Steim2_most;
+}
+
+int least_samples(FORMAT format)
+{
+    return format == FORMAT::steim1 || format == FORMAT::steim2 ? Steim_words : most_samples(format);
+}
+
+} // namespace mkrec
