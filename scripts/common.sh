@@ -1,0 +1,33 @@
+# shellcheck shell=bash
+# What the scripts share: they stand in the project folder, work without a terminal, run long commands quietly
+# and tell how long each step took.
+set -euo pipefail
+unset CDPATH
+cd -- "$(dirname -- "${BASH_SOURCE[0]}")/.."
+export LC_ALL=C
+unset CMAKE_GENERATOR
+
+say() { printf '%s\n' "$*"; }
+
+die()
+{
+    printf '%s: %s\n' "${0##*/}" "$*" >&2
+    exit 1
+}
+
+# step NAME LOG COMMAND...: runs the command with its output in the file LOG. One line when it went well, the end
+# of the output and the command's status when it did not.
+step()
+{
+    local name=$1 log=$2 began=$SECONDS status=0
+    shift 2
+    mkdir -p "$(dirname -- "$log")"
+    "$@" >"$log" 2>&1 </dev/null || status=$?
+    if ((status == 0)); then
+        printf '   %-44s %4d s\n' "$name" $((SECONDS - began))
+    else
+        tail -n 80 "$log" >&2
+        printf '%s: %s failed with status %d, its whole output is in %s\n' "${0##*/}" "$name" "$status" "$log" >&2
+    fi
+    return "$status"
+}
