@@ -1,0 +1,152 @@
+// What the steps that run for every packet or sample cost alone: decoders, sample conversion with statistics,
+// the summary line, the progress line. Input is a made signal in Steim frames.
+#include "driver/settings.h"
+#include "mkrec/steim_encode.h"
+#include "model/records.h"
+#include "output/log.h"
+#include "output/sample_math.h"
+#include "packet/progress.h"
+#include "packet/samples.h"
+
+#include <benchmark/benchmark.h>
+
+#include <array>
+#include <iostream>
+#include <vector>
+
+namespace {
+
+/// A random walk whose steps fill up to `bits` bits.
+std::vector<int32_t> walk(int bits, int32_t start)
+{
+    std::vector<int32_t> samples(2000);
+    uint32_t random = 12345;
+    for (int32_t& sample : samples) {
+        random = random * 1664525 + 1013904223;
+        start += static_cast<int32_t>(random) >> (32 - bits);
+        sample = start;
+    }
+    return samples;
+}
+
+uint8_t bcd_byte(int value)
+{
+    return static_cast<uint8_t>(value / 10 << 4 | value % 10);
+}
+
+struct MADE {
+    std::array<uint8_t, Packet_size> bytes{};
+    int samples;
+
+    MADE(mkrec::STEIM level, int bits)
+    {
+        const auto x = walk(bits, 100000);
+        samples = mkrec::steim_encode(level, x.data(), static_cast<int>(x.size()), x[0], &bytes[DT::Frames])
+                      .samples;
+        bytes[0] = 'D';
+        bytes[1] = 'T';
+        bytes[20] = bcd_byte(samples / 100);
+        bytes[21] = bcd_byte(samples % 100);
+    }
+    PACKET packet() const { return {bytes.data()}; }
+};
+
+using DECODER = void (*)(CHN_T*, const PACKET&, DATA_BUF&);
+
+template <DECODER decode, mkrec::STEIM level>
+void steim(benchmark::State& state)
+{
+    const MADE made(level, static_cast<int>(state.range(0)));
+    Log_on = 0;
+    CHN_T chn;
+    for (auto _ : state) {
+        chn.last = 0;
+        decode(&chn, made.packet(), Data_buf);
+        benchmark::DoNotOptimize(Data_buf.sample[0]);
+    }
+    if (chn.discontinuous) state.SkipWithError("the packet failed its check");
+    state.SetItemsProcessed(state.iterations() * made.samples);
+}
+BENCHMARK(steim<Buf_c0, mkrec::STEIM::level1>)->Arg(7)->Arg(14);
+BENCHMARK(steim<Buf_c0_by_word, mkrec::STEIM::level1>)->Arg(7)->Arg(14);
+BENCHMARK(steim<Buf_c2, mkrec::STEIM::level2>)->Arg(4)->Arg(8)->Arg(14);
+BENCHMARK(steim<Buf_c2_by_word, mkrec::STEIM::level2>)->Arg(4)->Arg(8)->Arg(14);
+
+template <DECODER decode, int count>
+void plain(benchmark::State& state)
+{
+    std::array<uint8_t, Packet_size> bytes{};
+    bytes[20] = bcd_byte(count / 100);
+    CHN_T chn;
+    for (auto _ : state) {
+        decode(&chn, PACKET{bytes.data()}, Data_buf);
+        benchmark::DoNotOptimize(Data_buf.sample[0]);
+    }
+    state.SetItemsProcessed(state.iterations() * count);
+}
+BENCHMARK(plain<Buf_16, 500>);
+BENCHMARK(plain<Buf_32, 200>);
+
+void convert(benchmark::State& state)
+{
+    const auto x = walk(10, 100000);
+    std::array<char, 8000> out;
+    for (auto _ : state) {
+        to_big_endian_floats(x.data(), 700, out.data());
+        benchmark::DoNotOptimize(out.data());
+        benchmark::ClobberMemory();
+    }
+    state.SetItemsProcessed(state.iterations() * 700);
+}
+BENCHMARK(convert);
+
+/// Statistics of samples around an offset: far from zero the squares leave the exact integers soon.
+template <void (*add)(CHN_T*, const int32_t*, uint32_t)>
+void statistics(benchmark::State& state)
+{
+    const auto x = walk(10, static_cast<int32_t>(state.range(0)));
+    CHN_T chn;
+    for (auto _ : state) {
+        chn.sum = 0.0;
+        chn.sq_sum = state.range(0) ? 1e17 : 0.0; // a long trace far from zero, or a young one around it
+        add(&chn, x.data(), 700);
+        benchmark::DoNotOptimize(chn.sum);
+    }
+    state.SetItemsProcessed(state.iterations() * 700);
+}
+BENCHMARK(statistics<add_samples>)->Arg(0)->Arg(8000000);
+BENCHMARK(statistics<add_samples_one_by_one>)->Arg(0)->Arg(8000000);
+
+void summary_line(benchmark::State& state)
+{
+    const MADE made(mkrec::STEIM::level2, 8);
+    OUT_FILE log;
+    if (!out_open(log, "/dev/null", OUT_MODE::append, ON_LOSS::tell_once))
+        state.SkipWithError("no /dev/null");
+    for (auto _ : state) log_head(log, made.packet(), PKT_DT, 0);
+    out_close(log);
+}
+BENCHMARK(summary_line);
+
+void progress_line(benchmark::State& state)
+{
+    Verbose = 1;
+    UNIT_T unit;
+    CHN_T chn;
+    for (auto _ : state) Progress_data(&unit, &chn);
+}
+BENCHMARK(progress_line);
+
+} // namespace
+
+/// Reports on standard error: the progress line goes where it always goes, to standard output.
+int main(int argc, char** argv)
+{
+    benchmark::Initialize(&argc, argv);
+    if (!freopen("/dev/null", "w", stdout)) return 1;
+    benchmark::ConsoleReporter report;
+    report.SetOutputStream(&std::cerr);
+    report.SetErrorStream(&std::cerr);
+    benchmark::RunSpecifiedBenchmarks(&report);
+    return 0;
+}
