@@ -12,7 +12,8 @@ inline char* put(char* to, std::string_view piece)
     return to + piece.size();
 }
 
-/// A decimal number with leading zeros up to `width` digits, more when it is wider, as "%0<width>u" prints it.
+/// A decimal number with leading zeros up to `width` digits, more when it is wider, as "%0<width>u" prints
+/// it.
 inline char* put_decimal(char* to, uint32_t value, int width)
 {
     char digits[10];

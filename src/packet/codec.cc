@@ -3,29 +3,22 @@
 #include <cstdio>
 #include <cstring>
 
+/// The two digits of every byte.
+struct DIGITS {
+    char of[256][2];
+};
+static constexpr DIGITS Digits = [] {
+    DIGITS d{};
+    for (int b = 0; b < 256; ++b) {
+        d.of[b][0] = static_cast<char>('0' + (b >> 4));
+        d.of[b][1] = static_cast<char>('0' + (b & 15));
+    }
+    return d;
+}();
+
 void unbcd(char* digits, const uint8_t* bcd, uint16_t n)
 {
-    for (unsigned i = 0; i < n; ++i) {
-        digits[2 * i] = static_cast<char>('0' + (bcd[i] >> 4));
-        digits[2 * i + 1] = static_cast<char>('0' + (bcd[i] & 15));
-    }
-}
-
-uint16_t bcd2i(const uint8_t* bcd, int16_t n)
-{
-    unsigned value = 0;
-    for (int i = 0; i < n; ++i) {
-        value = value * 10 + (bcd[i] >> 4);
-        value = value * 10 + (bcd[i] & 15);
-    }
-    return static_cast<uint16_t>(value);
-}
-
-uint16_t bcdtoi(const uint8_t* bcd, uint16_t n)
-{
-    unsigned value = 0;
-    for (unsigned i = 0; i < n; ++i) value = value * 100 + (bcd[i] >> 4) * 10U + (bcd[i] & 15U);
-    return static_cast<uint16_t>(value);
+    for (unsigned i = 0; i < n; ++i) memcpy(digits + 2 * i, Digits.of[bcd[i]], 2);
 }
 
 int secs_split(const uint8_t* packed, char* text)
@@ -42,7 +35,7 @@ int secs_split(const uint8_t* packed, char* text)
     return snprintf(text, 14, "%04u%03u%02u%02u%02u", year, day, hour, minute, second);
 }
 
-/// kept: nothing here stops the program; what was read so far is the value.
+/// Nothing here stops the program; what was read so far is the value.
 static void complain_about_count()
 {
     printf("\n ERROR: Incorrect no of bytes passed");

@@ -8,10 +8,23 @@
 void unbcd(char* digits, const uint8_t* bcd, uint16_t n);
 
 /// Value of n BCD bytes modulo 65536; nibbles above 9 count as what they are (one byte reaches 165).
-uint16_t bcd2i(const uint8_t* bcd, int16_t n);
+inline uint16_t bcd2i(const uint8_t* bcd, int16_t n)
+{
+    unsigned value = 0;
+    for (int i = 0; i < n; ++i) {
+        value = value * 10 + (bcd[i] >> 4);
+        value = value * 10 + (bcd[i] & 15);
+    }
+    return static_cast<uint16_t>(value);
+}
 
 /// The same value, a byte at a time.
-uint16_t bcdtoi(const uint8_t* bcd, uint16_t n);
+inline uint16_t bcdtoi(const uint8_t* bcd, uint16_t n)
+{
+    unsigned value = 0;
+    for (unsigned i = 0; i < n; ++i) value = value * 100 + (bcd[i] >> 4) * 10U + (bcd[i] & 15U);
+    return static_cast<uint16_t>(value);
+}
 
 /// Packed time of a disk directory, as four packet bytes give it: 7 bits of years since 1984 and 25 bits
 /// of seconds in that year. Writes year (4), day (3), hour, minute, second (2 each) and a NUL; `text` has

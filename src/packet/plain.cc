@@ -1,31 +1,45 @@
 // Decoders of uncompressed samples.
 #include "packet/samples.h"
 
+#include "driver/simd.h"
+
 #include <algorithm>
 
 DATA_BUF Data_buf;
 
+namespace {
+
 /// Where the samples start. kept: offset-46. The test looks not at the flags byte but 22 bytes behind the
 /// header, which is a byte of the samples when there is no extension.
-static int samples_start(const PACKET& pkt)
+int samples_start(const PACKET& pkt)
 {
     constexpr Span tested{DT::Data + EVT::Flags.at, 1};
     return (byte(pkt, tested) & FLAG::Extension) ? DT::Data + DT::Extension_len : DT::Data;
 }
 
+VX_WIDE void take_16(const uint8_t* from, size_t n, int32_t* to)
+{
+    for (size_t i = 0; i < n; ++i) to[i] = static_cast<int16_t>(be16(from + 2 * i));
+}
+
+VX_WIDE void take_32(const uint8_t* from, size_t n, int32_t* to)
+{
+    for (size_t i = 0; i < n; ++i) to[i] = static_cast<int32_t>(be32(from + 4 * i));
+}
+
 /// Decodes `Width`-byte samples, `cap` at most; those that would lie past the packet's end are 0.
 template <int Width>
-static void decode_plain(const PACKET& pkt, DATA_BUF& out, int cap)
+void decode_plain(const PACKET& pkt, DATA_BUF& out, int cap)
 {
     const int start = samples_start(pkt);
     const int count = std::min<int>(bcd(pkt, EVT::Samples), cap);
     const int present = std::min(count, (Packet_size - start) / Width);
-    const uint8_t* from = pkt.bytes + start;
-    for (int i = 0; i < present; ++i, from += Width)
-        out.sample[i] = Width == 2 ? static_cast<int16_t>(be16(from)) : static_cast<int32_t>(be32(from));
+    (Width == 2 ? take_16 : take_32)(pkt.bytes + start, static_cast<size_t>(present), out.sample);
     std::fill(out.sample + present, out.sample + count, 0);
     out.count = static_cast<uint32_t>(count);
 }
+
+} // namespace
 
 void Buf_16(CHN_T*, const PACKET& pkt, DATA_BUF& out)
 {

@@ -20,7 +20,6 @@ struct alignas(128) SPLIT {
     uint32_t up[Lanes];
     int32_t down[Lanes];
     uint32_t count;
-    uint32_t invalid;
 };
 
 constexpr SPLIT split(unsigned count, unsigned width)
@@ -34,18 +33,11 @@ constexpr SPLIT split(unsigned count, unsigned width)
     return s;
 }
 
-constexpr SPLIT invalid_split()
-{
-    SPLIT s{};
-    s.invalid = 1;
-    return s;
-}
-
 /// By code and the word's two top bits: place 4 x code + top bits.
 using SPLITS = std::array<SPLIT, 16>;
+constexpr uint32_t Invalid_low = 4 * 2 + 0, Invalid_high = 4 * 3 + 3; ///< of Steim-2: no such words
 
 constexpr SPLIT none = split(0, 0), bytes = split(4, 8), pairs = split(2, 16), whole = split(1, 32);
-constexpr SPLIT odd = invalid_split();
 // clang-format off
 constexpr SPLITS Steim1 = {none,  none,         none,         none,
                            bytes, bytes,        bytes,        bytes,
@@ -53,8 +45,8 @@ constexpr SPLITS Steim1 = {none,  none,         none,         none,
                            whole, whole,        whole,        whole};
 constexpr SPLITS Steim2 = {none,  none,         none,         none,
                            bytes, bytes,        bytes,        bytes,
-                           odd,   split(1, 30), split(2, 15), split(3, 10),
-                           split(5, 6), split(6, 5), split(7, 4), odd};
+                           none,  split(1, 30), split(2, 15), split(3, 10),
+                           split(5, 6), split(6, 5), split(7, 4), none};
 // clang-format on
 
 using UINTS = uint32_t __attribute__((vector_size(4 * Lanes)));
@@ -64,73 +56,94 @@ using BYTES = uint8_t __attribute__((vector_size(4 * Lanes)));
 /// Room for all differences a packet can hold, and for the lanes written past the last one.
 using DIFFERENCES = std::array<int32_t, Most + Lanes>;
 
-/// A big-endian word of the packet in every lane.
-[[gnu::always_inline]] inline void put_in_all_lanes(const uint8_t* at, UINTS& lanes)
+/// One frame taken apart: its words in host order, and their places in the table of splits.
+struct FRAME {
+    alignas(32) uint32_t word[Words];
+    alignas(32) uint32_t place[Words];
+};
+
+/// Eight words of a frame at once. `down` brings each word's code to the lowest bits of `codes`. Gathers in
+/// `invalid` the lanes of words that Steim-2 does not have.
+[[gnu::always_inline]] inline void take_apart(const uint8_t* from, uint32_t codes, const UINTS& down,
+                                              uint32_t* word, uint32_t* place, INTS& invalid)
 {
-    uint32_t word;
-    memcpy(&word, at, sizeof word);
-    lanes = UINTS{} + word;
-    if constexpr (std::endian::native == std::endian::big) return;
-    const BYTES b = reinterpret_cast<BYTES>(lanes);
-    lanes = reinterpret_cast<UINTS>(__builtin_shufflevector(b, b, 3, 2, 1, 0, 7, 6, 5, 4, 11, 10, 9, 8, 15,
+    UINTS v;
+    memcpy(&v, from, sizeof v);
+    if constexpr (std::endian::native == std::endian::little) {
+        const BYTES b = reinterpret_cast<BYTES>(v);
+        v = reinterpret_cast<UINTS>(__builtin_shufflevector(b, b, 3, 2, 1, 0, 7, 6, 5, 4, 11, 10, 9, 8, 15,
                                                             14, 13, 12, 19, 18, 17, 16, 23, 22, 21, 20, 27,
                                                             26, 25, 24, 31, 30, 29, 28));
+    }
+    const UINTS at = (((UINTS{} + codes) >> down) & 3U) << 2U | v >> 30U;
+    invalid |= reinterpret_cast<INTS>((at == Invalid_low) | (at == Invalid_high));
+    memcpy(word, &v, sizeof v);
+    memcpy(place, &at, sizeof at);
 }
 
-/// All differences of a packet, from word 3 of frame 1 on. Returns how many, or -1 when a word is invalid.
-VX_WIDE int differences_of(const uint8_t* frames, const SPLIT* splits, int32_t* to)
+/// All differences of a packet, from word 3 of frame 1 on. Returns how many; `invalid` tells whether a word
+/// was none that Steim-2 has.
+VX_WIDE int differences_of(const uint8_t* frames, const SPLIT* splits, int32_t* to, bool& invalid)
 {
+    constexpr UINTS down_low = {30, 28, 26, 24, 22, 20, 18, 16};
+    constexpr UINTS down_high = {14, 12, 10, 8, 6, 4, 2, 0};
     const int32_t* const start = to;
-    uint32_t invalid = 0;
-    for (int frame = 0; frame < DT::Frame_cnt; ++frame, frames += DT::Frame_len) {
-        uint32_t codes = be32(frames);
-        if (frame == 0) codes &= 0x03FFFFFF; // its first words are no differences: as if they held no data
+    INTS odd{};
+    for (int f = 0; f < DT::Frame_cnt; ++f, frames += DT::Frame_len) {
+        // The control word itself holds no differences, nor do the two constants of frame 1.
+        const uint32_t codes = be32(frames) & (f == 0 ? 0x03FFFFFFU : 0x3FFFFFFFU);
+        FRAME frame;
+        take_apart(frames, codes, down_low, frame.word, frame.place, odd);
+        take_apart(frames + 4 * Lanes, codes, down_high, frame.word + Lanes, frame.place + Lanes, odd);
 #pragma GCC unroll 15
         for (int w = 1; w < Words; ++w) {
-            const SPLIT& s = splits[(codes >> (30 - 2 * w) & 3) << 2 | frames[4 * w] >> 6];
+            const SPLIT& s = splits[frame.place[w]];
             UINTS up;
             INTS down;
             memcpy(&up, s.up, sizeof up);
             memcpy(&down, s.down, sizeof down);
-            UINTS word;
-            put_in_all_lanes(frames + 4 * w, word);
-            const INTS values = reinterpret_cast<INTS>(word << up) >> down;
+            const INTS values = reinterpret_cast<INTS>((UINTS{} + frame.word[w]) << up) >> down;
             memcpy(to, &values, sizeof values);
             to += s.count;
-            invalid |= s.invalid;
         }
     }
-    return invalid ? -1 : static_cast<int>(to - start);
+    int any = 0;
+    for (int lane = 0; lane < Lanes; ++lane) any |= odd[lane];
+    invalid = any != 0;
+    return static_cast<int>(to - start);
 }
 
 /// Running sum of n differences onto `value`, modulo 2^32, whole vectors at a time. Returns the last sum.
+/// From one vector to the next only one addition waits for the one before.
 VX_WIDE uint32_t sum_up(const int32_t* differences, int n, uint32_t value, int32_t* samples)
 {
+    UINTS before = UINTS{} + value;
     for (int at = 0; at < n; at += Lanes) {
         UINTS v;
         memcpy(&v, differences + at, sizeof v);
         v += __builtin_shufflevector(UINTS{}, v, 7, 8, 9, 10, 11, 12, 13, 14);
         v += __builtin_shufflevector(UINTS{}, v, 6, 7, 8, 9, 10, 11, 12, 13);
         v += __builtin_shufflevector(UINTS{}, v, 4, 5, 6, 7, 8, 9, 10, 11);
-        v += value;
-        memcpy(samples + at, &v, sizeof v);
-        value = v[Lanes - 1];
+        const UINTS sums = v + before;
+        memcpy(samples + at, &sums, sizeof sums);
+        before += __builtin_shufflevector(v, v, 7, 7, 7, 7, 7, 7, 7, 7);
     }
     return static_cast<uint32_t>(samples[n - 1]);
 }
 
-/// `first_word_leads`: the first difference is that of word 3 even when that word holds none (and is 0 then).
-bool by_table(const PACKET& pkt, const SPLITS& splits, bool first_word_leads, uint32_t last, DATA_BUF& out)
+bool by_table(const PACKET& pkt, const SPLITS& splits, bool steim2, uint32_t last, DATA_BUF& out)
 {
     const uint8_t* const frames = pkt.bytes + DT::Frames;
     const uint32_t x0 = be32(frames + 4);
     const uint32_t xn = be32(frames + 8);
     static DIFFERENCES differences;
-    const int n = differences_of(frames, splits.data(), differences.data());
-    if (n <= 0 || static_cast<uint16_t>(n) != bcd(pkt, EVT::Samples)) return false;
+    bool invalid;
+    const int n = differences_of(frames, splits.data(), differences.data(), invalid);
+    if (n == 0 || (steim2 && invalid) || static_cast<uint16_t>(n) != bcd(pkt, EVT::Samples)) return false;
 
+    // Steim-1 takes its first difference from word 3 even when that word holds none.
     const bool empty_first = (be32(frames) >> (30 - 2 * 3) & 3) == 0;
-    const uint32_t lead = first_word_leads && empty_first ? 0 : static_cast<uint32_t>(differences[0]);
+    const uint32_t lead = !steim2 && empty_first ? 0 : static_cast<uint32_t>(differences[0]);
     if (last != 0 && last + lead != x0) return false;
     out.count = static_cast<uint32_t>(n);
     return sum_up(differences.data(), n, x0 - lead, out.sample) == xn;
@@ -140,10 +153,10 @@ bool by_table(const PACKET& pkt, const SPLITS& splits, bool first_word_leads, ui
 
 bool steim1_by_table(const PACKET& pkt, uint32_t last, DATA_BUF& out)
 {
-    return by_table(pkt, Steim1, true, last, out);
+    return by_table(pkt, Steim1, false, last, out);
 }
 
 bool steim2_by_table(const PACKET& pkt, uint32_t last, DATA_BUF& out)
 {
-    return by_table(pkt, Steim2, false, last, out);
+    return by_table(pkt, Steim2, true, last, out);
 }

@@ -13,8 +13,9 @@ namespace {
 /// True for a whole time string with nothing but digits, as all are that recorders write.
 bool all_digits(std::string_view text)
 {
-    unsigned odd = text.size() != 16;
-    for (size_t i = 0; i < text.size() && i < 16; ++i) odd |= static_cast<unsigned char>(text[i] - '0') > 9;
+    if (text.size() != 16) return false;
+    bool odd = false;
+    for (size_t i = 0; i < 16; ++i) odd |= static_cast<unsigned char>(text[i] - '0') > 9;
     return !odd;
 }
 
@@ -110,6 +111,15 @@ void write_time(char* text, uint32_t year, int64_t day, int64_t hours, int64_t m
     text[16] = '\0';
 }
 
+/// Whether the two digits of a year mean one of 1985 to 1999. What is no digit ends the number, which is then
+/// too small.
+bool before_2000(const char* year)
+{
+    const int tens = year[0] - '0';
+    const int ones = year[1] - '0';
+    return tens <= 9 && ones <= 9 && tens * 10 + ones >= 85;
+}
+
 } // namespace
 
 TIMESTR header_time(const PACKET& pkt)
@@ -118,8 +128,7 @@ TIMESTR header_time(const PACKET& pkt)
     unbcd(digits, pkt.bytes + HDR::Digits.at, HDR::Digits.len);
     // Digits 2-3 are the year, 8-19 the day of year down to the millisecond.
     TIMESTR t;
-    const bool next_century = scan_int16({digits + 2, 2}, 0, 2) < 85;
-    memcpy(t.s, next_century ? "20" : "19", 2);
+    memcpy(t.s, before_2000(digits + 2) ? "19" : "20", 2);
     memcpy(t.s + 2, digits + 2, 2);
     memcpy(t.s + AT::Day, digits + 8, 12);
     return t;

@@ -1,12 +1,9 @@
-// Texts of fixed capacity, and the pieces of lines that are built by hand.
+// Texts of fixed capacity.
 #include "driver/text.h"
-
-#include "driver/compose.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdio>
-#include <random>
 #include <string>
 
 namespace {
@@ -87,59 +84,6 @@ TEST(before_nul, is_the_part_that_print_shows)
     EXPECT_EQ(before_nul("ab"sv), "ab");
     EXPECT_EQ(before_nul("\0ab"sv), "");
     EXPECT_EQ(before_nul(""sv), "");
-}
-
-TEST(put, lays_pieces_one_behind_the_other)
-{
-    char line[16];
-    const char* end = put(put(line, "ab"), "\0c"sv);
-    EXPECT_EQ(std::string_view(line, static_cast<size_t>(end - line)), "ab\0c"sv);
-}
-
-/// A number as printed and as put by hand.
-void expect_decimal(uint32_t value)
-{
-    for (int width = 0; width <= 12; ++width) {
-        char printed[32], line[32];
-        snprintf(printed, sizeof printed, "%0*u", width, value);
-        const char* end = put_decimal(line, value, width);
-        EXPECT_EQ(std::string_view(line, static_cast<size_t>(end - line)), printed) << "width " << width;
-    }
-}
-
-TEST(put_decimal, prints_as_print_does_over_every_width)
-{
-    for (uint32_t power = 1; power < 1'000'000'000; power *= 10) {
-        expect_decimal(power - 1);
-        expect_decimal(power);
-        expect_decimal(power + 1);
-    }
-    expect_decimal(1'000'000'000);
-    expect_decimal(4294967295U);
-    std::mt19937 random(5);
-    for (int i = 0; i < 2000; ++i) expect_decimal(static_cast<uint32_t>(random()) >> random() % 32);
-}
-
-TEST(put_hex, prints_as_print_does_over_every_width)
-{
-    for (unsigned value = 0; value <= 0xFFFF; ++value) {
-        char printed[16], line[16];
-        snprintf(printed, sizeof printed, "%04X", value);
-        EXPECT_EQ(std::string_view(line, static_cast<size_t>(put_hex(line, value, 4) - line)), printed);
-    }
-    for (unsigned value = 0; value <= 0xFF; ++value) {
-        char printed[16], line[16];
-        snprintf(printed, sizeof printed, "%02X", value);
-        EXPECT_EQ(std::string_view(line, static_cast<size_t>(put_hex(line, value, 2) - line)), printed);
-    }
-}
-
-TEST(put_hex, shows_the_lowest_digits_of_what_is_wider)
-{
-    char line[16];
-    EXPECT_EQ(std::string_view(line, static_cast<size_t>(put_hex(line, 0x12ABC, 4) - line)), "2ABC");
-    EXPECT_EQ(std::string_view(line, static_cast<size_t>(put_hex(line, 0xF1, 1) - line)), "1");
-    EXPECT_EQ(std::string_view(line, static_cast<size_t>(put_hex(line, 0xFFFFFFFF, 8) - line)), "FFFFFFFF");
 }
 
 } // namespace
