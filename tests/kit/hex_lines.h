@@ -12,7 +12,7 @@ inline std::string hex_lines(const std::string& packet, size_t count = 1024)
 {
     std::string lines;
     for (size_t at = 0; at < count; at += 16) {
-        char piece[16];
+        char piece[24];
         snprintf(piece, sizeof piece, "     %03X   ", static_cast<unsigned>(at));
         lines += piece;
         std::string characters;

@@ -217,7 +217,7 @@ TEST(Channels, two_packets_of_one_time_give_an_infinite_rate)
 
 TEST(Channels, an_earlier_second_packet_gives_a_rate_that_no_header_shows)
 {
-    const Converted run = convert(packet_after(2500) + packet_after(0) + packet_after(1000));
+    const Converted run = convert(packet_after(2500) + packet_after(0) + packet_after(7500));
     EXPECT_EQ(delta_of(only_trace(run)), Undefined);
 }
 

@@ -393,7 +393,7 @@ const char* const Network_text = "   Trigger time           : 2004123101530250\n
 /// A packet's line, whose sequence number is one more than its block number.
 std::string numbered(HeadLine line)
 {
-    char seq[8];
+    char seq[16];
     snprintf(seq, sizeof seq, "%04u", line.block + 1);
     line.seq = seq;
     return head_line(line);

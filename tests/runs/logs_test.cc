@@ -212,11 +212,13 @@ TEST(Logs, an_unknown_packet_does_not_use_up_a_mark)
     EXPECT_EQ(count(run_log(run), "\r\nET+04:123"), 1U);
 }
 
-TEST(Logs, a_data_line_in_the_units_log_shows_no_mark_of_its_own_packet)
+TEST(Logs, a_data_line_in_the_units_log_shows_no_mark_that_the_run_wide_line_showed)
 {
-    const Converted run = convert(in_event(data({1}) + data({1}).at(11, 0, 0, 0)), {"-D+"});
-    EXPECT_EQ(count(unit_log(run), "DT+"), 0U);
-    EXPECT_EQ(count(run_log(run), "\r\nET+"), 1U);
+    const Converted run =
+        convert(in_event(data({1}) + data({1}).at(11, 0, 0, 0) + data({1}).at(11, 0, 0, 10)), {"-D+"});
+    EXPECT_EQ(count(run_log(run), "\r\nDT+04:123:11:00:00.010"), 1U);
+    EXPECT_EQ(count(unit_log(run), "\r\nDT 04:123:"), 3U);
+    EXPECT_EQ(count(run_log(run), "\r\nET 04:123:"), 1U);
 }
 
 TEST(Logs, health_texts_are_indented_line_by_line)

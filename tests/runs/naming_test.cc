@@ -179,9 +179,8 @@ TEST(Naming, directories_and_logs_are_all_that_stands_beside_the_traces)
         same_bytes(mask_run_date(only_trace(run)), sac_file(usual_trace().stats(1, 2, 1.5f), {1, 2})));
 }
 
-TEST(Naming, a_directory_that_is_removed_between_two_channels_is_an_error_told_by_name)
+TEST(Naming, a_file_in_place_of_a_directory_is_an_error_told_by_the_traces_name)
 {
-    // A file stands where the directory should be made.
     Scratch scratch;
     scratch.write("rec.pkt", in_event(data({1})));
     scratch.write("out/2004_123", "a file");

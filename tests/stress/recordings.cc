@@ -300,17 +300,18 @@ Recording spoilt(Chance& chance, const Recording& base)
 
 bool spare_slashes(Chance& chance, Recording& recording)
 {
-    const bool leave = chance.one_in(200);
-    bool some = false;
+    bool may_have_one = chance.one_in(600);
+    bool has_one = false;
     for (size_t at = 0; at + Packet_len <= recording.size(); at += Packet_len) {
         if (recording[at] != 'E') continue;
-        for (size_t i = at + 59; i < at + 64; ++i) {
-            if (recording[i] != '/') continue;
-            some = true;
-            if (!leave) recording[i] = '_';
-        }
+        const auto name = recording.begin() + static_cast<std::ptrdiff_t>(at) + 59;
+        std::replace(name, name + 5, '/', '_');
+        if (!may_have_one) continue;
+        name[chance.below(5)] = '/';
+        may_have_one = false;
+        has_one = true;
     }
-    return some && leave;
+    return has_one;
 }
 
 } // namespace stress

@@ -16,7 +16,7 @@ kit::Recording crowd(Chance& chance);
 /// A stretch of a good recording with bytes, fields and packets changed, lost, doubled and shifted.
 kit::Recording spoilt(Chance& chance, const kit::Recording& base);
 
-/// Replaces "/" in station names, but for one recording in many. True when some were left.
+/// Replaces "/" in station names, and puts one into a single name of one recording in many. True when it did.
 bool spare_slashes(Chance& chance, kit::Recording& recording);
 
 } // namespace stress
