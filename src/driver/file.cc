@@ -8,17 +8,25 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+/// Whole seconds of a clock that nobody sets back.
+static time_t steady_seconds()
+{
+    timespec now;
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return now.tv_sec;
+}
+
 /// Tries until it succeeds, with short sleeps, while the clock is within five whole seconds of the start.
 template <class Try>
 static bool with_patience(Try attempt)
 {
-    const time_t start = time(nullptr);
+    const time_t start = steady_seconds();
     const timespec nap{0, 20'000'000};
     do {
         if (attempt()) return true;
         fflush(stdout); // a person should see how far the run came
         nanosleep(&nap, nullptr);
-    } while (time(nullptr) <= start + 5);
+    } while (steady_seconds() <= start + 5);
     return false;
 }
 

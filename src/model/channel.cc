@@ -12,6 +12,7 @@
 #include "packet/kind.h"
 
 #include <cerrno>
+#include <memory>
 #include <new>
 #include <strings.h>
 
@@ -109,7 +110,7 @@ CHN_T* Chn_find(EVT_T* evt, const PACKET& pkt)
 
 CHN_T* Chn_create(EVT_T* evt, uint16_t channel, uint16_t event, uint16_t stream, const TIMESTR& time)
 try {
-    CHN_T* chn = new CHN_T;
+    auto chn = std::make_unique<CHN_T>();
     chn->evt = evt;
     chn->unit = evt->unit;
     chn->unit_id = evt->unit_id;
@@ -121,11 +122,11 @@ try {
     chn->stream = stream;
     chn->channel = channel;
     chn->axis = Axis[channel % 6];
-    Qcc_init(chn);
-    Chn_ini(chn);
-    Chn_ehet(chn); // the event header overrides the INI file
-    Chn_name(chn, time);
-    return chn;
+    Qcc_init(chn.get());
+    Chn_ini(chn.get());
+    Chn_ehet(chn.get()); // the event header overrides the INI file
+    Chn_name(chn.get(), time);
+    return chn.release();
 } catch (const std::bad_alloc&) {
     end_without_channel_memory();
 }

@@ -8,6 +8,7 @@
 #include "output/sac.h"
 #include "packet/kind.h"
 
+#include <memory>
 #include <new>
 
 namespace {
@@ -32,7 +33,7 @@ EVT_T* known_event(const UNIT_T* unit, uint16_t number)
 
 EVT_T* new_event(UNIT_T* unit, const STAMP& stamp)
 try {
-    EVT_T* evt = new EVT_T;
+    auto evt = std::make_unique<EVT_T>();
     evt->unit = unit;
     evt->unit_id = unit->unit_id;
     evt->evt_num = stamp.event;
@@ -43,9 +44,9 @@ try {
         evt->strm = stamp.stream;
         evt->seq = stamp.seq;
     }
-    unit->event_by_number[stamp.event] = evt;
-    ring_join(unit->evt, evt);
-    return evt;
+    unit->event_by_number[stamp.event] = evt.get();
+    ring_join(unit->evt, evt.get());
+    return evt.release();
 } catch (const std::bad_alloc&) {
     end_without_event_memory();
 }

@@ -10,6 +10,7 @@
 #include "output/qcc.h"
 
 #include <cstdio>
+#include <memory>
 #include <new>
 
 namespace {
@@ -39,18 +40,20 @@ void enter_again(UNIT_T* unit)
 }
 
 UNIT_T* new_unit(uint16_t id)
-{
-    UNIT_T* unit = new (std::nothrow) UNIT_T;
-    if (!unit) shut_down(FATAL_MEMORY, nullptr, nullptr);
+try {
+    auto made = std::make_unique<UNIT_T>();
     Text<5> name;
     snprintf(name.s, sizeof name.s, "%05hX", id);
-    unit->unit_id = id;
-    unit->ini_last = -1;
-    unit->stn_name = name;
-    Unit_ini(unit);
+    made->unit_id = id;
+    made->ini_last = -1;
+    made->stn_name = name;
+    Unit_ini(made.get());
+    UNIT_T* unit = made.release(); // its files are the writer's to see to from here on
     if (Log_on) Unit_file_create(unit, UNIT_LOG);
     if (Qcc_on) Unit_file_create(unit, UNIT_QCC);
     return unit;
+} catch (const std::bad_alloc&) {
+    shut_down(FATAL_MEMORY, nullptr, nullptr);
 }
 
 /// Opens a unit's file behind what it holds. The file stays with the writer for the rest of the run; that

@@ -27,7 +27,7 @@ std::string hex_lines(const std::string& packet)
 {
     std::string lines;
     for (size_t at = 0; at < packet.size(); at += 16) {
-        char piece[16];
+        char piece[24];
         snprintf(piece, sizeof piece, "     %03X   ", static_cast<unsigned>(at));
         lines += piece;
         std::string shown;
