@@ -5,12 +5,22 @@
 #include <cinttypes>
 #include <cstdio>
 #include <ctime>
+#include <fcntl.h>
 #include <unistd.h>
 
 static bool On_terminal;
 
+/// A caller may have closed the standard descriptors. The next files opened would take their numbers, and
+/// console text would end up in a trace: they are taken for nothing instead.
+static void fill_standard_descriptors()
+{
+    for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd)
+        if (fcntl(fd, F_GETFD) < 0 && open("/dev/null", O_RDWR) < 0) return;
+}
+
 void console_start()
 {
+    fill_standard_descriptors();
     static char buffer[65536];
     setvbuf(stdout, buffer, _IOFBF, sizeof buffer);
     On_terminal = isatty(STDOUT_FILENO) != 0;

@@ -1,7 +1,8 @@
 // What the console shows before and after the packets: banner, usage text, run summary.
 #pragma once
 
-/// Readies standard output: large pieces, and on a terminal a flush a few times a second.
+/// Readies the console, before any file is opened: standard descriptors that are closed lead nowhere, output
+/// goes in large pieces, and on a terminal it is flushed a few times a second.
 void console_start();
 
 /// Flushes what a person at a terminal should see by now; costs nothing elsewhere.

@@ -49,10 +49,16 @@ int32_t saturate(int64_t v)
         std::clamp<int64_t>(v, std::numeric_limits<int32_t>::min(), std::numeric_limits<int32_t>::max()));
 }
 
+/// The text from a place on, up to the next NUL.
+std::string_view text_from(std::string_view text, size_t at)
+{
+    return before_nul(text.substr(std::min(at, text.size())));
+}
+
 int64_t scan_integer(std::string_view text, size_t at, int width)
 {
-    text = before_nul(text);
-    at = skip_space(text, at);
+    text = text_from(text, at);
+    at = skip_space(text, 0);
     return integer_at(text, at, std::min(text.size(), at + static_cast<size_t>(width))).value;
 }
 
@@ -124,9 +130,8 @@ int32_t scan_int32(std::string_view text, size_t at, int width)
 
 double scan_double(std::string_view text, size_t at, int width)
 {
-    text = before_nul(text);
-    at = std::min(skip_space(text, at), text.size());
-    return double_of(text.substr(at, static_cast<size_t>(width)));
+    text = text_from(text, at);
+    return double_of(text.substr(skip_space(text, 0), static_cast<size_t>(width)));
 }
 
 float stof(std::string_view text, uint16_t length)

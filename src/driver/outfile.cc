@@ -198,6 +198,7 @@ bool out_open(OUT_FILE& file, const char* name, OUT_MODE mode, ON_LOSS on_loss)
     if (fd < 0) return false;
     if (!lend_slot(file, fd)) {
         ::close(fd);
+        if (mode == OUT_MODE::create_new) ::unlink(name); // or its name would be taken at the next try
         errno = ENOMEM;
         return false;
     }

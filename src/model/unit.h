@@ -9,8 +9,9 @@ struct UNIT_T;
 
 enum UNIT_FILE : uint16_t { UNIT_LOG = 0, UNIT_QCC = 1 };
 
-/// The unit of a packet, made on first sight. Switching units closes the files of the one left and opens
-/// those of the one entered. Never null: no memory is fatal error 40.
+/// The unit of a packet, made on first sight. Switching units closes the log, the QC file and the
+/// traces of the one left; the log of the one entered opens again, and its QC file with the log. Never null:
+/// no memory is fatal error 40.
 UNIT_T* Unit_find(const PACKET& pkt);
 
 /// Makes the unit's log or QC file: name, opening (fatal error 20 on failure), header.

@@ -11,6 +11,9 @@
 
 namespace {
 
+constexpr char Column_head[] =
+    "\r\n                        Min          Max        Range         Mean       St Dev";
+
 /// The two files of an event's block. The unit's is silent when it is not the current one.
 struct BOTH {
     OUT_FILE* run;
@@ -102,7 +105,7 @@ void Qcc_store(UNIT_T* unit, EVT_T* evt, const PACKET& pkt)
 {
     const BOTH files{&FdQcc, unit->qcc_open ? &unit->qcc_fp : nullptr};
     store_head(files, evt, pkt);
-    files.write("\r\n                        Min          Max        Range         Mean       St Dev");
+    files.write(Column_head);
     if (!evt->chn || evt->bad) {
         store_no_event(files, unit);
         return;
@@ -116,6 +119,5 @@ void Qcc_network(const PACKET& pkt)
 {
     FdQcc.write("\r\n\r\n");
     log_head(FdQcc, pkt, PKT_NH, 0);
-    FdQcc.write("\r\n                        Min          Max        Range");
-    FdQcc.write("         Mean       St Dev");
+    FdQcc.write(Column_head);
 }

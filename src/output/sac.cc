@@ -22,12 +22,6 @@ constexpr char Undefined_k[] = "-12345          "; ///< as wide as the widest te
 constexpr int32_t ITIME = 1, IUNKN = 5, IGOOD = 45, IRLDTA = 49;
 constexpr int32_t Header_version = 6;
 
-template <size_t N>
-void fill_text(char (&field)[N])
-{
-    memcpy(field, Undefined_k, N);
-}
-
 /// A text of the record into a field of the header: cut there, the rest NUL.
 template <size_t N>
 void put_text(char (&field)[N], std::string_view from)
@@ -40,18 +34,13 @@ void put_text(char (&field)[N], std::string_view from)
 /// Every field as SAC marks the ones that nobody set.
 void fill_undefined(SACHDR_T* h)
 {
-    float floats[70];
-    std::fill_n(floats, 70, Undefined_f);
-    memcpy(h, floats, sizeof floats);
-    int32_t integers[35];
-    std::fill_n(integers, 35, Undefined_i);
-    memcpy(&h->NZYEAR, integers, sizeof integers);
-    h->LEVEN = h->LPSPOL = h->LOVROK = h->LCALDA = h->UNUSED_L = 0;
-
-    char* const texts = h->KSTNM;
-    constexpr size_t text_len = Sac_header_len - offsetof(SACHDR_T, KSTNM);
-    for (size_t at = 0; at < text_len; at += 8) memcpy(texts + at, Undefined_k, 8);
-    fill_text(h->KEVNM);
+    char* const raw = reinterpret_cast<char*>(h);
+    size_t at = 0;
+    for (; at < offsetof(SACHDR_T, NZYEAR); at += 4) memcpy(raw + at, &Undefined_f, 4);
+    for (; at < offsetof(SACHDR_T, LEVEN); at += 4) memcpy(raw + at, &Undefined_i, 4);
+    memset(raw + at, 0, offsetof(SACHDR_T, KSTNM) - at);
+    for (at = offsetof(SACHDR_T, KSTNM); at < Sac_header_len; at += 8) memcpy(raw + at, Undefined_k, 8);
+    memcpy(h->KEVNM, Undefined_k, sizeof h->KEVNM);
 }
 
 void put_statistics(SACHDR_T* h, const CHN_T* chn)

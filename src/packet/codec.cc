@@ -45,11 +45,12 @@ static void complain_about_count()
 static int32_t integer_in(const uint8_t* at, uint16_t n, int step)
 {
     uint32_t value = static_cast<uint32_t>(static_cast<int8_t>(*at));
-    if (static_cast<uint8_t>(n - 1) > 3) {
+    const uint8_t more = static_cast<uint8_t>(n - 1);
+    if (more > 3) {
         complain_about_count();
         return static_cast<int32_t>(value);
     }
-    for (int i = 1; i < n; ++i) value = value << 8 | at[i * step];
+    for (int i = 1; i <= more; ++i) value = value << 8 | at[i * step];
     return static_cast<int32_t>(value);
 }
 

@@ -13,8 +13,8 @@
 
 namespace {
 
-constexpr int Words = 16;          ///< words in a frame; word 0 holds the codes of all
-constexpr int First_data_word = 3; ///< of frame 1, behind the two integration constants
+constexpr int Words = DT::Frame_len / 4; ///< in a frame; word 0 holds the codes of all
+constexpr int First_data_word = 3;       ///< of frame 1, behind the two integration constants
 
 const uint8_t* word_at(const PACKET& pkt, int frame, int word)
 {

@@ -9,7 +9,7 @@
 namespace {
 
 constexpr int Lanes = 8;
-constexpr int Words = 16;
+constexpr int Words = DT::Frame_len / 4;                    ///< in a frame; word 0 holds the codes of all
 constexpr int Data_words = DT::Frame_cnt * (Words - 1) - 2; ///< but for control words and constants
 constexpr int Most = Data_words * 7;                        ///< differences a packet can hold
 static_assert(Most + Lanes <= Samples_max, "whole vectors are written");

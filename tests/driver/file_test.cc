@@ -271,7 +271,10 @@ TEST(Make_dir, leaves_the_permission_to_the_process_mask)
 TEST(Make_dir, reaches_beyond_152_characters)
 {
     const kit::Scratch scratch;
-    const std::string deep = std::string(90, 'd') + "/" + std::string(90, 'e') + "/";
+    std::string deep(90, 'd');
+    deep += "/";
+    deep.append(90, 'e');
+    deep += "/";
     Make_dir((scratch.dir() + "/" + deep + "x.sac").c_str());
     EXPECT_TRUE(scratch.exists(deep));
 }

@@ -1,0 +1,47 @@
+// Started without a console: what would be shown goes nowhere, and least of all into a file.
+#include "runs/traces.h"
+
+#include <cstdlib>
+#include <sys/wait.h>
+
+using namespace kit;
+using namespace runs;
+
+namespace {
+
+constexpr int Packets = 1500; ///< enough that their console lines leave the program's buffer many times
+
+Recording long_event()
+{
+    Recording middle;
+    for (unsigned i = 1; i <= Packets; ++i) middle += data({1}).seq(i);
+    return in_event(middle);
+}
+
+/// Runs the program from a shell that closes descriptors first. Returns the exit status.
+int run_with(const std::string& closing, const Scratch& scratch)
+{
+    const std::string command =
+        "cd '" + scratch.dir() + "' && '" VX_SAC_PROGRAM "' rec.pkt out -L- " + closing;
+    const int status = system(command.c_str());
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+class Closed_console : public testing::TestWithParam<std::string> {};
+INSTANTIATE_TEST_SUITE_P(Descriptors, Closed_console,
+                         testing::Values(">&-", "<&- >&-", "<&- >&- 2>&-", "2>&- >/dev/null"));
+
+TEST_P(Closed_console, leaves_the_traces_alone)
+{
+    Scratch scratch;
+    scratch.make_dir("out");
+    scratch.write("rec.pkt", long_event());
+    EXPECT_EQ(run_with(GetParam(), scratch), 0);
+    const std::vector<int32_t> ones(Packets, 1);
+    EXPECT_EQ(scratch.tree("out").size(), 1U);
+    const std::string trace = scratch.read(std::string("out/") + Name_1_1);
+    EXPECT_EQ(trace.size(), 632U + 4U * Packets);
+    EXPECT_TRUE(same_bytes(mask_run_date(trace), sac_file(usual_trace().stats(1, 1, 1), ones)));
+}
+
+} // namespace
