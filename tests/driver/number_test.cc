@@ -224,7 +224,15 @@ TEST(scan_int16, is_zero_when_nothing_converts)
     EXPECT_EQ(scan_int16("- 5 ", 0, 4), 0);
     EXPECT_EQ(scan_int16("12", 2, 3), 0);
     EXPECT_EQ(scan_int16("12", 13, 3), 0); // the text ends before the field begins
-    EXPECT_EQ(scan_int16("12\00034"sv, 3, 2), 0);
+}
+
+TEST(scan_int16, a_nul_ends_a_field_and_hides_none_behind_it)
+{
+    EXPECT_EQ(scan_int16("12\00034"sv, 1, 4), 2);
+    EXPECT_EQ(scan_int16("12\00034"sv, 2, 3), 0);
+    EXPECT_EQ(scan_int16("12\00034"sv, 3, 2), 34);
+    EXPECT_EQ(scan_double("1.5\0002.5"sv, 0, 7), 1.5);
+    EXPECT_EQ(scan_double("1.5\0002.5"sv, 4, 3), 2.5);
 }
 
 TEST(scan_int16, keeps_16_bits)

@@ -13,6 +13,7 @@
 #include <cstring>
 #include <deque>
 #include <filesystem>
+#include <fstream>
 #include <random>
 #include <string>
 #include <sys/resource.h>
@@ -159,6 +160,22 @@ TEST_F(Out_file, room_is_there_for_its_most_at_any_time)
     EXPECT_EQ(closed(), expected);
 }
 
+TEST_F(Out_file, room_that_just_fits_or_just_does_not_is_whole)
+{
+    for (const size_t size : {8192U, 16384U, 65536U}) {
+        for (const size_t left : {8189U, 8190U, 8191U, 8192U, 8193U}) {
+            if (left > size) continue;
+            open(OUT_MODE::truncate);
+            const std::string fill = letters(size - left), piece = some_bytes(Out_room_max);
+            file.write(fill);
+            memcpy(file.room(Out_room_max), piece.data(), piece.size());
+            file.took(Out_room_max);
+            file.write("behind");
+            ASSERT_TRUE(closed() == fill + piece + "behind") << size << ' ' << left;
+        }
+    }
+}
+
 TEST_F(Out_file, a_new_file_is_not_made_over_one_that_exists)
 {
     scratch.write("file", "old");
@@ -300,7 +317,8 @@ TEST(Out_slots, the_file_unused_for_longest_gives_way)
     EXPECT_EQ(b.buf, nullptr);
     EXPECT_NE(c.buf, nullptr);
     EXPECT_TRUE(b.open);
-    out_close_all();
+    for (OUT_FILE* file : {&a, &b, &c}) out_close(*file);
+    out_limit_slots(0);
     EXPECT_EQ(scratch.read("a"), "aa");
 }
 
@@ -329,6 +347,7 @@ TEST(Out_slots, the_descriptor_limit_of_the_process_is_respected)
             const kit::Scratch scratch;
             const rlimit few{40, 40};
             if (setrlimit(RLIMIT_NOFILE, &few) != 0) _exit(99);
+            out_limit_slots(0);
             std::deque<OUT_FILE> out(300);
             std::deque<std::string> names;
             for (OUT_FILE& file : out) {
@@ -356,6 +375,7 @@ TEST(Out_slots, others_descriptors_in_the_way_cost_slots_and_no_bytes)
             const kit::Scratch scratch;
             const rlimit few{60, 60};
             if (setrlimit(RLIMIT_NOFILE, &few) != 0) _exit(99);
+            out_limit_slots(0);
             std::deque<OUT_FILE> out(30);
             std::deque<std::string> names;
             for (OUT_FILE& file : out) {
@@ -382,13 +402,18 @@ TEST(Out_close_all, writes_what_all_files_have_collected)
 {
     const kit::Scratch scratch;
     const std::string names[] = {scratch.path("a"), scratch.path("b")};
-    OUT_FILE a, b;
-    ASSERT_TRUE(out_open(a, names[0].c_str(), OUT_MODE::create_new, ON_LOSS::end_run));
-    ASSERT_TRUE(out_open(b, names[1].c_str(), OUT_MODE::create_new, ON_LOSS::tell_once));
-    a.write("aa");
-    b.write("bb");
-    EXPECT_EQ(scratch.read("a"), ""); // collected, not yet written
-    out_close_all();
+    kit::expect_ending(
+        [&] {
+            OUT_FILE a, b;
+            if (!out_open(a, names[0].c_str(), OUT_MODE::create_new, ON_LOSS::end_run)) _exit(99);
+            if (!out_open(b, names[1].c_str(), OUT_MODE::create_new, ON_LOSS::tell_once)) _exit(98);
+            a.write("aa");
+            b.write("bb");
+            if (!scratch.read("a").empty()) _exit(97); // collected, not yet written
+            out_close_all();
+            _exit(0); // nothing more is flushed
+        },
+        0, "");
     EXPECT_EQ(scratch.read("a"), "aa");
     EXPECT_EQ(scratch.read("b"), "bb");
 }
@@ -398,66 +423,74 @@ TEST(Out_close_all, writes_what_all_files_have_collected)
 TEST_F(Out_file, that_lost_bytes_is_told_of_once)
 {
     path = "/dev/full";
-    open(OUT_MODE::append);
-    const std::string told = kit::complained_by([&] {
-        for (int i = 0; i < 40; ++i) file.write(std::string(20'000, 'x'));
-        file.print("%s", letters(100'000).c_str());
-        out_close(file);
-    });
-    EXPECT_EQ(told, "\nFile write error for '/dev/full'");
-    EXPECT_TRUE(file.broken);
-    EXPECT_FALSE(file.open);
-    EXPECT_TRUE(out_lost_bytes());
+    kit::expect_ending(
+        [&] {
+            open(OUT_MODE::append);
+            for (int i = 0; i < 40; ++i) file.write(std::string(20'000, 'x'));
+            file.print("%s", letters(100'000).c_str());
+            out_close(file);
+            exit(file.broken && !file.open && out_lost_bytes() ? 0 : 1);
+        },
+        0, "", "\nFile write error for '/dev/full'");
 }
 
 TEST_F(Out_file, that_cannot_be_written_at_its_closing_is_told_of)
 {
     path = "/dev/full";
-    open(OUT_MODE::append);
-    file.write("x");
-    EXPECT_FALSE(out_lost_bytes());
-    EXPECT_EQ(kit::complained_by([&] { out_close(file); }), "\nFile write error for '/dev/full'");
-    EXPECT_TRUE(out_lost_bytes());
+    kit::expect_ending(
+        [&] {
+            open(OUT_MODE::append);
+            file.write("x");
+            if (out_lost_bytes()) _exit(1);
+            out_close(file);
+            exit(out_lost_bytes() ? 0 : 1);
+        },
+        0, "", "\nFile write error for '/dev/full'");
 }
 
 TEST_F(Out_file, each_file_that_lost_bytes_is_told_of)
 {
     path = "/dev/full";
     const std::string other_path = "/dev/./full";
-    OUT_FILE other;
-    open(OUT_MODE::append);
-    ASSERT_TRUE(out_open(other, other_path.c_str(), OUT_MODE::truncate, ON_LOSS::tell_once));
-    const std::string told = kit::complained_by([&] {
-        file.write("x");
-        other.write("y");
-        out_close(file);
-        out_close(other);
-    });
-    EXPECT_EQ(told, "\nFile write error for '/dev/full'\nFile write error for '/dev/./full'");
+    kit::expect_ending(
+        [&] {
+            OUT_FILE other;
+            open(OUT_MODE::append);
+            if (!out_open(other, other_path.c_str(), OUT_MODE::truncate, ON_LOSS::tell_once)) _exit(99);
+            file.write("x");
+            other.write("y");
+            out_close(file);
+            out_close(other);
+            exit(0);
+        },
+        0, "", "\nFile write error for '/dev/full'\nFile write error for '/dev/./full'");
 }
 
 TEST_F(Out_file, that_lost_bytes_leaves_the_others_alone)
 {
     const std::string full = "/dev/full";
-    OUT_FILE broken;
-    open();
-    ASSERT_TRUE(out_open(broken, full.c_str(), OUT_MODE::append, ON_LOSS::tell_once));
     std::string expected;
-    kit::complained_by([&] {
-        for (int i = 0; i < 30; ++i) {
-            const std::string piece = some_bytes(9000, static_cast<uint32_t>(i));
-            broken.write(piece);
-            file.write(piece);
-            broken.print("%d", i);
-            file.print("%d", i);
-            memset(broken.room(Out_room_max), 'z', Out_room_max);
-            broken.took(Out_room_max);
-            expected += piece + std::to_string(i);
-        }
-        out_close(broken);
-    });
-    EXPECT_FALSE(file.broken);
-    EXPECT_EQ(closed(), expected);
+    for (uint32_t i = 0; i < 30; ++i) expected += some_bytes(9000, i) + std::to_string(i);
+    kit::expect_ending(
+        [&] {
+            OUT_FILE broken;
+            open();
+            if (!out_open(broken, full.c_str(), OUT_MODE::append, ON_LOSS::tell_once)) _exit(99);
+            for (uint32_t i = 0; i < 30; ++i) {
+                const std::string piece = some_bytes(9000, i);
+                broken.write(piece);
+                file.write(piece);
+                broken.print("%u", i);
+                file.print("%u", i);
+                memset(broken.room(Out_room_max), 'z', Out_room_max);
+                broken.took(Out_room_max);
+            }
+            out_close(broken);
+            out_close(file);
+            exit(file.broken ? 1 : 0);
+        },
+        0, "", "\nFile write error for '/dev/full'");
+    EXPECT_EQ(scratch.read("file"), expected);
 }
 
 TEST_F(Out_file, that_may_not_grow_keeps_its_whole_prefix)
@@ -480,13 +513,16 @@ TEST_F(Out_file, that_may_not_grow_keeps_its_whole_prefix)
 
 TEST_F(Out_file, that_vanished_while_it_held_no_slot_has_lost_bytes)
 {
-    open();
-    file.write("first");
-    EXPECT_TRUE(out_give_up_oldest());
-    EXPECT_EQ(unlink(path.c_str()), 0);
-    EXPECT_EQ(kit::complained_by([&] { file.write("second"); }), "\nFile write error for '" + path + "'");
-    EXPECT_TRUE(out_lost_bytes());
-    out_close(file);
+    kit::expect_ending(
+        [&] {
+            open();
+            file.write("first");
+            if (!out_give_up_oldest() || unlink(path.c_str()) != 0) _exit(99);
+            file.write("second");
+            out_close(file);
+            exit(out_lost_bytes() ? 0 : 1);
+        },
+        0, "", "\nFile write error for '" + path + "'");
     EXPECT_FALSE(scratch.exists("file"));
 }
 
@@ -538,6 +574,19 @@ TEST(Out_overwrite_start, replaces_the_first_bytes_and_keeps_the_rest)
     EXPECT_EQ(scratch.read("file"), "abc3456789");
     EXPECT_TRUE(out_overwrite_start(path.c_str(), ""));
     EXPECT_EQ(scratch.read("file"), "abc3456789");
+}
+
+TEST(Out_overwrite_start, replaces_the_first_bytes_of_a_file_beyond_two_gigabytes)
+{
+    constexpr std::uintmax_t size = 2147483648u + 4096;
+    const kit::Scratch scratch;
+    const std::string path = scratch.write("file", "0123456789");
+    std::filesystem::resize_file(path, size);
+    EXPECT_TRUE(out_overwrite_start(path.c_str(), "abc"));
+    EXPECT_EQ(std::filesystem::file_size(path), size);
+    std::string start(10, '?');
+    std::ifstream(path, std::ios::binary).read(start.data(), 10);
+    EXPECT_EQ(start, "abc3456789");
 }
 
 TEST(Out_overwrite_start, creates_nothing)

@@ -224,7 +224,7 @@ TEST(Command_line, rate_is_a_number_or_a_quotient_whose_divisor_starts_one_chara
 
 TEST(Command_line, rate_is_a_single_float_of_at_most_19_characters)
 {
-    expect_rate(std::string(18, '0') + "1234", "1.0000");
+    expect_rate("0000000000000000001234", "1.0000");
     expect_rate("16777217", "16777216.0000");
 }
 

@@ -184,3 +184,22 @@ TEST(Endings, a_trace_that_cannot_be_opened_again_keeps_its_first_header_and_wai
     EXPECT_TRUE(same_bytes(mask_run_date(scratch.read(std::string("out/") + Name_1_1)),
                            sac_header(Sac().rate(100)) + sac_samples({5, -3, 4})));
 }
+
+TEST(Endings, a_console_that_nobody_reads_any_more_ends_the_run_by_its_signal)
+{
+    Scratch scratch;
+    Recording recording;
+    for (int i = 0; i < 5000; ++i) recording += Fd(); // their lines are more than a pipe holds
+    scratch.write("rec.pkt", recording);
+    RunOptions options;
+    options.program = "/bin/sh";
+    options.argv0 = "sh";
+    signal(SIGPIPE, SIG_DFL); // also where the tests are run by something that ignores it
+    const Outcome run =
+        run_vx(scratch.dir(),
+               {"-c", "('" VX_SAC_PROGRAM "' rec.pkt -L-; echo $? > status) | head -c 10 > first"}, options);
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.err, "");
+    EXPECT_EQ(scratch.read("first"), console_banner().substr(0, 10));
+    EXPECT_EQ(scratch.read("status"), std::to_string(128 + SIGPIPE) + "\n");
+}

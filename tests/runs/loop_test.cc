@@ -453,3 +453,29 @@ TEST(Loop, an_input_beyond_two_gigabytes_is_read_to_its_end)
         << run.out;
     EXPECT_TRUE(ends_with(scratch.read("rec.vxl"), " B:0002097156\r\n"));
 }
+
+TEST(Loop, trigger_type_is_shown_as_it_is_whatever_bytes_it_holds)
+{
+    const Recording recording =
+        Eh().event(1).usual().trigger_type("%s%n") + Eh().event(2).usual().trigger_type("\x1B[2J");
+    EXPECT_TRUE(same_bytes(console_of(recording), table(progress_eh(1, "9A2F", 1, 1, "%s%", "100.0000") +
+                                                        progress_eh(2, "9A2F", 2, 1, "\x1B[2", "100.0000"))));
+}
+
+TEST(Loop, a_terminal_sees_the_progress_while_the_run_goes_on)
+{
+    Scratch scratch;
+    scratch.write("rec.pkt", Fd().packet());
+    std::filesystem::resize_file(scratch.path("rec.pkt"), 1024u << 20); // unknown packets, which show nothing
+    std::ofstream(scratch.path("rec.pkt"), std::ios::binary | std::ios::app) << Fd().packet();
+    RunOptions options;
+    const Outcome pipe = run_vx(scratch.dir(), {"rec.pkt", "-L-"}, options);
+    EXPECT_EQ(pipe.first_out, pipe.last_out) << "a pipe gets it all at once";
+    options.terminal = true;
+    const Outcome run = run_vx(scratch.dir(), {"rec.pkt", "-L-"}, options);
+    EXPECT_TRUE(same_bytes(run.out, pipe.out));
+    EXPECT_TRUE(ends_with(run.out,
+                          table_start() + progress_params(1, "FD") + progress_params(1048577, "FD") + "\r\n"))
+        << run.out;
+    EXPECT_GT(run.last_out - run.first_out, 0.3 * run.seconds) << "the first line did not wait for the last";
+}

@@ -10,8 +10,6 @@ using namespace runs;
 
 namespace {
 
-const std::string Spec_letters = "ABCDEFGHIJKLMNOPQRSTUVWXYZ";
-
 std::string lettered(char letter)
 {
     return std::string("2004123101530250_STA01_1") + letter + "1.sac";

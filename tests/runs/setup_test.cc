@@ -2,6 +2,8 @@
 #include "runs/common.h"
 
 #include <chrono>
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
 
@@ -437,4 +439,42 @@ TEST(Setup, an_input_that_appears_in_time_is_read_but_not_an_ini_file_that_was_m
     EXPECT_GE(run.seconds, 0.9);
     EXPECT_LT(run.seconds, 4.5);
     EXPECT_EQ(names(scratch.tree("out")), "2004123101530250_09A2F_1_1.sac\n");
+}
+
+TEST(Setup, a_pipe_has_no_size_and_is_an_empty_input)
+{
+    Scratch scratch;
+    ASSERT_EQ(mkfifo(scratch.path("pipe").c_str(), 0600), 0);
+    const int writer = open(scratch.path("pipe").c_str(), O_RDWR); // so that opening it does not wait
+    const std::string packet = one_event(1, {1}).substr(0, 1024);
+    ASSERT_EQ(write(writer, packet.data(), packet.size()), 1024);
+    const Outcome run = run_input(scratch, "pipe", {".", "-L-"});
+    close(writer);
+    EXPECT_EQ(run.status, 1);
+    EXPECT_TRUE(ends_with(run.out, "Press CTRL-BRK or CTRL-C to abort.\n")) << run.out;
+    EXPECT_EQ(names(scratch.tree()), "pipe\n");
+}
+
+TEST(Setup, a_working_directory_that_is_gone_needs_an_output_path)
+{
+    Scratch scratch;
+    const std::string input = scratch.write("rec.pkt", one_event(1, {1}));
+    scratch.make_dir("out");
+    scratch.make_dir("gone");
+    RunOptions options;
+    options.program = "/bin/sh";
+    options.argv0 = "sh";
+    const auto run_nowhere = [&](const std::string& output) {
+        scratch.make_dir("gone");
+        const std::string command =
+            "cd gone && rmdir ../gone && exec '" VX_SAC_PROGRAM "' '" + input + "' " + output;
+        return run_vx(scratch.dir(), {"-c", command}, options);
+    };
+    const Outcome refused = run_nowhere("");
+    EXPECT_EQ(refused.status, 10);
+    EXPECT_TRUE(same_bytes(refused.out, console_banner() + "\nUnable to change to directory '.'"));
+
+    const Outcome run = run_nowhere("'" + scratch.path("out") + "' -L-");
+    EXPECT_EQ(run.status, 0) << run.out;
+    EXPECT_EQ(names(scratch.tree("out")), std::string(Name_1_1) + "\n");
 }

@@ -1,6 +1,8 @@
 // Recorders in one stream: their files, their change, the order in which they are told at the end.
 #include "runs/common.h"
 
+#include <filesystem>
+#include <fstream>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -24,6 +26,18 @@ std::string channel_block(const std::string& unit, const std::string& event, con
 {
     return "No ET block for U:" + unit + " E:" + event + "\r\n" + Qc_head + "\r\n   Channel  0:" + numbers +
            "\r\n\r\n";
+}
+
+/// A socket stands in a directory, yet nobody can open it as a file; -1 where there can be none.
+int put_socket(const std::string& path)
+{
+    const int fd = socket(AF_UNIX, SOCK_STREAM, 0);
+    sockaddr_un name{};
+    name.sun_family = AF_UNIX;
+    snprintf(name.sun_path, sizeof name.sun_path, "%s", path.c_str());
+    if (bind(fd, reinterpret_cast<const sockaddr*>(&name), sizeof name) == 0) return fd;
+    close(fd);
+    return -1;
 }
 
 } // namespace
@@ -194,18 +208,52 @@ TEST(Units, an_ini_file_that_cannot_be_opened_is_told_and_waited_for)
 {
     Scratch scratch;
     scratch.write("rec.pkt", fd(0xA));
-    const int fd = socket(AF_UNIX, SOCK_STREAM, 0);
-    sockaddr_un name{};
-    name.sun_family = AF_UNIX;
-    snprintf(name.sun_path, sizeof name.sun_path, "%s", scratch.path("vxu.ini").c_str());
-    if (bind(fd, reinterpret_cast<const sockaddr*>(&name), sizeof name) != 0)
-        GTEST_SKIP() << "no socket in " << name.sun_path;
+    const int held = put_socket(scratch.path("vxu.ini"));
+    if (held < 0) GTEST_SKIP() << "no socket can be made at " << scratch.path("vxu.ini");
     const Outcome run = run_vx(scratch.dir(), {"rec.pkt", "-L-"});
-    close(fd);
+    close(held);
     EXPECT_EQ(run.status, 0);
     EXPECT_GE(run.seconds, 4.9);
     EXPECT_LT(run.seconds, 8);
     EXPECT_TRUE(ends_with(run.out, table_start() + "\nWARNING: Unable to open the INI file " +
                                        scratch.path("vxu.ini") + progress_params(1, "FD") + "\r\n"))
         << run.out;
+}
+
+TEST(Units, an_ini_file_that_cannot_be_opened_is_waited_for_by_each_unit_and_each_channel)
+{
+    Scratch scratch;
+    scratch.write("rec.pkt", data(0xA, 12, {1}).packet());
+    const int held = put_socket(scratch.path("vxu.ini"));
+    if (held < 0) GTEST_SKIP() << "no socket can be made at " << scratch.path("vxu.ini");
+    const Outcome run = run_vx(scratch.dir(), {"rec.pkt", "-L-"});
+    close(held);
+    EXPECT_EQ(run.status, 0);
+    EXPECT_GE(run.seconds, 9.9);
+    EXPECT_LT(run.seconds, 16);
+    const std::string warning = "\nWARNING: Unable to open the INI file " + scratch.path("vxu.ini");
+    EXPECT_TRUE(
+        ends_with(run.out, table_start() + warning + warning + progress_dt(1, "000A", 12, 1, 1) + "\r\n"))
+        << run.out;
+    EXPECT_EQ(scratch.read("2004123101530250_0000A_1_1.sac").size(), 636u);
+}
+
+TEST(Units, a_log_of_more_than_two_gigabytes_grows_on)
+{
+    constexpr std::uintmax_t hole = 2147483648u + 4096;
+    Scratch scratch;
+    scratch.write("rec.pkt", fd(0xA));
+    const std::string path = scratch.write("out/ID000A.vxl", "");
+    std::filesystem::resize_file(path, hole);
+    const Outcome run = run_vx(scratch.dir(), {"rec.pkt", "out"});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.err, "");
+    const std::string same = scratch.read("out/rec.vxl"); // one packet: the header and the same line
+    ASSERT_EQ(std::filesystem::file_size(path), hole + same.size());
+    std::string added(same.size(), '?');
+    std::ifstream log(path, std::ios::binary);
+    log.seekg(static_cast<std::streamoff>(hole));
+    log.read(added.data(), static_cast<std::streamsize>(added.size()));
+    EXPECT_TRUE(same_bytes(added, same));
+    EXPECT_TRUE(ends_with(added, head_line(plain_line("FD", 0, "000A"))));
 }

@@ -1,0 +1,68 @@
+// What a person at the terminal, or a program at the other end of a pipe, has seen of the console by when.
+#include "driver/console.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <string>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+/// Everything that comes before the other end is given up. A terminal tells that by an error.
+std::string all_from(int fd)
+{
+    std::string all;
+    char piece[256];
+    for (ssize_t n = 0; (n = read(fd, piece, sizeof piece)) > 0;) all.append(piece, static_cast<size_t>(n));
+    return all;
+}
+
+/// What reaches `reader` of a process that shows things at `writer`, with ticks between them, and ends
+/// without another word. The last thing has no tick behind it.
+std::string seen_of_a_run_that_is_cut_off(int reader, int writer)
+{
+    const pid_t child = fork();
+    if (child == 0) {
+        // A fresh stream, as it is when a run begins.
+        if (!freopen(("/dev/fd/" + std::to_string(writer)).c_str(), "w", stdout)) _exit(1);
+        close(writer), close(reader);
+        console_start();
+        console_tick();
+        printf("one ");
+        console_tick();
+        usleep(150'000);
+        printf("two ");
+        console_tick();
+        printf("three ");
+        _exit(0);
+    }
+    close(writer);
+    const std::string seen = all_from(reader);
+    close(reader);
+    int state = 0;
+    waitpid(child, &state, 0);
+    EXPECT_TRUE(WIFEXITED(state) && WEXITSTATUS(state) == 0);
+    return seen;
+}
+
+TEST(Console, of_a_terminal_shows_what_stands_in_the_buffer_several_times_a_second)
+{
+    const int reader = posix_openpt(O_RDWR | O_NOCTTY);
+    if (reader < 0 || grantpt(reader) != 0 || unlockpt(reader) != 0) GTEST_SKIP() << "no terminal to be had";
+    const int writer = open(ptsname(reader), O_RDWR | O_NOCTTY);
+    ASSERT_GE(writer, 0);
+    EXPECT_EQ(seen_of_a_run_that_is_cut_off(reader, writer), "one two ");
+}
+
+TEST(Console, of_a_pipe_is_not_written_before_its_buffer_is_full)
+{
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    EXPECT_EQ(seen_of_a_run_that_is_cut_off(ends[0], ends[1]), "");
+}
+
+} // namespace
