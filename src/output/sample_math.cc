@@ -14,68 +14,157 @@ namespace {
 /// Below 2^53 every integer is a double: sums of integers that stay there are exact, in any order.
 constexpr double Exact_max = 9007199254740992.0;
 
-/// Samples below this in magnitude have squares whose sum over a packet fits 64 bits with room to spare.
-constexpr int64_t Square_max = 1 << 25;
-
-struct PACKET_SUMS {
+struct EXTENT {
     int32_t min, max;
-    int64_t sum;
-    int64_t squares; ///< of use only while all samples are below Square_max
+    uint32_t sum; ///< modulo 2^32
 };
 
-VX_WIDE PACKET_SUMS sums_of(const int32_t* samples, size_t n)
+VX_WIDE EXTENT extent_of(const int32_t* samples, size_t n)
 {
-    int32_t min = samples[0];
-    int32_t max = samples[0];
-    int64_t sum = 0;
+    EXTENT e{samples[0], samples[0], 0};
     for (size_t i = 0; i < n; ++i) {
         const int32_t x = samples[i];
-        min = x < min ? x : min;
-        max = x > max ? x : max;
-        sum += x;
+        e.min = x < e.min ? x : e.min;
+        e.max = x > e.max ? x : e.max;
+        e.sum += static_cast<uint32_t>(x);
     }
-    int64_t squares = 0;
-    if (max < Square_max && min > -Square_max)
-        for (size_t i = 0; i < n; ++i) squares += static_cast<int64_t>(samples[i]) * samples[i];
-    return {min, max, sum, squares};
+    return e;
 }
 
-void add_to_sum(CHN_T* chn, const int32_t* samples, uint32_t n, const PACKET_SUMS& s)
+/// The largest magnitude among the samples.
+double reach(const EXTENT& e)
 {
-    const double reach =
-        std::max(std::fabs(static_cast<double>(s.min)), std::fabs(static_cast<double>(s.max)));
-    if (std::fabs(chn->sum) + n * reach <= Exact_max) {
-        chn->sum += static_cast<double>(s.sum);
+    return std::max(std::fabs(static_cast<double>(e.min)), std::fabs(static_cast<double>(e.max)));
+}
+
+VX_WIDE int64_t whole_sum(const int32_t* samples, size_t n)
+{
+    int64_t sum = 0;
+    for (size_t i = 0; i < n; ++i) sum += samples[i];
+    return sum;
+}
+
+/// The exact sum: from its lowest 32 bits where the samples lie close together, as those of a packet do.
+int64_t sum_of(const int32_t* samples, uint32_t n, const EXTENT& e)
+{
+    const int64_t width = static_cast<int64_t>(e.max) - e.min;
+    if (width * n > INT32_MAX) return whole_sum(samples, n);
+    const uint32_t above_first = e.sum - n * static_cast<uint32_t>(samples[0]);
+    return static_cast<int64_t>(samples[0]) * n + static_cast<int32_t>(above_first);
+}
+
+void add_to_sum(CHN_T* chn, const int32_t* samples, uint32_t n, const EXTENT& e)
+{
+    if (std::fabs(chn->sum) + n * reach(e) <= Exact_max) {
+        chn->sum += static_cast<double>(sum_of(samples, n, e));
         return;
     }
     for (uint32_t i = 0; i < n; ++i) chn->sum += samples[i];
 }
 
-void add_to_squares(CHN_T* chn, const int32_t* samples, uint32_t n, const PACKET_SUMS& s)
+VX_WIDE int64_t squares_of(const int32_t* samples, size_t n)
 {
-    const bool small = s.max < Square_max && s.min > -Square_max;
-    if (small && chn->sq_sum + static_cast<double>(s.squares) <= Exact_max) {
-        chn->sq_sum += static_cast<double>(s.squares);
+    int64_t squares = 0;
+    for (size_t i = 0; i < n; ++i) squares += static_cast<int64_t>(samples[i]) * samples[i];
+    return squares;
+}
+
+constexpr uint32_t Lanes = 4;
+constexpr uint32_t Runs = 2 * Lanes;
+using DOUBLES = double __attribute__((vector_size(8 * Lanes)));
+/// Rows become columns.
+[[gnu::always_inline]] inline void transpose(DOUBLES (&m)[Lanes])
+{
+    const DOUBLES a = __builtin_shufflevector(m[0], m[1], 0, 4, 2, 6);
+    const DOUBLES b = __builtin_shufflevector(m[0], m[1], 1, 5, 3, 7);
+    const DOUBLES c = __builtin_shufflevector(m[2], m[3], 0, 4, 2, 6);
+    const DOUBLES d = __builtin_shufflevector(m[2], m[3], 1, 5, 3, 7);
+    m[0] = __builtin_shufflevector(a, c, 0, 1, 4, 5);
+    m[1] = __builtin_shufflevector(b, d, 0, 1, 4, 5);
+    m[2] = __builtin_shufflevector(a, c, 2, 3, 6, 7);
+    m[3] = __builtin_shufflevector(b, d, 2, 3, 6, 7);
+}
+
+/// Adds the squares of Runs runs of samples, all at the same time: each run onto start[0] and again onto
+/// start[1]. A run is `length` samples long, a multiple of Lanes.
+VX_WIDE void add_runs(const int32_t* samples, size_t length, const double (&start)[2], double (&end)[2][Runs])
+{
+    DOUBLES even[2] = {DOUBLES{} + start[0], DOUBLES{} + start[0]};
+    DOUBLES odd[2] = {DOUBLES{} + start[1], DOUBLES{} + start[1]};
+    for (size_t at = 0; at < length; at += Lanes)
+        for (size_t half = 0; half < 2; ++half) {
+            DOUBLES squares[Lanes];
+            for (size_t i = 0; i < Lanes; ++i) {
+                const int32_t* const x = samples + (half * Lanes + i) * length + at;
+                squares[i] = DOUBLES{1.0 * x[0], 1.0 * x[1], 1.0 * x[2], 1.0 * x[3]};
+                squares[i] *= squares[i];
+            }
+            transpose(squares);
+            for (const DOUBLES& step : squares) {
+                even[half] += step;
+                odd[half] += step;
+            }
+        }
+    memcpy(end[0], even, sizeof even);
+    memcpy(end[1], odd, sizeof odd);
+}
+
+uint64_t bits_of(double v)
+{
+    return std::bit_cast<uint64_t>(v);
+}
+
+/// Adds squares one after the other, rounding at each step as doubles do. From one power of two to the next a
+/// double is a multiple of one unit. What an addition makes of it there depends on the last bit before
+/// (halves go to the even multiple), and on nothing else. So the samples are cut into runs, all runs are
+/// added up at once from an even and from an odd start, and then the gains that apply are put together.
+/// False, with the sum as it was, when it would reach the next power of two.
+bool add_squares_in_runs(double& sum, const int32_t* samples, uint32_t n)
+{
+    const uint64_t first = bits_of(sum);
+    const double start[2] = {sum, std::bit_cast<double>(first + 1)};
+    const double next_power = std::bit_cast<double>(((first >> 52) + 1) << 52);
+    const uint32_t length = n / (Runs * Lanes) * Lanes;
+    double end[2][Runs];
+    add_runs(samples, length, start, end);
+
+    double s = sum;
+    for (uint32_t run = 0; run < Runs; ++run) {
+        const auto odd = (bits_of(s) ^ first) & 1;
+        if (!(end[odd][run] < next_power)) return false;
+        s += end[odd][run] - start[odd];
+    }
+    for (uint32_t i = Runs * length; i < n; ++i) s += static_cast<double>(samples[i]) * samples[i];
+    if (!(s < next_power)) return false;
+    sum = s;
+    return true;
+}
+
+void add_to_squares(CHN_T* chn, const int32_t* samples, uint32_t n, const EXTENT& e)
+{
+    if (chn->sq_sum + n * reach(e) * reach(e) <= Exact_max) {
+        chn->sq_sum += static_cast<double>(squares_of(samples, n));
         return;
     }
+    if (add_squares_in_runs(chn->sq_sum, samples, n)) return;
     double sum = chn->sq_sum;
     for (uint32_t i = 0; i < n; ++i) sum += static_cast<double>(samples[i]) * samples[i];
     chn->sq_sum = sum;
 }
 
 /// A new extreme stands where its value comes first.
-void move_extremes(CHN_T* chn, const int32_t* samples, uint32_t n, const PACKET_SUMS& s)
+void move_extremes(CHN_T* chn, const int32_t* samples, uint32_t n, const EXTENT& e)
 {
     const auto place = [&](int32_t value) {
         return chn->cnt + 1 + static_cast<uint32_t>(std::find(samples, samples + n, value) - samples);
     };
-    if (s.min < chn->min) {
-        chn->min = s.min;
-        chn->min_ndx = place(s.min);
+    if (e.min < chn->min) {
+        chn->min = e.min;
+        chn->min_ndx = place(e.min);
     }
-    if (s.max > chn->max) {
-        chn->max = s.max;
-        chn->max_ndx = place(s.max);
+    if (e.max > chn->max) {
+        chn->max = e.max;
+        chn->max_ndx = place(e.max);
     }
 }
 
@@ -111,9 +200,9 @@ void add_samples_one_by_one(CHN_T* chn, const int32_t* samples, uint32_t n)
 void add_samples(CHN_T* chn, const int32_t* samples, uint32_t n)
 {
     if (n == 0) return;
-    const PACKET_SUMS s = sums_of(samples, n);
-    add_to_sum(chn, samples, n, s);
-    add_to_squares(chn, samples, n, s);
-    move_extremes(chn, samples, n, s);
+    const EXTENT extent = extent_of(samples, n);
+    add_to_sum(chn, samples, n, extent);
+    add_to_squares(chn, samples, n, extent);
+    move_extremes(chn, samples, n, extent);
     chn->cnt += n;
 }

@@ -14,39 +14,43 @@ constexpr int Data_words = DT::Frame_cnt * (Words - 1) - 2; ///< but for control
 constexpr int Most = Data_words * 7;                        ///< differences a packet can hold
 static_assert(Most + Lanes <= Samples_max, "whole vectors are written");
 
-/// How a word of one code and sub-code falls into differences: each is shifted up so that its sign is the
-/// word's top bit, then down to its place. Lanes past the count make values that nobody reads.
-struct alignas(128) SPLIT {
-    uint32_t up[Lanes];
-    int32_t down[Lanes];
-    uint32_t count;
+/// How words fall into differences, by place (4 x code + the word's two top bits): each difference is shifted
+/// up so that its sign is the word's top bit, then down to its place. Lanes past the count make values that
+/// nobody reads. A place has Lanes entries in each list; of the counts only the first is used.
+struct SPLITS {
+    uint32_t up[16 * Lanes];
+    int32_t down[16 * Lanes];
+    uint32_t count[16 * Lanes];
+};
+constexpr uint32_t Invalid_low = 4 * 2 + 0, Invalid_high = 4 * 3 + 3; ///< of Steim-2: no such words
+
+struct FIELDS {
+    unsigned count, width;
 };
 
-constexpr SPLIT split(unsigned count, unsigned width)
+constexpr SPLITS splits_of(const FIELDS (&fields)[16])
 {
-    SPLIT s{};
-    s.count = count;
-    for (unsigned i = 0; i < count; ++i) {
-        s.up[i] = 32 - width * (count - i);
-        s.down[i] = static_cast<int32_t>(32 - width);
+    SPLITS s{};
+    for (unsigned place = 0; place < 16; ++place) {
+        const FIELDS f = fields[place];
+        s.count[place * Lanes] = f.count;
+        for (unsigned i = 0; i < f.count; ++i) {
+            s.up[place * Lanes + i] = 32 - f.width * (f.count - i);
+            s.down[place * Lanes + i] = static_cast<int32_t>(32 - f.width);
+        }
     }
     return s;
 }
 
-/// By code and the word's two top bits: place 4 x code + top bits.
-using SPLITS = std::array<SPLIT, 16>;
-constexpr uint32_t Invalid_low = 4 * 2 + 0, Invalid_high = 4 * 3 + 3; ///< of Steim-2: no such words
-
-constexpr SPLIT none = split(0, 0), bytes = split(4, 8), pairs = split(2, 16), whole = split(1, 32);
 // clang-format off
-constexpr SPLITS Steim1 = {none,  none,         none,         none,
-                           bytes, bytes,        bytes,        bytes,
-                           pairs, pairs,        pairs,        pairs,
-                           whole, whole,        whole,        whole};
-constexpr SPLITS Steim2 = {none,  none,         none,         none,
-                           bytes, bytes,        bytes,        bytes,
-                           none,  split(1, 30), split(2, 15), split(3, 10),
-                           split(5, 6), split(6, 5), split(7, 4), none};
+alignas(64) constexpr SPLITS Steim1 = splits_of({{0, 0},  {0, 0},  {0, 0},  {0, 0},
+                                                 {4, 8},  {4, 8},  {4, 8},  {4, 8},
+                                                 {2, 16}, {2, 16}, {2, 16}, {2, 16},
+                                                 {1, 32}, {1, 32}, {1, 32}, {1, 32}});
+alignas(64) constexpr SPLITS Steim2 = splits_of({{0, 0},  {0, 0},  {0, 0},  {0, 0},
+                                                 {4, 8},  {4, 8},  {4, 8},  {4, 8},
+                                                 {0, 0},  {1, 30}, {2, 15}, {3, 10},
+                                                 {5, 6},  {6, 5},  {7, 4},  {0, 0}});
 // clang-format on
 
 using UINTS = uint32_t __attribute__((vector_size(4 * Lanes)));
@@ -56,10 +60,10 @@ using BYTES = uint8_t __attribute__((vector_size(4 * Lanes)));
 /// Room for all differences a packet can hold, and for the lanes written past the last one.
 using DIFFERENCES = std::array<int32_t, Most + Lanes>;
 
-/// One frame taken apart: its words in host order, and their places in the table of splits.
-struct FRAME {
-    alignas(32) uint32_t word[Words];
-    alignas(32) uint32_t place[Words];
+/// A packet's frames taken apart: all words in host order, and where their places begin in the lists.
+struct FRAMES {
+    alignas(32) uint32_t word[DT::Frame_cnt * Words];
+    alignas(32) uint32_t place[DT::Frame_cnt * Words];
 };
 
 /// Eight words of a frame at once. `down` brings each word's code to the lowest bits of `codes`. Gathers in
@@ -77,39 +81,44 @@ struct FRAME {
     }
     const UINTS at = (((UINTS{} + codes) >> down) & 3U) << 2U | v >> 30U;
     invalid |= reinterpret_cast<INTS>((at == Invalid_low) | (at == Invalid_high));
+    const UINTS first = at * static_cast<uint32_t>(Lanes);
     memcpy(word, &v, sizeof v);
-    memcpy(place, &at, sizeof at);
+    memcpy(place, &first, sizeof first);
 }
 
-/// All differences of a packet, from word 3 of frame 1 on. Returns how many; `invalid` tells whether a word
-/// was none that Steim-2 has.
-VX_WIDE int differences_of(const uint8_t* frames, const SPLIT* splits, int32_t* to, bool& invalid)
+/// Takes all frames of a packet apart. Control words and the two constants of frame 1 become words without
+/// differences. True when every word is one that Steim-2 has.
+VX_WIDE bool take_apart(const uint8_t* frames, FRAMES& to)
 {
     constexpr UINTS down_low = {30, 28, 26, 24, 22, 20, 18, 16};
     constexpr UINTS down_high = {14, 12, 10, 8, 6, 4, 2, 0};
-    const int32_t* const start = to;
     INTS odd{};
     for (int f = 0; f < DT::Frame_cnt; ++f, frames += DT::Frame_len) {
-        // The control word itself holds no differences, nor do the two constants of frame 1.
         const uint32_t codes = be32(frames) & (f == 0 ? 0x03FFFFFFU : 0x3FFFFFFFU);
-        FRAME frame;
-        take_apart(frames, codes, down_low, frame.word, frame.place, odd);
-        take_apart(frames + 4 * Lanes, codes, down_high, frame.word + Lanes, frame.place + Lanes, odd);
-#pragma GCC unroll 15
-        for (int w = 1; w < Words; ++w) {
-            const SPLIT& s = splits[frame.place[w]];
-            UINTS up;
-            INTS down;
-            memcpy(&up, s.up, sizeof up);
-            memcpy(&down, s.down, sizeof down);
-            const INTS values = reinterpret_cast<INTS>((UINTS{} + frame.word[w]) << up) >> down;
-            memcpy(to, &values, sizeof values);
-            to += s.count;
-        }
+        const int at = f * Words;
+        take_apart(frames, codes, down_low, to.word + at, to.place + at, odd);
+        take_apart(frames + 4 * Lanes, codes, down_high, to.word + at + Lanes, to.place + at + Lanes, odd);
     }
     int any = 0;
     for (int lane = 0; lane < Lanes; ++lane) any |= odd[lane];
-    invalid = any != 0;
+    return any == 0;
+}
+
+/// All differences of a packet, in order. Returns how many.
+VX_WIDE int differences_of(const FRAMES& frames, const SPLITS& splits, int32_t* to)
+{
+    const int32_t* const start = to;
+#pragma GCC unroll 4
+    for (int w = 0; w < DT::Frame_cnt * Words; ++w) {
+        const uint32_t place = frames.place[w];
+        UINTS up;
+        INTS down;
+        memcpy(&up, splits.up + place, sizeof up);
+        memcpy(&down, splits.down + place, sizeof down);
+        const INTS values = reinterpret_cast<INTS>((UINTS{} + frames.word[w]) << up) >> down;
+        memcpy(to, &values, sizeof values);
+        to += splits.count[place];
+    }
     return static_cast<int>(to - start);
 }
 
@@ -136,10 +145,11 @@ bool by_table(const PACKET& pkt, const SPLITS& splits, bool steim2, uint32_t las
     const uint8_t* const frames = pkt.bytes + DT::Frames;
     const uint32_t x0 = be32(frames + 4);
     const uint32_t xn = be32(frames + 8);
+    static FRAMES apart;
     static DIFFERENCES differences;
-    bool invalid;
-    const int n = differences_of(frames, splits.data(), differences.data(), invalid);
-    if (n == 0 || (steim2 && invalid) || static_cast<uint16_t>(n) != bcd(pkt, EVT::Samples)) return false;
+    const bool valid = take_apart(frames, apart);
+    const int n = differences_of(apart, splits, differences.data());
+    if (n == 0 || (steim2 && !valid) || static_cast<uint16_t>(n) != bcd(pkt, EVT::Samples)) return false;
 
     // Steim-1 takes its first difference from word 3 even when that word holds none.
     const bool empty_first = (be32(frames) >> (30 - 2 * 3) & 3) == 0;

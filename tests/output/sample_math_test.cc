@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <bit>
+#include <cmath>
 #include <random>
 #include <vector>
 
@@ -87,6 +88,34 @@ TEST(add_samples, crosses_the_last_exact_sum_as_one_by_one_does)
     }
     EXPECT_GT(pair.fast.sq_sum, 9007199254740992.0); // so it did cross
     EXPECT_GT(pair.fast.sum, 9007199254740992.0);
+}
+
+TEST(add_samples, rounds_halves_to_the_even_sum_as_one_by_one_does)
+{
+    // From 2^(52+k) to 2^(53+k) a sum is a multiple of 2^k. The squares of odd multiples of 2^((k-1)/2) are
+    // then odd multiples of half of that.
+    std::mt19937 random(11);
+    for (int k = 1; k <= 21; k += 2)
+        for (const double start : {1.0, 1.25, 1.9999, 1.9999999, 2.0 - 0x1p-52}) {
+            PAIR pair;
+            pair.fast.sq_sum = pair.plain.sq_sum = std::ldexp(start, 52 + k);
+            for (int packet = 0; packet < 20; ++packet) {
+                std::vector<int32_t> samples(random() % 1561);
+                for (int32_t& x : samples)
+                    x = static_cast<int32_t>((random() % 64) << ((k - 1) / 2)) * (random() & 1 ? 1 : -1);
+                pair.add(samples);
+                ASSERT_EQ(bits(pair.fast.sq_sum), bits(pair.plain.sq_sum)) << k << ' ' << start;
+            }
+        }
+}
+
+TEST(add_samples, sums_samples_that_lie_far_apart_as_one_by_one_does)
+{
+    PAIR pair;
+    pair.add({-2147483647 - 1, 2147483647, -2147483647 - 1, 2147483647, 5});
+    pair.add(std::vector<int32_t>(2000, 1073741824));
+    expect_same(pair.fast, pair.plain);
+    EXPECT_EQ(pair.fast.sum, 2147483648003.0);
 }
 
 TEST(add_samples, keeps_the_first_of_equal_extremes)
