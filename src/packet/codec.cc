@@ -3,23 +3,19 @@
 #include <cstdio>
 #include <cstring>
 
-/// The two digits of every byte.
-struct DIGITS {
-    char of[256][2];
+/// Every byte in hexadecimal, with a blank behind.
+struct HEX {
+    char of[256][3];
 };
-static constexpr DIGITS Digits = [] {
-    DIGITS d{};
+static constexpr HEX Hex = [] {
+    HEX h{};
     for (int b = 0; b < 256; ++b) {
-        d.of[b][0] = static_cast<char>('0' + (b >> 4));
-        d.of[b][1] = static_cast<char>('0' + (b & 15));
+        h.of[b][0] = "0123456789ABCDEF"[b >> 4];
+        h.of[b][1] = "0123456789ABCDEF"[b & 15];
+        h.of[b][2] = ' ';
     }
-    return d;
+    return h;
 }();
-
-void unbcd(char* digits, const uint8_t* bcd, uint16_t n)
-{
-    for (unsigned i = 0; i < n; ++i) memcpy(digits + 2 * i, Digits.of[bcd[i]], 2);
-}
 
 int secs_split(const uint8_t* packed, char* text)
 {
@@ -84,16 +80,14 @@ uint32_t reverse(const uint8_t* at, uint16_t n)
 
 void hex_str(char* line, const uint8_t* bytes)
 {
-    static constexpr char digits[] = "0123456789ABCDEF";
     char* to = line;
     for (int i = 0; i < 16; ++i) {
         if (i == 8) {
             *to++ = '-';
             *to++ = ' ';
         }
-        *to++ = digits[bytes[i] >> 4];
-        *to++ = digits[bytes[i] & 15];
-        *to++ = ' ';
+        memcpy(to, Hex.of[bytes[i]], 3);
+        to += 3;
     }
     *to++ = ' ';
     *to++ = ' ';

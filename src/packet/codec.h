@@ -2,10 +2,27 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
+
+/// The two digits of every byte.
+struct DIGITS {
+    char of[256][2];
+};
+inline constexpr DIGITS Digits = [] {
+    DIGITS d{};
+    for (int b = 0; b < 256; ++b) {
+        d.of[b][0] = static_cast<char>('0' + (b >> 4));
+        d.of[b][1] = static_cast<char>('0' + (b & 15));
+    }
+    return d;
+}();
 
 /// Writes the 2n digits of n BCD bytes, without a terminator. Nibbles above 9 come out as the characters
 /// that follow "9" (":" to "?").
-void unbcd(char* digits, const uint8_t* bcd, uint16_t n);
+inline void unbcd(char* digits, const uint8_t* bcd, uint16_t n)
+{
+    for (unsigned i = 0; i < n; ++i) memcpy(digits + 2 * i, Digits.of[bcd[i]], 2);
+}
 
 /// Value of n BCD bytes modulo 65536; nibbles above 9 count as what they are (one byte reaches 165).
 inline uint16_t bcd2i(const uint8_t* bcd, int16_t n)

@@ -7,6 +7,7 @@
 #include "output/log.h"
 #include "packet/steim_table.h"
 
+#include <array>
 #include <cinttypes>
 #include <cstdio>
 #include <cstring>
@@ -37,10 +38,27 @@ struct STEIM {
         out.count = 0;
     }
 
-    void add(uint32_t difference)
+    /// The differences of one word. The latest sample is kept at hand meanwhile: each waits for the one
+    /// before.
+    template <size_t n>
+    void add(const std::array<uint32_t, n>& differences)
     {
-        value += difference;
-        if (out.count < Samples_max) out.sample[out.count++] = static_cast<int32_t>(value);
+        uint32_t latest = value;
+        uint32_t count = out.count;
+        for (const uint32_t difference : differences) {
+            latest += difference;
+            if (count < Samples_max) out.sample[count++] = static_cast<int32_t>(latest);
+        }
+        value = latest;
+        out.count = count;
+    }
+
+    /// The same; the last difference is the one that "Calc start" shows.
+    template <size_t n>
+    void add_and_remember(const std::array<uint32_t, n>& differences)
+    {
+        add(differences);
+        diff = differences.back();
     }
 
     /// The first difference leads from the channel's last sample to this packet's first.
@@ -65,7 +83,7 @@ FIELDS steim2_fields(unsigned code, uint32_t word)
 }
 
 /// Difference i of a Steim-2 word, the most significant first.
-uint32_t steim2_difference(uint32_t word, FIELDS fields, int i)
+uint32_t steim2_difference(uint32_t word, FIELDS fields, size_t i)
 {
     const unsigned shift = static_cast<unsigned>(fields.width * (fields.count - 1 - i));
     return static_cast<uint32_t>(Steim2_get_bits(word, shift, fields.width));
@@ -74,6 +92,10 @@ uint32_t steim2_difference(uint32_t word, FIELDS fields, int i)
 uint32_t signed_byte(uint8_t b)
 {
     return static_cast<uint32_t>(static_cast<int8_t>(b));
+}
+std::array<uint32_t, 4> bytes_of(const uint8_t* word)
+{
+    return {signed_byte(word[0]), signed_byte(word[1]), signed_byte(word[2]), signed_byte(word[3])};
 }
 uint32_t signed_pair(const uint8_t* p)
 {
@@ -117,13 +139,11 @@ void steim1_word(STEIM& s, unsigned code, const uint8_t* word)
 {
     switch (code) {
     case 0: break;
-    case 1:
-        for (int i = 0; i < 4; ++i) s.add(s.diff = signed_byte(word[i]));
-        break;
-    case 2:
-        for (int i = 0; i < 4; i += 2) s.add(s.diff = signed_pair(word + i));
-        break;
-    case 3: s.add(be32(word)); break; // kept: calc-start-8-16. A 32-bit difference is not remembered.
+    case 1: s.add_and_remember(bytes_of(word)); break;
+    case 2: s.add_and_remember(std::array{signed_pair(word), signed_pair(word + 2)}); break;
+    case 3:
+        s.add(std::array{be32(word)});
+        break; // kept: calc-start-8-16. A 32-bit difference is not remembered.
     default: printf("Error in flags array: %u\n", code);
     }
 }
@@ -155,11 +175,22 @@ uint32_t steim2_first(const PACKET& pkt, int at)
     }
 }
 
+/// The differences of a word whose fields are known when this is compiled: several times as fast as when they
+/// are not, which counts where every packet fails its check.
+template <unsigned code, unsigned dnib>
+void add_differences(STEIM& s, uint32_t word)
+{
+    constexpr FIELDS fields = Steim2_fields[code - 2][dnib];
+    std::array<uint32_t, fields.count> differences;
+    for (size_t i = 0; i < fields.count; ++i) differences[i] = steim2_difference(word, fields, i);
+    s.add_and_remember(differences);
+}
+
 void steim2_word(STEIM& s, unsigned code, const uint8_t* bytes)
 {
     if (code == 0) return;
     if (code == 1) {
-        for (int i = 0; i < 4; ++i) s.add(s.diff = signed_byte(bytes[i]));
+        s.add_and_remember(bytes_of(bytes));
         return;
     }
     if (code > 3) {
@@ -167,10 +198,16 @@ void steim2_word(STEIM& s, unsigned code, const uint8_t* bytes)
         return;
     }
     const uint32_t word = be32(bytes);
-    const FIELDS fields = steim2_fields(code, word);
+    switch (code << 2 | word >> 30) {
+    case 2 << 2 | 1: add_differences<2, 1>(s, word); break;
+    case 2 << 2 | 2: add_differences<2, 2>(s, word); break;
+    case 2 << 2 | 3: add_differences<2, 3>(s, word); break;
+    case 3 << 2 | 0: add_differences<3, 0>(s, word); break;
+    case 3 << 2 | 1: add_differences<3, 1>(s, word); break;
+    case 3 << 2 | 2: add_differences<3, 2>(s, word); break;
     // kept: always-c-2. The text says C=2 for words of code 3 too.
-    if (fields.count == 0) printf("Error in Steim2 W-type (%d) for C=2\n", static_cast<int>(word >> 30));
-    for (int i = 0; i < fields.count; ++i) s.add(s.diff = steim2_difference(word, fields, i));
+    default: printf("Error in Steim2 W-type (%d) for C=2\n", static_cast<int>(word >> 30));
+    }
 }
 
 /// Tells in the unit's log what the packet said and what came out.
