@@ -14,14 +14,6 @@
 
 namespace {
 
-constexpr float Undefined_f = -12345.0F;
-constexpr int32_t Undefined_i = -12345;
-constexpr char Undefined_k[] = "-12345          "; ///< as wide as the widest text
-
-// Enumerated values of the SAC format.
-constexpr int32_t ITIME = 1, IUNKN = 5, IGOOD = 45, IRLDTA = 49;
-constexpr int32_t Header_version = 6;
-
 /// A text of the record into a field of the header: cut there, the rest NUL.
 template <size_t N>
 void put_text(char (&field)[N], std::string_view from)
@@ -116,7 +108,7 @@ void Sac_dhdr_init(const CHN_T* chn, SACHDR_T* header)
     put_times(header, chn->evt);
     header->CMPAZ = chn->azimuth;
     header->CMPINC = chn->dip;
-    header->NVHDR = Header_version;
+    header->NVHDR = Sac_version;
     header->IFTYPE = ITIME;
     header->IDEP = IUNKN;
     header->IZTYPE = IUNKN;

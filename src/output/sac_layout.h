@@ -34,7 +34,17 @@ struct SACHDR_T {
 };
 
 inline constexpr size_t Sac_header_len = 632;
-inline constexpr size_t Sac_words = 110; ///< numbers at the start of the header; the rest is text
+inline constexpr size_t Sac_words = 110;  ///< numbers at the start of the header; the rest is text
+inline constexpr int32_t Sac_version = 6; ///< NVHDR; also tells the byte order of a file
+
+// What numbers and texts hold that nobody set.
+inline constexpr float Undefined_f = -12345.0F;
+inline constexpr int32_t Undefined_i = -12345;
+inline constexpr char Undefined_k[] = "-12345          "; ///< as wide as the widest text
+
+// Enumerated values of the SAC format.
+inline constexpr int32_t ITIME = 1, IUNKN = 5, IGOOD = 45, IRLDTA = 49;
+
 static_assert(sizeof(SACHDR_T) == Sac_header_len);
 static_assert(offsetof(SACHDR_T, O) == 4 * 7 && offsetof(SACHDR_T, DEPMEN) == 4 * 56);
 static_assert(offsetof(SACHDR_T, NZYEAR) == 4 * 70 && offsetof(SACHDR_T, NVHDR) == 4 * 76);
