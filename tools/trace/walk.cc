@@ -1,0 +1,112 @@
+#include "trace/walk.h"
+
+#include "driver/settings.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <dirent.h>
+#include <fcntl.h>
+#include <memory>
+#include <unistd.h>
+
+namespace trace {
+
+namespace {
+
+struct CLOSE_DIR {
+    void operator()(DIR* dir) const { closedir(dir); }
+};
+using DIRECTORY = std::unique_ptr<DIR, CLOSE_DIR>;
+
+/// Directories still to be entered stand in a list and not on the call stack: a tree may be as deep as it
+/// likes.
+struct WALKER {
+    WALK found;
+    std::vector<std::string> ahead; ///< end in "/", or are empty: the working directory
+    size_t below = 0;               ///< length of the path that was asked for
+    const struct stat* leave_out = nullptr;
+
+    void trouble(const std::string& path) { found.troubles.push_back({path, errno}); }
+
+    void meet(const std::string& path)
+    {
+        struct stat what;
+        if (lstat(path.c_str(), &what) != 0) return trouble(path);
+        if (S_ISDIR(what.st_mode)) {
+            if (!leave_out || what.st_ino != leave_out->st_ino || what.st_dev != leave_out->st_dev)
+                ahead.push_back(path + "/");
+            return;
+        }
+        if (!path.ends_with(Fn_ext_chn)) return;
+        if (S_ISLNK(what.st_mode) && stat(path.c_str(), &what) == 0 && S_ISDIR(what.st_mode)) return;
+        found.files.push_back({path, below});
+    }
+
+    void enter(const std::string& dir, bool asked_for)
+    {
+        const std::string name = dir.empty() ? "." : dir;
+        // Without the slash at its end, a link put there meanwhile is not followed.
+        const std::string bare = asked_for ? name : name.substr(0, name.size() - 1);
+        const int fd = open(bare.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | (asked_for ? 0 : O_NOFOLLOW));
+        if (fd < 0) return trouble(name);
+        const DIRECTORY handle(fdopendir(fd));
+        if (!handle) {
+            trouble(name);
+            close(fd);
+            return;
+        }
+        for (;;) {
+            errno = 0;
+            const dirent* const entry = readdir(handle.get());
+            if (!entry) break;
+            const std::string_view file = entry->d_name;
+            if (file != "." && file != "..") meet(dir + entry->d_name);
+        }
+        if (errno != 0) trouble(name);
+    }
+
+    void enter_all(const std::string& root)
+    {
+        below = root.size();
+        enter(root, true);
+        while (!ahead.empty()) {
+            const std::string dir = std::move(ahead.back());
+            ahead.pop_back();
+            enter(dir, false);
+        }
+    }
+
+    void start(const std::string& path)
+    {
+        struct stat what;
+        if (stat(path.c_str(), &what) != 0) return trouble(path);
+        if (!S_ISDIR(what.st_mode)) {
+            found.files.push_back({path, path.rfind('/') + 1});
+            return;
+        }
+        std::string root = path;
+        while (root.size() > 1 && root.ends_with('/')) root.pop_back();
+        if (root == ".")
+            root.clear();
+        else if (root != "/")
+            root += '/';
+        enter_all(root);
+    }
+};
+
+} // namespace
+
+WALK find_traces(const std::vector<std::string>& paths, const struct stat* leave_out)
+{
+    WALKER walker;
+    walker.leave_out = leave_out;
+    for (const std::string& path : paths) walker.start(path);
+    std::vector<TRACE_PATH>& files = walker.found.files;
+    std::stable_sort(files.begin(), files.end(),
+                     [](const auto& a, const auto& b) { return a.path < b.path; });
+    const auto same = [](const auto& a, const auto& b) { return a.path == b.path; };
+    files.erase(std::unique(files.begin(), files.end(), same), files.end());
+    return std::move(walker.found);
+}
+
+} // namespace trace
