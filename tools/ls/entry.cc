@@ -1,0 +1,147 @@
+#include "ls/entry.h"
+
+#include "driver/settings.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <tuple>
+
+namespace ls {
+
+namespace {
+
+void judge_length(ENTRY& e)
+{
+    const uint64_t said = 4 * static_cast<uint64_t>(e.npts.value_or(0));
+    if (said == 0) {
+        e.set(e.data_len == 0 ? FLAG::empty : FLAG::unfinished);
+        if (e.data_len % 4 != 0) e.set(FLAG::cut);
+    } else if (e.data_len < said) {
+        e.set(FLAG::cut);
+    } else if (e.data_len > said) {
+        e.set(FLAG::extra);
+    }
+}
+
+/// Numbers that a run puts there before the first sample are no statistics.
+void judge_statistics(ENTRY& e, const SACHDR_T& h)
+{
+    const bool reset = trace::statistics_are_reset(h);
+    e.has_statistics = !reset && !trace::statistics_are_undefined(h);
+    if (reset && !e.has(FLAG::unfinished) && !e.has(FLAG::empty)) e.set(FLAG::qc_reset);
+}
+
+void take_header(ENTRY& e, const SACHDR_T& h)
+{
+    e.has_header = true;
+    e.delta = h.DELTA;
+    e.depmin = h.DEPMIN;
+    e.depmax = h.DEPMAX;
+    e.depmen = h.DEPMEN;
+    e.rate = trace::rate_of(h);
+    e.start = trace::start_of(h);
+    e.npts = trace::samples_said(h);
+    e.kstnm = trace::text_of({h.KSTNM, sizeof h.KSTNM});
+    e.kcmpnm = trace::text_of({h.KCMPNM, sizeof h.KCMPNM});
+    e.knetwk = trace::text_of({h.KNETWK, sizeof h.KNETWK});
+    judge_length(e);
+    judge_statistics(e, h);
+    if (!e.rate) e.set(FLAG::no_rate);
+    if (!e.start) e.set(FLAG::no_time);
+}
+
+/// Stream and channel as the names of traces tell them, YYYYDDDHHMMSSmmm_STATN_s_c.sac with a letter at times
+/// for the last "_". Components named by letters do not tell the stream. Empty when the name is another one.
+std::string_view stream_and_channel(std::string_view path)
+{
+    const std::string_view name = path.substr(path.rfind('/') + 1);
+    const bool is_so_named =
+        name.size() >= 30 && name.ends_with(Fn_ext_chn) && name[16] == '_' && name[22] == '_' &&
+        std::all_of(name.begin(), name.begin() + 16, [](char c) { return '0' <= c && c <= '9'; }) &&
+        (name[24] == '_' || ('A' <= name[24] && name[24] <= 'X'));
+    return is_so_named ? name.substr(23, name.size() - 23 - strlen(Fn_ext_chn)) : std::string_view();
+}
+
+/// The letter that made the name free is no part of the channel.
+auto channel_key(const ENTRY& e)
+{
+    const std::string_view place = stream_and_channel(e.path);
+    return std::make_tuple(std::cref(e.knetwk), std::cref(e.kstnm), std::cref(e.kcmpnm), place.substr(0, 1),
+                           place.substr(place.empty() ? 0 : 2));
+}
+
+/// Where the traces of a channel have ended so far.
+struct SO_FAR {
+    bool known = false; ///< not behind a trace without a sample rate
+    double end = 0.0;   ///< when the next sample is due, in milliseconds
+};
+
+constexpr double Millisecond = 1.0;
+
+void follow(SO_FAR& so_far, ENTRY& e)
+{
+    const double begin = static_cast<double>(*e.start);
+    const double period = e.rate ? 1000.0 / *e.rate : 0.0;
+    const double tolerance = std::max(period / 2, Millisecond);
+    if (so_far.known && begin > so_far.end + tolerance) e.set(FLAG::gap);
+    if (so_far.known && begin < so_far.end - tolerance) e.set(FLAG::overlap);
+    const double end = begin + static_cast<double>(e.samples_there()) * period;
+    so_far.end = so_far.known ? std::max(so_far.end, end) : end;
+    so_far.known = e.rate.has_value();
+}
+
+} // namespace
+
+uint64_t ENTRY::samples_there() const
+{
+    const uint64_t there = data_len / 4;
+    return has(FLAG::unfinished) || !npts ? there : std::min<uint64_t>(there, *npts);
+}
+
+ENTRY make_entry(const std::string& path, trace::FOUND found, const trace::INPUT& input,
+                 const trace::TRACE& trace)
+{
+    ENTRY e;
+    e.path = path;
+    e.file_len = static_cast<uint64_t>(input.is.st_size);
+    switch (found) {
+    case trace::FOUND::unreadable:
+        e.error = errno;
+        e.set(FLAG::unreadable);
+        break;
+    case trace::FOUND::not_sac: e.set(FLAG::not_sac); break;
+    case trace::FOUND::too_short: e.set(FLAG::cut); break;
+    case trace::FOUND::trace: e.data_len = trace.data_len; take_header(e, trace.header);
+    }
+    return e;
+}
+
+ENTRY read_entry(const std::string& path)
+{
+    trace::INPUT input;
+    trace::TRACE trace;
+    const trace::FOUND found = trace::open_trace(path, input, trace);
+    return make_entry(path, found, input, trace);
+}
+
+void mark_gaps(std::vector<ENTRY>& entries)
+{
+    std::vector<ENTRY*> order;
+    for (ENTRY& e : entries)
+        if (e.start && e.samples_there() > 0) order.push_back(&e);
+    std::sort(order.begin(), order.end(), [](const ENTRY* a, const ENTRY* b) {
+        return std::make_tuple(channel_key(*a), *a->start, std::string_view(a->path)) <
+               std::make_tuple(channel_key(*b), *b->start, std::string_view(b->path));
+    });
+
+    SO_FAR so_far;
+    const ENTRY* before = nullptr;
+    for (ENTRY* e : order) {
+        if (before && channel_key(*before) != channel_key(*e)) so_far = {};
+        follow(so_far, *e);
+        before = e;
+    }
+}
+
+} // namespace ls

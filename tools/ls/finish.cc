@@ -1,0 +1,180 @@
+#include "ls/finish.h"
+
+#include "ls/fresh.h"
+#include "ls/tell.h"
+#include "ls/text.h"
+#include "output/qcc.h"
+
+#include <cerrno>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <limits>
+
+namespace ls {
+
+namespace {
+
+constexpr size_t Buffer_len = 65536;
+
+/// One file on its way; an empty `why` is success.
+struct TASK {
+    const std::string& path;
+    trace::INPUT input;
+    trace::TRACE trace;
+    FRESH fresh;
+    SUMS sums;
+    std::string rest; ///< bytes of a sample that is not whole
+    std::string why;
+
+    bool fail(const std::string& reason)
+    {
+        why = reason;
+        return false;
+    }
+    bool fail() { return fail(strerror(errno)); }
+};
+
+/// Only a series of evenly spaced samples has its count of samples told by its length.
+bool may_be_finished(TASK& task)
+{
+    const SACHDR_T& h = task.trace.header;
+    struct stat what;
+    if (lstat(task.path.c_str(), &what) != 0) return task.fail();
+    if (S_ISLNK(what.st_mode)) return task.fail("unfinished, but a symbolic link; name the file itself");
+    if (h.IFTYPE != ITIME || h.LEVEN != 1) return task.fail("unfinished, but no evenly spaced time series");
+    if (task.trace.data_len / 4 > std::numeric_limits<uint32_t>::max())
+        return task.fail("unfinished, but more samples than a header can count");
+    return true;
+}
+
+bool add_samples(TASK& task, const char* bytes, size_t len)
+{
+    for (size_t at = 0; at < len; at += 4) {
+        const float sample = trace::float_at(bytes + at, task.trace.order);
+        if (!std::isfinite(sample))
+            return task.fail("unfinished, but sample " + std::to_string(task.sums.count + 1) +
+                             " is no number; left as it is");
+        task.sums.add(sample);
+    }
+    return true;
+}
+
+/// Copies the whole samples behind the room for the header.
+bool copy_samples(TASK& task)
+{
+    char buffer[Buffer_len];
+    uint64_t ahead = task.trace.data_len;
+    while (ahead > 0) {
+        const size_t want = ahead < Buffer_len ? static_cast<size_t>(ahead) : Buffer_len;
+        const int64_t got = task.input.read(buffer, want);
+        if (got < 0) return task.fail();
+        if (static_cast<size_t>(got) < want) return task.fail("became shorter meanwhile; left as it is");
+        const size_t whole = want / 4 * 4;
+        if (!add_samples(task, buffer, whole)) return false;
+        if (!task.fresh.write({buffer, whole})) return task.fail();
+        task.rest.assign(buffer + whole, want - whole);
+        ahead -= want;
+    }
+    return true;
+}
+
+void complete(SACHDR_T& h, const SUMS& sums)
+{
+    const STATISTICS s = sums.result();
+    h.DEPMIN = s.least;
+    h.DEPMAX = s.most;
+    h.DEPMEN = s.mean;
+    h.NPTS = static_cast<int32_t>(static_cast<uint32_t>(sums.count));
+}
+
+/// The name still leads to the file that was read, and nobody has written to that.
+bool is_the_same_still(TASK& task)
+{
+    struct stat now;
+    if (lstat(task.path.c_str(), &now) != 0) return task.fail();
+    const bool same = now.st_ino == task.input.is.st_ino && now.st_dev == task.input.is.st_dev;
+    if (!same || !task.input.is_unchanged()) return task.fail("was changed meanwhile; left as it is");
+    return true;
+}
+
+bool finish(TASK& task)
+{
+    char header[Sac_header_len] = {};
+    if (!may_be_finished(task)) return false;
+    if (!task.fresh.create(task.path) || !task.fresh.write({header, Sac_header_len})) return task.fail();
+    if (!copy_samples(task)) return false;
+    complete(task.trace.header, task.sums);
+    trace::encode(task.trace.header, task.trace.order, header);
+    if (!task.fresh.write_at_start({header, Sac_header_len})) return task.fail();
+    if (!is_the_same_still(task)) return false;
+    return task.fresh.replace(task.input.is) || task.fail();
+}
+
+void tell(const TASK& task)
+{
+    const STATISTICS s = task.sums.result();
+    printf("%s: finished: %llu samples, minimum %s, maximum %s, mean %s", printable(task.path).c_str(),
+           static_cast<unsigned long long>(task.sums.count), shortest(s.least).c_str(),
+           shortest(s.most).c_str(), shortest(s.mean).c_str());
+    if (!task.rest.empty()) {
+        printf("; dropped the start of one more sample:");
+        for (const char c : task.rest) printf(" %02x", static_cast<unsigned>(static_cast<uint8_t>(c)));
+    }
+    printf("\n");
+}
+
+enum class DONE : uint8_t { finished, left, failed };
+
+DONE finish_one(const std::string& path)
+{
+    TASK task{path, {}, {}, {}, {}, {}, {}};
+    const trace::FOUND found = trace::open_trace(path, task.input, task.trace);
+    const ENTRY entry = make_entry(path, found, task.input, task.trace);
+    if (entry.is_lost()) {
+        complain(path, why_lost(entry));
+        return DONE::failed;
+    }
+    if (!entry.has(FLAG::unfinished)) return DONE::left;
+    if (!finish(task)) {
+        complain(path, task.why);
+        return DONE::failed;
+    }
+    tell(task);
+    return DONE::finished;
+}
+
+} // namespace
+
+SUMS::SUMS() : least(Qcc_start), most(-Qcc_start) {}
+
+void SUMS::add(float sample)
+{
+    const double value = static_cast<double>(sample);
+    sum += value;
+    if (value < least) least = value;
+    if (value > most) most = value;
+    ++count;
+}
+
+STATISTICS SUMS::result() const
+{
+    return {static_cast<float>(least), static_cast<float>(most),
+            count ? static_cast<float>(sum / static_cast<double>(count)) : 0.0F};
+}
+
+bool finish_traces(const std::vector<std::string>& paths)
+{
+    const trace::WALK walk = trace::find_traces(paths);
+    const bool seen_all = tell_troubles(walk);
+    size_t finished = 0, left = 0, failed = 0;
+    for (const trace::TRACE_PATH& file : walk.files) {
+        const DONE done = finish_one(file.path);
+        ++(done == DONE::finished ? finished : done == DONE::left ? left : failed);
+    }
+    printf("%zu finished, %zu left as they were, %zu not readable or not to be finished\n", finished, left,
+           failed);
+    return seen_all && failed == 0;
+}
+
+} // namespace ls

@@ -1,0 +1,34 @@
+// A file in the making: written beside its later place under another name, and put there whole or not at all.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <sys/stat.h>
+
+namespace ls {
+
+/// On every failure false, and errno tells why; what was made is removed at the end of the scope.
+struct FRESH {
+    FRESH() = default;
+    FRESH(const FRESH&) = delete;
+    FRESH& operator=(const FRESH&) = delete;
+    ~FRESH();
+
+    /// Makes an empty file, for the owner only, in the directory of `target`.
+    bool create(const std::string& target);
+    bool write(std::string_view bytes);
+    bool write_at_start(std::string_view bytes);
+    /// Gives it owner and mode of the file at `target`, as far as that is allowed, and takes that one's
+    /// place. The bytes are on the medium before.
+    bool replace(const struct stat& like);
+    /// Gives it the mode, less what the user's mask forbids, and puts it where nothing stands yet (EEXIST).
+    bool place(const struct stat& like);
+
+private:
+    bool settle();      ///< to the medium
+    void settle_name(); ///< the directory too, where that is possible
+    int fd_ = -1;
+    std::string target_, directory_, name_;
+};
+
+} // namespace ls

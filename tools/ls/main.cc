@@ -1,0 +1,71 @@
+// vx_ls: what is in an output tree of vx_sac. Statuses: 0 done, 1 something could not be read or written,
+// 2 bad arguments.
+#include "driver/console.h"
+#include "ls/begin.h"
+#include "ls/finish.h"
+#include "ls/list.h"
+#include "ls/options.h"
+#include "ls/tell.h"
+#include "ls/text.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+#include <new>
+
+using namespace ls;
+
+static constexpr int Not_all = 1, Bad_arguments = 2;
+
+static bool list_traces(const OPTIONS& options)
+{
+    const trace::WALK walk = trace::find_traces(options.paths);
+    bool all = tell_troubles(walk);
+    std::vector<ENTRY> entries;
+    for (const trace::TRACE_PATH& file : walk.files) {
+        entries.push_back(read_entry(file.path));
+        if (!entries.back().is_lost()) continue;
+        complain(file.path, why_lost(entries.back()));
+        all = false;
+    }
+    mark_gaps(entries);
+    if (options.task == TASK_KIND::json)
+        print_json(entries);
+    else
+        print_table(entries);
+    return all;
+}
+
+static bool run(const OPTIONS& options)
+{
+    switch (options.task) {
+    case TASK_KIND::help: return fputs(Help_text, stdout) >= 0;
+    case TASK_KIND::version: return printf("vx_ls %s\n", VX_VERSION) > 0;
+    case TASK_KIND::finish: return finish_traces(options.paths);
+    case TASK_KIND::set_begin: return copy_with_begin(options.dir, options.paths);
+    default: return list_traces(options);
+    }
+}
+
+int main(int argc, char** argv)
+try {
+    signal(SIGXFSZ, SIG_IGN); // a file too large for the user's limit is a failed write, not a sudden end
+    console_start();
+    OPTIONS options;
+    std::string complaint;
+    if (!read_options(std::vector<std::string>(argv + (argc ? 1 : 0), argv + argc), options, complaint)) {
+        fprintf(stderr, "vx_ls: %s\nTry vx_ls --help\n", printable(complaint).c_str());
+        return Bad_arguments;
+    }
+    const bool all = run(options);
+    // A listing that was cut off must not pass for a short one.
+    if (fflush(stdout) != 0 || ferror(stdout)) {
+        fprintf(stderr, "vx_ls: standard output: %s\n", strerror(errno));
+        return Not_all;
+    }
+    return all ? 0 : Not_all;
+} catch (const std::bad_alloc&) {
+    fprintf(stderr, "vx_ls: out of memory\n");
+    return Not_all;
+}

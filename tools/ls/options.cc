@@ -1,0 +1,77 @@
+#include "ls/options.h"
+
+#include <optional>
+
+namespace ls {
+
+const char Help_text[] =
+    "Usage: vx_ls [--json] [PATH...]\n"
+    "       vx_ls --finish PATH...\n"
+    "       vx_ls --set-begin DIR PATH...\n"
+    "Lists the SAC traces (*.sac) below the directories PATH, or the files PATH; without one, below the "
+    "working\n"
+    "directory.\n"
+    "\n"
+    "  --json            one JSON array instead of a table\n"
+    "  --finish          completes the headers of traces whose run was killed\n"
+    "  --set-begin DIR   copies traces into DIR with B = 0 and E = (NPTS - 1) * DELTA; overwrites nothing\n"
+    "  --help, --version\n"
+    "\n"
+    "Flags: unreadable, not-sac, unfinished (the run was killed), empty, cut (shorter than the header "
+    "says),\n"
+    "extra (longer), no-rate, no-time, qc-reset (statistics are in the QC files), gap, overlap.\n"
+    "Status: 0, 1 when something could not be read or written, 2 for a mistake on the command line.\n";
+
+namespace {
+
+std::optional<TASK_KIND> task_of(const std::string& arg)
+{
+    if (arg == "--json") return TASK_KIND::json;
+    if (arg == "--finish") return TASK_KIND::finish;
+    if (arg == "--set-begin") return TASK_KIND::set_begin;
+    if (arg == "--help") return TASK_KIND::help;
+    if (arg == "--version") return TASK_KIND::version;
+    return std::nullopt;
+}
+
+bool needs_paths(TASK_KIND task)
+{
+    return task == TASK_KIND::finish || task == TASK_KIND::set_begin;
+}
+
+} // namespace
+
+bool read_options(const std::vector<std::string>& args, OPTIONS& options, std::string& complaint)
+{
+    bool only_paths = false;
+    const auto is_option = [&](const std::string& arg) {
+        return !only_paths && arg.size() > 1 && arg[0] == '-';
+    };
+    std::string chosen;
+    for (size_t i = 0; i < args.size(); ++i) {
+        const std::string& arg = args[i];
+        if (!is_option(arg)) {
+            options.paths.push_back(arg);
+            continue;
+        }
+        if (arg == "--") {
+            only_paths = true;
+            continue;
+        }
+        const std::optional<TASK_KIND> task = task_of(arg);
+        if (!task) return complaint = "no such option: " + arg, false;
+        if (!chosen.empty()) return complaint = chosen + " and " + arg + " do not go together", false;
+        chosen = arg;
+        options.task = *task;
+        if (*task == TASK_KIND::help || *task == TASK_KIND::version) return true;
+        if (*task != TASK_KIND::set_begin) continue;
+        if (++i == args.size() || args[i].empty()) return complaint = "--set-begin needs a directory", false;
+        options.dir = args[i];
+    }
+    if (needs_paths(options.task) && options.paths.empty())
+        return complaint = chosen + " needs a path", false;
+    if (options.paths.empty()) options.paths = {"."};
+    return true;
+}
+
+} // namespace ls

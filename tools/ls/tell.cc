@@ -1,0 +1,29 @@
+#include "ls/tell.h"
+
+#include "ls/text.h"
+
+#include <cstdio>
+#include <cstring>
+
+namespace ls {
+
+void complain(std::string_view path, std::string_view why)
+{
+    fflush(stdout); // in the order in which it happened
+    fprintf(stderr, "vx_ls: %s: %s\n", printable(path).c_str(), std::string(why).c_str());
+}
+
+bool tell_troubles(const trace::WALK& walk)
+{
+    for (const trace::TROUBLE& t : walk.troubles) complain(t.path, strerror(t.error));
+    return walk.troubles.empty();
+}
+
+std::string why_lost(const ENTRY& entry)
+{
+    if (entry.has(FLAG::unreadable)) return strerror(entry.error);
+    if (entry.has(FLAG::not_sac)) return "not a SAC file";
+    return "shorter than a SAC header: " + std::to_string(entry.file_len) + " bytes";
+}
+
+} // namespace ls
