@@ -1,0 +1,321 @@
+#!/usr/bin/env python3
+"""vx_plot on traces made here, byte by byte; its pictures are looked at pixel by pixel.
+
+plot_test.py MESSAGES|PICTURES with vx_ls in the PATH. Status 77: the pictures cannot be drawn here.
+"""
+import array
+import os
+import pathlib
+import re
+import shutil
+import struct
+import subprocess
+import sys
+import tempfile
+import unittest
+
+sys.dont_write_bytecode = True
+from png import Picture, size_of  # noqa: E402
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
+PLOT = ROOT / "tools" / "bin" / "vx_plot"
+CANNOT_RUN = 77
+
+
+def sac_bytes(clock, delta, samples, station="STA01", component="9A01-HHZ", order=">"):
+    """clock: year, day of year, hour, minute, second, millisecond."""
+    floats = [-12345.0] * 70
+    floats[0] = delta
+    words = [*clock, 6, -12345, -12345, len(samples)] + [-12345] * 30
+    words[35:40] = 1, 1, 0, 0, 0
+    texts = station.encode().ljust(8, b"\0") + b"-12345  " * 19 + component.encode().ljust(8) + b"-12345  " * 3
+    values = array.array("f", samples)
+    if (sys.byteorder == "little") != (order == "<"):
+        values.byteswap()
+    header = struct.pack(f"{order}70f40i", *floats, *words) + texts
+    assert len(header) == 632
+    return header + values.tobytes()
+
+
+def six_o_clock(minutes=0, seconds=0):
+    return (2023, 10, 6, minutes, seconds, 0)
+
+
+def spike(count, at, height=1000.0):
+    return [height if i == at else 0.0 for i in range(count)]
+
+
+class Section:
+    """A picture of vx_plot, addressed by row of traces and by parts of the axis of time and of the row's height."""
+
+    def __init__(self, path, rows):
+        self.picture = picture = Picture(path)
+        lines = [y for y in range(picture.height) if self.black_in(y) > picture.width * 0.6]
+        self.top, self.bottom = lines[0], lines[-1]
+        inside = range(self.top, self.bottom, 5)
+        sides = [x for x in range(picture.width) if sum(self.is_black(x, y) for y in inside) > 0.9 * len(inside)]
+        self.left, self.right = sides[0], sides[-1]
+        self.rows = rows
+
+    def is_black(self, x, y):
+        colours = self.picture.pixel(x, y)
+        return max(colours) < 190 and max(colours) - min(colours) < 20
+
+    def black_in(self, y):
+        return sum(self.is_black(x, y) for x in range(self.picture.width))
+
+    def is_ink(self, x, y):
+        colours = self.picture.pixel(x, y)
+        return max(colours) - min(colours) > 40
+
+    def x_of(self, part):
+        return round(self.left + part * (self.right - self.left))
+
+    def band(self, row):
+        """The rows of pixels that belong to a trace."""
+        height = (self.bottom - self.top) / self.rows
+        return range(round(self.top + row * height) + 1, round(self.top + (row + 1) * height))
+
+    def inked(self, row, begin=0.0, end=1.0):
+        """Pixels with ink in this row between two parts of the axis, as parts: (along the axis, down the row)."""
+        ys = self.band(row)
+        xs = range(max(self.x_of(begin), self.left), min(self.x_of(end), self.right) + 1)
+        width = self.right - self.left
+        return [((x - self.left) / width, (y - ys.start) / len(ys)) for y in ys for x in xs if self.is_ink(x, y)]
+
+
+class Case(unittest.TestCase):
+    def setUp(self):
+        scratch = tempfile.TemporaryDirectory(prefix="plot_test.")
+        self.addCleanup(scratch.cleanup)
+        self.folder = pathlib.Path(scratch.name)
+        self.picture = self.folder / "picture.png"
+
+    def trace(self, name, *arguments, **more):
+        path = self.folder / name
+        path.write_bytes(sac_bytes(*arguments, **more))
+        return path
+
+    def plot(self, *arguments, path=None):
+        environment = {**os.environ, "PATH": path or os.environ["PATH"]}
+        return subprocess.run([sys.executable, PLOT, *map(str, arguments)], capture_output=True, text=True,
+                              env=environment, timeout=300)
+
+    def section(self, *traces, rows=None, status=0, switches=()):
+        result = self.plot(*switches, self.picture, *traces)
+        self.assertEqual((result.returncode, result.stdout), (status, ""), result.stderr)
+        return Section(self.picture, len(traces) if rows is None else rows)
+
+
+class MESSAGES(Case):
+    def path_without(self, missing):
+        """A PATH with nothing in it but the programs that vx_plot calls, less one."""
+        folder = self.folder / "bin"
+        folder.mkdir()
+        for name in {"gmt", "gs", "vx_ls"} - {missing}:
+            program = folder / name
+            program.write_text("#!/bin/sh\necho 6.4.0\n")
+            program.chmod(0o755)
+        return str(folder)
+
+    def assert_no_picture(self, result, word):
+        self.assertEqual(result.returncode, 3)
+        self.assertRegex(result.stderr, f"^vx_plot: .*{word}")
+        self.assertEqual(result.stderr.count("\n"), 1)
+        self.assertFalse(self.picture.exists())
+
+    def test_a_missing_gmt_is_named_with_its_package(self):
+        trace = self.trace("a.sac", six_o_clock(), 0.01, [1, 2])
+        result = self.plot(self.picture, trace, path=self.path_without("gmt"))
+        self.assert_no_picture(result, "GMT is missing: .*apt-get install gmt")
+
+    def test_a_missing_ghostscript_is_named_with_its_package(self):
+        trace = self.trace("a.sac", six_o_clock(), 0.01, [1, 2])
+        result = self.plot(self.picture, trace, path=self.path_without("gs"))
+        self.assert_no_picture(result, "Ghostscript is missing.*apt-get install ghostscript")
+
+    def test_an_old_gmt_is_refused(self):
+        path = self.path_without(None)
+        (pathlib.Path(path) / "gmt").write_text("#!/bin/sh\necho 5.4.5\n")
+        result = self.plot(self.picture, self.trace("a.sac", six_o_clock(), 0.01, [1, 2]), path=path)
+        self.assert_no_picture(result, "GMT 6 or newer is needed, .*'5.4.5'")
+
+    def test_a_missing_vx_ls_is_named(self):
+        alone = self.folder / "alone" / "vx_plot"
+        alone.parent.mkdir()
+        shutil.copy(PLOT, alone)
+        trace = self.trace("a.sac", six_o_clock(), 0.01, [1, 2])
+        environment = {**os.environ, "PATH": self.path_without("vx_ls")}
+        result = subprocess.run([sys.executable, alone, self.picture, trace], capture_output=True, text=True,
+                                env=environment, timeout=300)
+        self.assert_no_picture(result, "vx_ls is missing")
+
+    def test_a_trace_is_not_taken_for_the_name_of_the_picture(self):
+        trace = self.trace("a.sac", six_o_clock(), 0.01, [1, 2])
+        before = trace.read_bytes()
+        result = self.plot(trace, trace)
+        self.assertEqual(result.returncode, 2)
+        self.assertIn("does not end in .png or .pdf", result.stderr)
+        self.assertEqual(trace.read_bytes(), before)
+
+    def test_a_window_that_ends_before_it_begins_is_refused(self):
+        result = self.plot(self.picture, "x", "--from", "2023-01-10T06:00", "--to", "2023-01-10T05:00")
+        self.assertEqual(result.returncode, 2)
+        self.assertIn("--from must be earlier than --to", result.stderr)
+
+    def test_a_word_that_is_no_time_is_refused(self):
+        result = self.plot(self.picture, "x", "--from", "noon")
+        self.assertEqual(result.returncode, 2)
+        self.assertIn("'noon' is no time", result.stderr)
+
+    def test_the_version_is_the_projects(self):
+        project = re.search(r"project\(vx_sac VERSION ([0-9.]+)", (ROOT / "CMakeLists.txt").read_text())
+        self.assertEqual(self.plot("--version").stdout, f"vx_plot {project[1]}\n")
+
+    def test_the_help_names_every_switch_and_status(self):
+        result = self.plot("--help")
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        for word in ("--from", "--to", "--common-scale", "--version", "0 all drawn", "3 no picture"):
+            self.assertIn(word, result.stdout)
+
+
+class PICTURES(Case):
+    def test_a_spike_stands_at_its_time_in_its_row(self):
+        quiet = self.trace("a.sac", six_o_clock(), 0.01, [5.0] * 10001)
+        high = self.trace("b.sac", six_o_clock(), 0.01, spike(10001, 2500))
+        low = self.trace("c.sac", six_o_clock(), 0.01, spike(10001, 7500, -1000.0))
+        section = self.section(quiet, high, low)
+        for row in range(3):  # a line from end to end, but for the frame
+            middle = [x for x, y in section.inked(row) if abs(y - 0.5) < 0.02]
+            self.assertGreater(len(set(middle)), 0.98 * (section.right - section.left))
+        self.assertEqual([y for _, y in section.inked(0) if abs(y - 0.5) > 0.02], [])
+        above = [x for x, y in section.inked(1) if y < 0.4]
+        self.assertTrue(above and all(abs(x - 0.25) < 0.002 for x in above), above[:5])
+        self.assertLess(min(y for _, y in section.inked(1)), 0.06)
+        self.assertEqual([y for _, y in section.inked(1) if y > 0.6], [])
+        below = [x for x, y in section.inked(2) if y > 0.6]
+        self.assertTrue(below and all(abs(x - 0.75) < 0.002 for x in below), below[:5])
+
+    def test_traces_of_different_rates_and_starts_share_the_axis(self):
+        # A spike at 06:01:00 in each; the axis goes from 06:00:00 to 06:02:00.
+        slow = self.trace("a.sac", six_o_clock(), 1.0, spike(121, 60))
+        fast = self.trace("b.sac", six_o_clock(seconds=30), 0.005, spike(12001, 6000))
+        section = self.section(slow, fast)
+        for row in range(2):
+            high = [x for x, y in section.inked(row) if y < 0.1]
+            self.assertTrue(high and all(abs(x - 0.5) < 0.002 for x in high), high[:5])
+        self.assertLess(abs(min(x for x, _ in section.inked(1)) - 0.25), 0.002)
+        self.assertLess(abs(max(x for x, _ in section.inked(1)) - 0.75), 0.002)
+
+    def test_a_gap_between_events_stays_empty(self):
+        early = self.trace("a.sac", six_o_clock(), 0.1, spike(601, 300))
+        late = self.trace("b.sac", six_o_clock(minutes=9), 0.1, spike(601, 300))
+        section = self.section(early, late)
+        self.assertLess(max(x for x, _ in section.inked(0)), 0.102)
+        self.assertGreater(min(x for x, _ in section.inked(1)), 0.898)
+
+    def test_one_sample_of_a_million_is_seen(self):
+        section = self.section(self.trace("a.sac", six_o_clock(), 0.001, spike(1000001, 333333)))
+        high = [x for x, y in section.inked(0) if y < 0.1]
+        self.assertTrue(high and all(abs(x - 1 / 3) < 0.002 for x in high), high[:5])
+
+    def test_traces_without_length_rate_or_samples_are_marked_at_their_start(self):
+        long = self.trace("a.sac", six_o_clock(), 0.1, [1.0, -1.0] * 500)
+        single = self.trace("b.sac", six_o_clock(seconds=50), 0.1, [42.0])
+        unrated = self.trace("c.sac", six_o_clock(seconds=25), -12345.0, [1.0, 2.0, 3.0])
+        empty = self.trace("d.sac", six_o_clock(minutes=1, seconds=15), 0.1, [])
+        section = self.section(long, single, unrated, empty)
+        for row, part in ((1, 0.5), (2, 0.25), (3, 0.75)):
+            marks = section.inked(row)
+            self.assertTrue(marks)
+            self.assertTrue(all(abs(x - part) < 0.01 and abs(y - 0.5) < 0.1 for x, y in marks), (row, marks[:5]))
+
+    def test_a_lone_sample_has_an_axis_of_its_own(self):
+        section = self.section(self.trace("a.sac", six_o_clock(), 0.01, [7.0]))
+        self.assertTrue(all(abs(x - 0.5) < 0.01 for x, _ in section.inked(0)))
+        self.assertTrue(section.inked(0))
+
+    def test_years_between_two_traces_leave_two_marks(self):
+        old = self.trace("a.sac", (1989, 300, 1, 2, 3, 4), 0.01, spike(1000, 500))
+        new = self.trace("b.sac", (2023, 10, 6, 0, 0, 0), 0.01, spike(1000, 500))
+        section = self.section(old, new)
+        self.assertLess(max(x for x, _ in section.inked(0)), 0.01)
+        self.assertGreater(min(x for x, _ in section.inked(1)), 0.99)
+
+    def test_every_row_has_its_ink_and_pictures_stay_bounded(self):
+        paths = [self.trace(f"{n:03}.sac", six_o_clock(), 0.01, spike(1000, n)) for n in range(900)]
+        for rows in (1, 3, 30, 300):
+            with self.subTest(rows=rows):
+                section = self.section(*paths[:rows])
+                empty = [row for row in range(rows) if not section.inked(row, 0.9, 1.0)]
+                self.assertEqual(empty, [])
+                self.assertLess(section.picture.width, 1800)
+        self.assertEqual(self.plot(self.picture, *paths).returncode, 0)
+        self.assertLess(size_of(self.picture)[1], 4800)
+
+    def test_traces_keep_the_order_they_are_named_in(self):
+        late = self.trace("late.sac", six_o_clock(), 0.01, spike(1001, 800))
+        early = self.trace("early.sac", six_o_clock(), 0.01, spike(1001, 200))
+        section = self.section(late, early)
+        for row, part in ((0, 0.8), (1, 0.2)):
+            high = [x for x, y in section.inked(row) if y < 0.1]
+            self.assertTrue(high and all(abs(x - part) < 0.003 for x in high), high[:5])
+
+    def test_traces_of_either_byte_order_are_read(self):
+        path = self.trace("a.sac", six_o_clock(), 0.01, spike(1001, 300), order="<")
+        high = [x for x, y in self.section(path).inked(0) if y < 0.1]
+        self.assertTrue(high and all(abs(x - 0.3) < 0.003 for x in high), high[:5])
+
+    def test_a_directory_is_looked_through(self):
+        (self.folder / "day").mkdir()
+        self.trace("day/2023010060000000_AAA___1_1.sac", six_o_clock(), 0.01, spike(1001, 100))
+        self.trace("day/2023010060000000_AAA___1_2.sac", six_o_clock(), 0.01, spike(1001, 200))
+        (self.folder / "day" / "rec.vxl").write_text("no trace\n")
+        section = self.section(self.folder / "day", rows=2)
+        for row, part in ((0, 0.1), (1, 0.2)):
+            high = [x for x, y in section.inked(row) if y < 0.1]
+            self.assertTrue(high and all(abs(x - part) < 0.003 for x in high), high[:5])
+
+    def test_a_window_shows_its_part_of_the_axis(self):
+        inside = self.trace("a.sac", six_o_clock(), 0.01, spike(10001, 5500))
+        outside = self.trace("b.sac", six_o_clock(minutes=5), 0.01, spike(1000, 5))
+        window = ("--from", "2023-01-10T06:00:50", "--to", "2023-01-10T06:01:00Z")
+        section = self.section(inside, outside, rows=1, switches=window)
+        high = [x for x, y in section.inked(0) if y < 0.1]
+        self.assertTrue(high and all(abs(x - 0.5) < 0.003 for x in high), high[:5])
+
+    def test_samples_at_the_ends_of_a_window_belong_to_it(self):
+        path = self.trace("a.sac", six_o_clock(), 0.005, [1000.0 if i in (1780, 1880) else 0.0 for i in range(9000)])
+        window = ("--from", "2023-01-10T06:00:08.9", "--to", "2023-01-10T06:00:09.4")
+        section = self.section(path, switches=window)
+        high = [x for x, y in section.inked(0) if y < 0.3]
+        self.assertTrue([x for x in high if x < 0.01] and [x for x in high if x > 0.99], high)
+
+    def test_a_common_scale_keeps_small_traces_small(self):
+        big = self.trace("a.sac", six_o_clock(), 0.01, spike(1001, 500, 1000.0))
+        small = self.trace("b.sac", six_o_clock(), 0.01, spike(1001, 500, 500.0))
+        section = self.section(big, small, switches=["--common-scale"])
+        self.assertLess(min(y for _, y in section.inked(0)), 0.06)
+        self.assertAlmostEqual(min(y for _, y in section.inked(1)), 0.27, delta=0.02)
+
+    def test_what_is_no_trace_is_told_and_the_rest_is_drawn(self):
+        good = self.trace("a.sac", six_o_clock(), 0.01, spike(1001, 500))
+        dateless = self.trace("b.sac", (-12345,) * 6, 0.01, [1.0, 2.0])
+        result = self.plot(self.picture, good, dateless)
+        self.assertEqual(result.returncode, 1)
+        self.assertIn("b.sac: left out, its header tells no start", result.stderr)
+        self.assertTrue(Section(self.picture, 1).inked(0))
+
+    def test_a_pdf_is_made_by_its_name(self):
+        picture = self.folder / "picture.pdf"
+        result = self.plot(picture, self.trace("a.sac", six_o_clock(), 0.01, spike(1001, 500)))
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        self.assertEqual(picture.read_bytes()[:5], b"%PDF-")
+        self.assertEqual([p.name for p in self.folder.iterdir() if p.suffix == ".png"], [])
+
+
+if __name__ == "__main__":
+    if "PICTURES" in sys.argv and not (shutil.which("gmt") and shutil.which("gs")):
+        print("left out, GMT and Ghostscript are not here (scripts/setup plot installs them)")
+        sys.exit(CANNOT_RUN)
+    unittest.main(verbosity=2)
