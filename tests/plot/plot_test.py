@@ -27,6 +27,7 @@ def sac_bytes(clock, delta, samples, station="STA01", component="9A01-HHZ", orde
     floats = [-12345.0] * 70
     floats[0] = delta
     words = [*clock, 6, -12345, -12345, len(samples)] + [-12345] * 30
+    words[15] = 1  # a time series
     words[35:40] = 1, 1, 0, 0, 0
     texts = station.encode().ljust(8, b"\0") + b"-12345  " * 19 + component.encode().ljust(8) + b"-12345  " * 3
     values = array.array("f", samples)
