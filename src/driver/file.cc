@@ -69,6 +69,18 @@ uint8_t fexist(const char* path)
     return access(path, F_OK) == 0;
 }
 
+bool look_failed()
+{
+    switch (errno) {
+    case ENOENT:
+    case ENOTDIR:
+    case EACCES:
+    case ELOOP:
+    case ENAMETOOLONG: return false; // whoever opens the path will find nothing either
+    default: return true;
+    }
+}
+
 bool name_taken(const char* path)
 {
     struct stat what;

@@ -23,6 +23,9 @@ void open_file(OUT_FILE& file, const char* path, uint8_t* status_byte);
 /// 1 if anything of that name exists, else 0.
 uint8_t fexist(const char* path);
 
+/// True when the look at a path that just failed (errno) tells nothing about what stands there.
+bool look_failed();
+
 /// True when a new file cannot have this name: anything stands there, be it a link to nowhere.
 bool name_taken(const char* path);
 

@@ -1,12 +1,14 @@
 // Reading the INI file, and taking lines apart. Begin with ini_section.
 #include "model/ini.h"
 
+#include "driver/fatal.h"
 #include "driver/file.h"
 #include "driver/settings.h"
 #include "driver/text.h"
 #include "model/records.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <memory>
@@ -31,12 +33,23 @@ struct CLOSES {
 };
 using OPENED = std::unique_ptr<FILE, CLOSES>;
 
+/// The next character. Half a file is worse than none: an error ends the run. A directory holds nothing.
+int next_character(FILE* file)
+{
+    for (;;) {
+        const int c = getc(file);
+        if (c != EOF || !ferror(file) || errno == EISDIR) return c;
+        if (errno != EINTR) shut_down(FATAL_READ, FileIni.c_str(), nullptr);
+        clearerr(file);
+    }
+}
+
 /// Reads up to and with the next LF, but Line_max characters at most. False at the end of the file.
 bool read_piece(FILE* file, std::string& piece)
 {
     piece.clear();
     while (piece.size() < Line_max) {
-        const int c = getc(file);
+        const int c = next_character(file);
         if (c == EOF) break;
         piece.push_back(static_cast<char>(c));
         if (c == '\n') break;
@@ -97,7 +110,7 @@ void read_sections(FILE* file, INI_FILE& ini)
 bool have_file(int32_t from)
 {
     if (!Ini.path.empty() && Ini.path == FileIni) return true;
-    if (!fexist(FileIni.c_str())) return false;
+    if (!fexist(FileIni.c_str()) && !look_failed()) return false;
 
     const OPENED file(fopen_vx(FileIni.c_str(), "r"));
     if (!file) {

@@ -1,0 +1,105 @@
+// Runs whose system calls fail at a chosen point: what they say, how they end, what they leave alone.
+// proof/faults goes through every call in turn; here stand those that once went wrong.
+#include "runs/common.h"
+
+using namespace kit;
+using namespace runs;
+
+namespace {
+
+#ifdef VX_FAULTY_CALLS
+constexpr bool Have_faults = true;
+constexpr const char* Library = VX_FAULTY_CALLS;
+#else
+constexpr bool Have_faults = false;
+constexpr const char* Library = "";
+#endif
+
+/// Calls that fail from the n-th of their kind on, or that one alone.
+enum class WHEN { once, from_then_on };
+
+/// A run whose calls of a kind fail, as "open", "read", "stat" and so on are named by the library.
+RunOptions failing(const std::string& kind, unsigned at, int why, WHEN when)
+{
+    RunOptions options;
+    options.timeout = 20;
+    options.env = {std::string("LD_PRELOAD=") + Library, "VX_FAULT_KIND=" + kind,
+                   "VX_FAULT_AT=" + std::to_string(at), "VX_FAULT_HOW=" + std::to_string(why),
+                   std::string("VX_FAULT_ALWAYS=") + (when == WHEN::once ? "0" : "1")};
+    return options;
+}
+
+class Faulty_calls : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        if (!Have_faults) GTEST_SKIP() << "calls cannot be made to fail in this build";
+    }
+};
+
+constexpr unsigned Calls = 12; ///< of a kind, in these runs at most
+
+const std::string Station_file = "[9A2F]\nCh1Azm=90\nCh1Dip=-45\n";
+
+/// What a run leaves that took the whole station file in.
+Tree whole_tree()
+{
+    Sac expected = Sac().rate(100).stats(-3, 5, 2);
+    expected.cmpaz = 90, expected.cmpinc = -45;
+    return {{Name_1_1, sac_file(expected, {5, -3, 4})}};
+}
+
+TEST_F(Faulty_calls, in_the_middle_of_the_station_file_end_the_run_instead_of_half_its_keys)
+{
+    ConvertOptions options;
+    options.ini = std::string(5000, ';') + "\n" + Station_file;
+    unsigned of_the_station_file = 0;
+    for (unsigned at = 1; at <= Calls; ++at) {
+        SCOPED_TRACE(at);
+        options.run = failing("read", at, EIO, WHEN::once);
+        const Converted run = convert(one_event(12, {5, -3, 4}), {"-L-"}, options);
+        if (run.status == 0) {
+            EXPECT_TRUE(same_tree(run.tree, whole_tree()));
+            continue;
+        }
+        EXPECT_EQ(run.status, 21);
+        const std::string words = "\nFile read error for '";
+        if (ends_with(run.out, words + settings_of(run).file_ini + "'"))
+            ++of_the_station_file;
+        else
+            EXPECT_TRUE(ends_with(run.out, words + "(null)'")) << run.out;
+    }
+    EXPECT_GE(of_the_station_file, 2U);
+}
+
+TEST_F(Faulty_calls, that_are_interrupted_are_made_again)
+{
+    ConvertOptions options;
+    options.ini = Station_file;
+    for (const char* kind : {"read", "write"}) {
+        for (unsigned at = 1; at <= Calls; ++at) {
+            SCOPED_TRACE(kind + std::to_string(at));
+            options.run = failing(kind, at, EINTR, WHEN::once);
+            const Converted run = convert(one_event(12, {5, -3, 4}), {"-L-"}, options);
+            EXPECT_EQ(run.status, 0);
+            EXPECT_TRUE(same_tree(run.tree, whole_tree()));
+        }
+    }
+}
+
+TEST_F(Faulty_calls, that_look_for_the_station_file_do_not_make_it_vanish_unseen)
+{
+    ConvertOptions options;
+    options.ini = Station_file;
+    for (unsigned at = 1; at <= Calls; ++at) {
+        SCOPED_TRACE(at);
+        options.run = failing("stat", at, EIO, WHEN::from_then_on);
+        const Converted run = convert(one_event(12, {5, -3, 4}), {"-L-"}, options);
+        if (run.status != 0) continue;
+        if (run.out.find("not found; using defaults") == run.out.npos) {
+            EXPECT_TRUE(same_tree(run.tree, whole_tree()));
+        }
+    }
+}
+
+} // namespace
