@@ -90,8 +90,8 @@ bool name_taken(const char* path)
 bool same_file(const char* a, const char* b)
 {
     struct stat of_a, of_b;
-    return stat(a, &of_a) == 0 && stat(b, &of_b) == 0 && of_a.st_dev == of_b.st_dev &&
-           of_a.st_ino == of_b.st_ino;
+    if (stat(a, &of_a) != 0 || stat(b, &of_b) != 0) return look_failed();
+    return of_a.st_dev == of_b.st_dev && of_a.st_ino == of_b.st_ino;
 }
 
 void Make_dir(const char* path)

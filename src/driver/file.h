@@ -29,7 +29,7 @@ bool look_failed();
 /// True when a new file cannot have this name: anything stands there, be it a link to nowhere.
 bool name_taken(const char* path);
 
-/// True when both paths lead to one existing file (same device and inode).
+/// True when both paths lead to one existing file (same device and inode), or when that cannot be found out.
 bool same_file(const char* a, const char* b);
 
 /// Creates every missing directory of a path, up to its last "/"; what follows is a file name. Errors

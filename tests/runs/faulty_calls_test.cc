@@ -102,4 +102,19 @@ TEST_F(Faulty_calls, that_look_for_the_station_file_do_not_make_it_vanish_unseen
     }
 }
 
+TEST_F(Faulty_calls, that_compare_the_log_with_the_input_do_not_let_the_input_be_emptied)
+{
+    Scratch scratch;
+    scratch.make_dir("out");
+    const Recording recording = one_event(12, {5, -3, 4});
+    scratch.write("out/rec.vxl", recording); // its log would have the same name
+    for (unsigned at = 1; at <= 6; ++at) {
+        SCOPED_TRACE(at);
+        const Outcome run =
+            run_vx(scratch.dir(), {"out/rec.vxl", "out"}, failing("stat", at, EIO, WHEN::once));
+        EXPECT_TRUE(run.status == 20 || run.status == 10) << run.status;
+        EXPECT_TRUE(scratch.read("out/rec.vxl") == recording);
+    }
+}
+
 } // namespace
