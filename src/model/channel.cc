@@ -59,12 +59,15 @@ void move_times_on(CHN_T* chn, const PACKET& pkt, const TIMESTR& time)
     chn->seq = bcd(pkt, HDR::Seq);
 }
 
-/// Makes the trace. Another run may take the name at the last moment: then the next free one is.
+/// Makes the trace. Another run may take the name at the last moment: then the next free one is. A name that
+/// is taken and yet looks free cannot be had.
 void create_trace(CHN_T* chn)
 {
     while (!Chn_file_open(chn, TRACE_MODE::create)) {
-        if (errno != EEXIST) end_without_trace(chn->name.c_str());
-        Chn_name(chn, chn->t_first);
+        const bool taken = errno == EEXIST;
+        const std::string refused = chn->name;
+        if (taken) Chn_name(chn, chn->t_first);
+        if (chn->name == refused) end_without_trace(refused.c_str());
     }
     Sac_dhdr_out(chn);
 }

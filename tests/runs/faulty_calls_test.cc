@@ -102,6 +102,27 @@ TEST_F(Faulty_calls, that_look_for_the_station_file_do_not_make_it_vanish_unseen
     }
 }
 
+TEST_F(Faulty_calls, that_hide_a_taken_name_end_the_run_instead_of_trying_it_for_ever)
+{
+    const Converted before = convert(one_event(12, {5, -3, 4}), {"-L-"});
+    ASSERT_EQ(names(before.tree), std::string(Name_1_1) + "\n");
+    unsigned refused = 0;
+    for (unsigned at = 1; at <= Calls; ++at) {
+        SCOPED_TRACE(at);
+        ConvertOptions options;
+        options.run = failing("stat", at, EIO, WHEN::from_then_on);
+        const Converted run = convert_again(before, one_event(12, {1, 2}), {"-L-"}, options);
+        ASSERT_FALSE(run.timed_out);
+        if (run.status == 0 || run.status == 10) continue;
+        EXPECT_EQ(run.status, 20);
+        const std::string last =
+            "\n\nERROR!!!!\n   unable to open out/" + std::string(Name_1_1) + " for output.";
+        if (ends_with(run.out, last)) ++refused;
+        EXPECT_TRUE(same_bytes(run.file(Name_1_1), before.file(Name_1_1)));
+    }
+    EXPECT_GE(refused, 1U);
+}
+
 TEST_F(Faulty_calls, that_compare_the_log_with_the_input_do_not_let_the_input_be_emptied)
 {
     Scratch scratch;
