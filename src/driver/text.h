@@ -35,6 +35,7 @@ struct Text {
     }
 
     void clear() { memset(s, 0, sizeof s); }
+    bool operator==(const Text&) const = default;
     bool empty() const { return s[0] == '\0'; }
     size_t length() const { return strlen(s); }
     std::string_view view() const { return s; }

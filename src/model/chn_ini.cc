@@ -6,6 +6,9 @@
 #include "model/records.h"
 
 #include <cctype>
+#include <tuple>
+#include <unordered_map>
+#include <utility>
 
 static const INI_KEY IniKeyChn[] = {
     "ChnFSA",   "ChnRes",      "ChnBand",   "ChnType",    "ChnAxis",    "ChnSnsMake", "ChnSnsModel",
@@ -123,15 +126,58 @@ static void apply(CHN_T* chn, int key, std::string_view value)
     }
 }
 
-void Chn_ini(CHN_T* chn)
+static void take_lines(CHN_T* chn, const INI_SECTION& section)
 {
-    const INI_SECTION* section = ini_section(chn->unit);
-    if (!section) return;
-    for (const std::string& line : section->lines) {
+    for (const std::string& line : section.lines) {
         const LINE_HEAD head = line_head(line);
         if (head.number != chn->channel + 1) continue;
         const int key = ini_key(head.key, IniKeyChn, 3);
         const auto value = ini_value(line);
         if (key >= 0 && value && !value->empty()) apply(chn, key, *value);
     }
+}
+
+/// Everything that lines can change.
+static auto told_fields(CHN_T& c)
+{
+    return std::tie(c.fsa, c.bits, c.band, c.type, c.type_code, c.axis, c.make, c.model, c.sns_ndx, c.sn,
+                    c.sns_fsa, c.vpu, c.freq, c.damp, c.azimuth, c.depth, c.dip, c.SeisComp, c.stn_chn);
+}
+
+template <class... Field>
+static std::tuple<Field...> values_of(const std::tuple<Field&...>& fields)
+{
+    return fields;
+}
+using TOLD = decltype(values_of(told_fields(std::declval<CHN_T&>())));
+
+/// What a section once made of a channel.
+struct OUTCOME {
+    TOLD before, after;
+};
+
+/// A section so long is not walked for each new channel of the same number, but once.
+static constexpr size_t Long_section = 64;
+
+static void take_long_section(CHN_T* chn, const INI_SECTION& section)
+{
+    static std::unordered_map<uint64_t, OUTCOME> known;
+    const TOLD before = told_fields(*chn);
+    const uint64_t key = uint64_t{section.serial} << 16 | chn->channel;
+    if (const auto at = known.find(key); at != known.end() && at->second.before == before) {
+        told_fields(*chn) = at->second.after;
+        return;
+    }
+    take_lines(chn, section);
+    known[key] = {before, told_fields(*chn)};
+}
+
+void Chn_ini(CHN_T* chn)
+{
+    const INI_SECTION* section = ini_section(chn->unit);
+    if (!section) return;
+    if (section->lines.size() < Long_section)
+        take_lines(chn, *section);
+    else
+        take_long_section(chn, *section);
 }

@@ -98,7 +98,9 @@ void read_sections(FILE* file, INI_FILE& ini)
         if (section) section->last = position(at + piece.size());
         section = nullptr;
         if (const auto id = header_id(line)) {
+            static uint32_t sections = 0;
             section = &ini.units[*id].emplace_back();
+            section->serial = ++sections;
             section->first = position(at);
         }
     }

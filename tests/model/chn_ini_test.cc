@@ -383,4 +383,49 @@ TEST(Chn_ini, a_file_of_a_megabyte_costs_a_new_channel_nothing_once_it_was_read)
     EXPECT_EQ(chn.azimuth, 0);
 }
 
+/// A new channel of a unit whose section stands in memory.
+CHN_T asks_again(UNIT_T& unit, uint16_t number, double fsa = 0.0)
+{
+    CHN_T chn;
+    chn.unit = &unit;
+    chn.unit_id = unit.unit_id;
+    chn.channel = number;
+    chn.fsa = fsa;
+    Chn_ini(&chn);
+    return chn;
+}
+
+TEST(Chn_ini, a_long_section_tells_every_channel_that_asks_the_same)
+{
+    std::string lines;
+    for (int i = 0; i < 500; ++i) lines += "; a remark\n";
+    lines += "Ch1Azm=10\nCh1SnsMake=Mark\nCh1SnsModel=L-22D\nCh1SnsVPU=5\nCh2Azm=20\nCh1Azm=30\nCh1Band=H\n";
+    Channel first(lines);
+    for (int time_and_again = 0; time_and_again < 3; ++time_and_again) {
+        const CHN_T one = asks_again(*first.unit, 0), two = asks_again(*first.unit, 1);
+        EXPECT_EQ(one.azimuth, 30);
+        EXPECT_EQ(one.band, 'H');
+        EXPECT_STREQ(one.make.s, "Mark");
+        EXPECT_EQ(one.sns_ndx, 35);
+        EXPECT_EQ(one.vpu, first.vpu);
+        EXPECT_EQ(two.azimuth, 20);
+        EXPECT_EQ(two.band, ' ');
+        EXPECT_TRUE(two.make.empty());
+    }
+    EXPECT_EQ(asks_again(*first.unit, 0, 7.5).fsa, 7.5) << "what a channel has already stays";
+    EXPECT_EQ(asks_again(*first.unit, 0).fsa, 0.0);
+    EXPECT_EQ(asks_again(*Channel(lines + "Ch1Azm=40\n").unit, 0).azimuth, 40)
+        << "another file, another section";
+}
+
+TEST(Chn_ini, very_many_channels_of_a_long_section_do_not_take_very_long)
+{
+    std::string lines;
+    for (int i = 0; i < 100000; ++i) lines += "Ch1Res=\n";
+    const Channel first(lines + "Ch1Azm=30\n");
+    const clock_t start = clock();
+    for (int i = 0; i < 5000; ++i) ASSERT_EQ(asks_again(*first.unit, 0).azimuth, 30);
+    EXPECT_LT(static_cast<double>(clock() - start) / CLOCKS_PER_SEC, 3.0);
+}
+
 } // namespace
