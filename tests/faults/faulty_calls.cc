@@ -70,7 +70,7 @@ void move_folder()
     if (!Folder) return;
     char away[4096];
     snprintf(away, sizeof away, "%s.away", Folder);
-    syscall(SYS_rename, Folder, away);
+    rename(Folder, away);
 }
 
 /// Counts a call. True when it is the one that is to fail; what needs no more than that is done here.
