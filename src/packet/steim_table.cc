@@ -151,9 +151,10 @@ bool by_table(const PACKET& pkt, const SPLITS& splits, bool steim2, uint32_t las
     const int n = differences_of(apart, splits, differences.data());
     if (n == 0 || (steim2 && !valid) || static_cast<uint16_t>(n) != bcd(pkt, EVT::Samples)) return false;
 
-    // Steim-1 takes its first difference from word 3 even when that word holds none.
-    const bool empty_first = (be32(frames) >> (30 - 2 * 3) & 3) == 0;
-    const uint32_t lead = !steim2 && empty_first ? 0 : static_cast<uint32_t>(differences[0]);
+    // The difference that leads to the first sample stands in frame 1, of Steim-1 in word 3 of it, or there
+    // is none.
+    const uint32_t may_lead = steim2 ? 0x03FFFFFF : 0x03000000; // the codes of those words
+    const uint32_t lead = (be32(frames) & may_lead) == 0 ? 0 : static_cast<uint32_t>(differences[0]);
     if (last != 0 && last + lead != x0) return false;
     out.count = static_cast<uint32_t>(n);
     return sum_up(differences.data(), n, x0 - lead, out.sample) == xn;

@@ -185,6 +185,24 @@ TEST(steim1_by_table, starts_at_the_stored_sample_when_word_3_is_empty)
     EXPECT_TRUE(steim1_by_table(page.packet(), 100, Data_buf)); // no difference leads from 100 to 100
 }
 
+TEST(steim2_by_table, starts_at_the_stored_sample_when_frame_1_holds_no_data)
+{
+    PAGE page;
+    page.put_word(68, 100);
+    page.put_word(72, 108);
+    page.put_word(128, 1U << (30 - 2 * 1)); // frame 2, word 1: four differences
+    page.put_word(132, 0x05010101);
+    page.put_count(4);
+    const std::vector<int32_t> samples{105, 106, 107, 108};
+    Log_on = 0;
+    EXPECT_EQ(outcome(Buf_c2_by_word, page, 0), (OUTCOME{samples, 108, 0}));
+    EXPECT_EQ(outcome(Buf_c2, page, 0), (OUTCOME{samples, 108, 0}));
+    EXPECT_TRUE(steim2_by_table(page.packet(), 100, Data_buf)); // no difference leads from 100 to 100
+
+    page.put_word(72, 103); // where the samples would end, did the first difference lead to the stored one
+    EXPECT_EQ(outcome(Buf_c2, page, 0), (OUTCOME{samples, 103, 1}));
+}
+
 TEST(steim2_by_table, leaves_invalid_sub_codes_to_the_plain_decoder)
 {
     for (const auto& [code, word] : {std::pair{2U, 0x00000001U}, std::pair{3U, 0xC0000000U}}) {
