@@ -1,0 +1,30 @@
+// Endings of a run, caught: the program leaves through exit, and nobody but driver/fatal calls it. Targets
+// that run such code are linked with --wrap=exit, so that an ending comes out as an exception and the process
+// goes on.
+#pragma once
+
+namespace fuzz {
+
+struct ENDED {
+    int status;
+};
+
+/// While true, exit throws ENDED; else it ends the process.
+extern bool Endings_caught;
+
+/// Runs `what` to an ending or to its own end. Returns the exit status, or -1 when there was no ending.
+template <class What>
+int status_of(What what)
+{
+    int status = -1;
+    Endings_caught = true;
+    try {
+        what();
+    } catch (const ENDED& ended) {
+        status = ended.status;
+    }
+    Endings_caught = false;
+    return status;
+}
+
+} // namespace fuzz
