@@ -10,7 +10,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-extern char** environ;
+extern char** environ; // NOLINT(readability-redundant-declaration): POSIX leaves it to us
 
 namespace {
 

@@ -151,6 +151,7 @@ double Time_cvt(const TIME_T* t)
     if (t->year <= 1983) return 0.0;
     const int years = t->year - 1984;
     // kept: leap-days-by-four. 1984's own leap day counts from 1988 on.
+    // NOLINTNEXTLINE(bugprone-integer-division): whole leap days
     const double days = years * 365.0 + years / 4 + t->day;
     return ((days * 24 + t->hour) * 60 + t->minute) * 60 + t->second + t->milli / 1000.0 +
            t->micro / 1000000.0;
