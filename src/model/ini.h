@@ -14,8 +14,8 @@ struct UNIT_T;
 /// What the file says of one unit. Positions are those of the file, kept to 32 bits.
 struct INI_SECTION {
     uint32_t serial = 0; ///< no other section that was ever read has the same; 0: nothing of the file
-    int32_t first = 0; ///< of the header line
-    int32_t last = 0;  ///< behind the line that ends the section: the next header, or the end of the file
+    int32_t first = 0;   ///< of the header line
+    int32_t last = 0;    ///< behind the line that ends the section: the next header, or the end of the file
     std::vector<std::string> lines; ///< between the two, each of at most 99 characters
 };
 

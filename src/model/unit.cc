@@ -27,6 +27,7 @@ uint16_t unit_id_of(const PACKET& pkt)
 
 void leave_unit(UNIT_T* left)
 {
+    if (!left) return; // the run's first unit leaves nobody
     if (Qcc_on) Unit_file_close(left, UNIT_QCC);
     if (Log_on) Unit_file_close(left, UNIT_LOG);
 }
@@ -81,7 +82,7 @@ UNIT_T* Unit_find(const PACKET& pkt)
     } else {
         unit = new_unit(id);
         ring_join(Start, unit);
-        if (Start) leave_unit(Start);
+        leave_unit(Start);
     }
     return Start = unit;
 }

@@ -76,10 +76,10 @@ void check_numbers(const std::string& argument)
         scan_double(argument, 0, width);
     }
     const std::string_view whole_text = argument; // of a std::string the C++ library has a stof of its own
-    stof(whole_text, 0);
-    stof(whole_text, 8);
-    stoi(whole_text, 0);
-    stoi(whole_text, 3);
+    static_cast<void>(stof(whole_text, 0));
+    static_cast<void>(stof(whole_text, 8));
+    static_cast<void>(stoi(whole_text, 0));
+    static_cast<void>(stoi(whole_text, 3));
 }
 
 void forget_settings()

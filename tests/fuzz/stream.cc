@@ -18,6 +18,7 @@
 #include "output/log.h"
 #include "packet/input.h"
 
+#include <algorithm>
 #include <dirent.h>
 #include <string>
 #include <sys/stat.h>
@@ -77,10 +78,12 @@ void remove_directory(const std::string& path, bool look)
 {
     DIR* folder = opendir(path.c_str());
     demand(folder != nullptr, "a directory can be read");
+    if (!folder) return;
     while (const dirent* entry = readdir(folder)) {
         const std::string name = entry->d_name;
         if (name == "." || name == "..") continue;
-        const std::string inside = path + "/" + name;
+        std::string inside = path;
+        inside.append("/").append(name);
         if (entry->d_type == DT_DIR) {
             remove_directory(inside, look);
             continue;
@@ -186,9 +189,8 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     write_input(ground.input(), in.rest());
     std::vector<std::string> arguments{ground.program(first & 0x40), ground.input(), ground.new_output()};
     for (std::string& argument : switches(first, second)) arguments.push_back(std::move(argument));
-    std::vector<char*> argv;
-    for (std::string& argument : arguments) argv.push_back(argument.data());
-    argv.push_back(nullptr);
+    std::vector<char*> argv(arguments.size() + 1); // null at its end
+    std::transform(arguments.begin(), arguments.end(), argv.begin(), [](std::string& a) { return a.data(); });
 
     const int status = fuzz::status_of([&] { vx_sac_main(static_cast<int>(arguments.size()), argv.data()); });
     demand(status == 0 || status == 23 || (status == 1 && in.rest().empty()),

@@ -107,6 +107,7 @@ bool record_side_by_side(const SURVEY& survey, std::vector<RECORDER>& recorders,
     for (int s = 0; s < survey.options.streams; ++s)
         for (int u = 0; u < survey.options.units; ++u) parts.emplace_back(survey, PLACE{u, s, event, 0});
     std::vector<EVENT_PART*> going;
+    going.reserve(parts.size());
     for (EVENT_PART& part : parts) going.push_back(&part);
     while (!going.empty() && !out.failed())
         std::erase_if(going, [&](EVENT_PART* part) {

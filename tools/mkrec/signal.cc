@@ -22,9 +22,10 @@ double cosine(double x)
     return sum;
 }
 
+/// Rounded as the recordings have always been; below zero not to the nearest.
 int64_t fixed_point(double x)
 {
-    return static_cast<int64_t>(x * (1 << Resonance_places) + 0.5);
+    return static_cast<int64_t>(x * (1 << Resonance_places) + 0.5); // NOLINT(bugprone-incorrect-roundings)
 }
 
 /// Largest k with 2^k <= n.
