@@ -30,8 +30,6 @@ struct Ring : testing::Test {
     Member a{'a'}, b{'b'}, c{'c'}, d{'d'};
 };
 
-} // namespace
-
 TEST_F(Ring, one_member_is_its_own_neighbour)
 {
     ring_join<Member>(nullptr, &a);
@@ -88,3 +86,5 @@ TEST_F(Ring, each_member_comes_once)
     ring_each(static_cast<Member*>(nullptr), [&](Member&) { seen += '!'; });
     EXPECT_EQ(seen, "cab");
 }
+
+} // namespace

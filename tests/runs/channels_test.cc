@@ -31,7 +31,6 @@ uint32_t delta_of(const std::string& trace)
     return header_bits(trace, 0);
 }
 
-constexpr uint32_t Undefined = 0xC640E400; // -12345.0
 constexpr uint32_t Hundredth = 0x3C23D70A; // 0.01
 
 const std::string Untold_1_1 = "2004123101530250_09A2F_1_1.sac"; ///< no station name was told
@@ -47,11 +46,6 @@ std::string component_of(const Recording& headers, unsigned n, const std::string
     ConvertOptions options;
     options.ini = ini;
     return component(only_trace(convert(headers + Dt().event(12).channel(n).samples({1}), {}, options)));
-}
-
-Eh header()
-{
-    return Eh().event(12).usual();
 }
 
 } // namespace
@@ -92,7 +86,7 @@ TEST(Channels, the_first_packet_of_a_channel_is_continuous)
 
 TEST(Channels, milliseconds_of_the_next_packet_are_cut_not_rounded)
 {
-    const Eh slow = header().rate("0.1 "); // the nearest float is a little more
+    const Eh slow = usual_header().rate("0.1 "); // the nearest float is a little more
     const Recording first = slow + Dt().event(12).at(0, 0, 0, 0).samples({1});
     EXPECT_EQ(marks(convert(first + Dt().event(12).at(0, 0, 9, 999).samples({1}) + Sh("x"))), "    ");
     EXPECT_EQ(marks(convert(first + Dt().event(12).at(0, 0, 10, 0).samples({1}) + Sh("x"))), "   +");
@@ -100,7 +94,7 @@ TEST(Channels, milliseconds_of_the_next_packet_are_cut_not_rounded)
 
 TEST(Channels, a_rate_of_zero_moves_no_time_but_puts_hour_24_into_the_next_day)
 {
-    const Eh still = header().rate("0   ");
+    const Eh still = usual_header().rate("0   ");
     const Dt late = Dt().event(12).at(24, 0, 0, 0).samples({1});
     EXPECT_EQ(marks(convert(still + late + late + Sh("x"))), "   -");
     EXPECT_EQ(marks(convert(still + late + Dt().event(12).day(124).at(0, 0, 0, 0).samples({1}) + Sh("x"))),
@@ -110,18 +104,18 @@ TEST(Channels, a_rate_of_zero_moves_no_time_but_puts_hour_24_into_the_next_day)
 TEST(Channels, the_time_that_follows_the_end_of_a_year_is_in_the_year_0000)
 {
     const Recording first =
-        header().rate("1   ") + Dt().event(12).year(12).day(366).at(23, 59, 59, 999).samples({1});
+        usual_header().rate("1   ") + Dt().event(12).year(12).day(366).at(23, 59, 59, 999).samples({1});
     EXPECT_EQ(marks(convert(first + Dt().event(12).year(13).day(1).at(0, 0, 0, 999).samples({1}) + Sh("x"))),
               "   +");
     const Dt no_such_day = Dt().event(12).year(3).day(366).at(0, 0, 0, 0).samples({1});
-    EXPECT_EQ(marks(convert(header().rate("0   ") + no_such_day + no_such_day + Sh("x"))), "   +");
+    EXPECT_EQ(marks(convert(usual_header().rate("0   ") + no_such_day + no_such_day + Sh("x"))), "   +");
 }
 
 TEST(Channels, the_length_of_a_year_goes_by_its_division_by_four)
 {
     const auto around = [](unsigned year, unsigned day) {
         const Dt dt = Dt().event(12).year(year).day(day).at(0, 0, 0, 0).samples({1});
-        return marks(convert(header().rate("0   ") + dt + dt + Sh("x")));
+        return marks(convert(usual_header().rate("0   ") + dt + dt + Sh("x")));
     };
     EXPECT_EQ(around(4, 366), "    ");
     EXPECT_EQ(around(3, 365), "    ");
@@ -131,7 +125,7 @@ TEST(Channels, the_length_of_a_year_goes_by_its_division_by_four)
 TEST(Channels, odd_rates_move_the_expected_time_as_32_bits_of_milliseconds)
 {
     const auto fits = [](const char* rate, const Dt& next) {
-        return marks(convert(header().rate(rate) + packet_after(0) + next + Sh("x"))) == "    ";
+        return marks(convert(usual_header().rate(rate) + packet_after(0) + next + Sh("x"))) == "    ";
     };
     // 2250 ms before 0 is 4294965046 ms, that is 49 days and a bit.
     EXPECT_TRUE(fits("-100", Dt().event(12).day(173).at(3, 18, 15, 46).samples({1})));
@@ -232,7 +226,7 @@ TEST(Channels, a_header_of_the_second_bank_alone_does_not_keep_its_rate)
 
 TEST(Channels, a_header_with_a_rate_of_zero_leaves_nothing_to_estimate)
 {
-    const Converted run = convert(header().rate("0   ") + packet_after(0) + packet_after(2500));
+    const Converted run = convert(usual_header().rate("0   ") + packet_after(0) + packet_after(2500));
     EXPECT_EQ(delta_of(only_trace(run)), Undefined);
 }
 
@@ -254,7 +248,7 @@ TEST(Channels, an_event_begins_with_the_earliest_first_packet_of_its_channels)
 TEST(Channels, a_header_that_begins_earlier_or_later_than_the_data)
 {
     const auto second_of = [](const char* told) {
-        return header_int(only_trace(convert(header().t_first(told) + packet_after(0))), 74);
+        return header_int(only_trace(convert(usual_header().t_first(told) + packet_after(0))), 74);
     };
     EXPECT_EQ(second_of("2004123101512000"), 12); // the header is earlier and stays
     EXPECT_EQ(second_of("2004123101545000"), 30); // the data are
@@ -262,20 +256,20 @@ TEST(Channels, a_header_that_begins_earlier_or_later_than_the_data)
 
 TEST(Channels, a_blank_first_time_stays_and_shows_as_zeros)
 {
-    const std::string trace = only_trace(convert(header().t_first("") + packet_after(0)));
+    const std::string trace = only_trace(convert(usual_header().t_first("") + packet_after(0)));
     for (int word = 70; word <= 75; ++word) EXPECT_EQ(header_int(trace, word), 0) << word;
 }
 
 TEST(Channels, a_first_time_that_a_NUL_cuts_gives_way_to_the_first_packets)
 {
     const std::string trace =
-        only_trace(convert(header().raw(112 + 15, std::string(1, '\0')) + packet_after(1000)));
+        only_trace(convert(usual_header().raw(112 + 15, std::string(1, '\0')) + packet_after(1000)));
     EXPECT_EQ(header_int(trace, 74), 31);
 }
 
 TEST(Channels, the_trailer_has_the_last_word_on_rate_times_trigger_and_station)
 {
-    const Converted run = convert(header() + packet_after(0, 2) +
+    const Converted run = convert(usual_header() + packet_after(0, 2) +
                                       Et().event(12)
                                           .station("OTHER")
                                           .rate("50  ")
@@ -291,7 +285,7 @@ TEST(Channels, the_trailer_has_the_last_word_on_rate_times_trigger_and_station)
 
 TEST(Channels, a_blank_trailer_takes_rate_and_times_away_but_not_the_station)
 {
-    const Converted run = convert(header() + packet_after(0, 2) + Et().event(12), {"-L-"});
+    const Converted run = convert(usual_header() + packet_after(0, 2) + Et().event(12), {"-L-"});
     Sac s = Sac().stats(1, 2, 1.5f);
     s.year = s.day = s.hour = s.min = s.sec = s.ms = 0;
     EXPECT_TRUE(same_tree(run.tree, {{Name_1_1, sac_file(s, {1, 2})}}));
@@ -301,7 +295,7 @@ TEST(Channels, a_traces_name_has_the_events_station_and_its_header_the_units)
 {
     // Event 13 renames the unit while event 12 is open.
     const Converted run =
-        convert(header() + Eh().event(13).usual().station("LATER") + packet_after(0, 1), {"-L-"});
+        convert(usual_header() + Eh().event(13).usual().station("LATER") + packet_after(0, 1), {"-L-"});
     Sac s = usual_trace().stats(1, 1, 1);
     s.kstnm = "LATER";
     EXPECT_TRUE(same_tree(run.tree, {{Name_1_1, sac_file(s, {1})}}));
@@ -368,42 +362,43 @@ TEST(Channels, a_channel_number_of_bad_digits_reaches_165)
 
 TEST(Channels, letters_of_the_header_name_the_component_one_by_one)
 {
-    EXPECT_EQ(component_of(header().seed(0, "BHN "), 0), "9A2F-BHN");
-    EXPECT_EQ(component_of(header().seed(0, "H  x"), 0), "9A2F-H Z"); // the default orientation of channel 1
-    EXPECT_EQ(component_of(header().seed(4, "H   "), 4), "9A2F-H N"); // and of channel 5
-    EXPECT_EQ(component_of(header().seed(0, " HN "), 0), "9A2F-1-1"); // no band, no letters
-    EXPECT_EQ(component_of(header().seed(0, " HN "), 0, "[9A2F]\nCh1Band=E\nCh1Type=L\nCh1Axis=1\n"),
+    EXPECT_EQ(component_of(usual_header().seed(0, "BHN "), 0), "9A2F-BHN");
+    EXPECT_EQ(component_of(usual_header().seed(0, "H  x"), 0),
+              "9A2F-H Z"); // the default orientation of channel 1
+    EXPECT_EQ(component_of(usual_header().seed(4, "H   "), 4), "9A2F-H N"); // and of channel 5
+    EXPECT_EQ(component_of(usual_header().seed(0, " HN "), 0), "9A2F-1-1"); // no band, no letters
+    EXPECT_EQ(component_of(usual_header().seed(0, " HN "), 0, "[9A2F]\nCh1Band=E\nCh1Type=L\nCh1Axis=1\n"),
               "9A2F-EHN");
 }
 
 TEST(Channels, a_NUL_is_a_letter_like_others)
 {
-    EXPECT_EQ(component_of(header().raw(464, std::string(4, '\0')), 0), std::string("9A2F-\0\0\0", 8));
+    EXPECT_EQ(component_of(usual_header().raw(464, std::string(4, '\0')), 0), std::string("9A2F-\0\0\0", 8));
 }
 
 TEST(Channels, headers_of_two_banks_describe_channels_1_to_16_and_17_to_32)
 {
-    const Recording both =
-        header().seed(0, "BHN ").seed(15, "BHE ") + header().second_bank().seed(0, "HGZ ").seed(15, "HGE ");
+    const Recording both = usual_header().seed(0, "BHN ").seed(15, "BHE ") +
+                           usual_header().second_bank().seed(0, "HGZ ").seed(15, "HGE ");
     EXPECT_EQ(component_of(both, 0), "9A2F-BHN");
     EXPECT_EQ(component_of(both, 15), "9A2F-BHE");
     EXPECT_EQ(component_of(both, 16), "9A2F-HGZ");
     EXPECT_EQ(component_of(both, 31), "9A2F-HGE");
-    EXPECT_EQ(component_of(header().second_bank().seed(0, "HGZ "), 0), "9A2F-1-1");
-    EXPECT_EQ(component_of(header().seed(0, "BHN "), 16), "9A2F-1-A");
+    EXPECT_EQ(component_of(usual_header().second_bank().seed(0, "HGZ "), 0), "9A2F-1-1");
+    EXPECT_EQ(component_of(usual_header().seed(0, "BHN "), 16), "9A2F-1-A");
 }
 
 TEST(Channels, a_channel_above_32_has_only_the_ini_files_letters)
 {
-    const Recording both = header().seed(0, "BHN ") + header().second_bank().seed(0, "HGZ ");
+    const Recording both = usual_header().seed(0, "BHN ") + usual_header().second_bank().seed(0, "HGZ ");
     EXPECT_EQ(component_of(both, 32), "9A2F-1-Q");
     EXPECT_EQ(component_of(both, 32, "[9A2F]\nChXBand=H\nChXType=L\n"), "9A2F-HLE");
 }
 
 TEST(Channels, a_header_behind_a_channels_first_packet_comes_too_late_for_its_letters)
 {
-    const Converted run =
-        convert(data({1}) + header().seed(0, "BHN ").seed(1, "BHE ") + data({2}) + data({3}).channel(1));
+    const Converted run = convert(data({1}) + usual_header().seed(0, "BHN ").seed(1, "BHE ") + data({2}) +
+                                  data({3}).channel(1));
     EXPECT_EQ(component(run.file(Untold_1_1)), "9A2F-1-1");
     EXPECT_EQ(component(run.file("2004123101530250_STA01_1_2.sac")), "9A2F-BHE");
 }

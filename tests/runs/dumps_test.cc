@@ -317,7 +317,7 @@ const char* const Directory_text = "     Prev Dir Location (Block)    : 00000001
                                    "\n";
 
 /// Header of the event, with two of its sixteen channels in use.
-Eh header()
+Eh full_header()
 {
     return Eh()
         .event(12)
@@ -432,9 +432,9 @@ TEST(Dumps, a_recording_with_every_packet_type_is_logged_field_by_field)
 {
     const Recording recording = stations().seq(1) + operating_mode().seq(2) + streams().seq(3) +
                                 auxiliary().seq(4) + calibration().seq(5) + directory().seq(6) + Fd().seq(7) +
-                                Sh("Power up\r\nClock locked").seq(8) + header().seq(9) +
+                                Sh("Power up\r\nClock locked").seq(8) + full_header().seq(9) +
                                 data({5, -3, 4}).seq(10) + network(Nh()).seq(11) + network(Nt()).seq(12) +
-                                header().type("ET").seq(13);
+                                full_header().type("ET").seq(13);
     const Converted run = convert(recording, {"-D+"});
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(run.err, "");
@@ -467,7 +467,7 @@ TEST(Dumps, a_recording_with_every_packet_type_is_logged_field_by_field)
 TEST(Dumps, without_logs_parameter_packets_leave_nothing)
 {
     const Converted run = convert(stations() + operating_mode() + streams() + auxiliary() + calibration() +
-                                      directory() + header() + network(Nh()) + network(Nt()),
+                                      directory() + full_header() + network(Nh()) + network(Nt()),
                                   {"-L-"});
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(names(run.tree), "");
@@ -532,7 +532,7 @@ TEST(Dumps, a_short_zero_padded_trailer_takes_rate_and_station_away)
 
 TEST(Dumps, any_flag_of_a_header_counts_its_channels_from_17)
 {
-    const Converted run = convert(header().flags(0x10) + data({1, 2}));
+    const Converted run = convert(full_header().flags(0x10) + data({1, 2}));
     EXPECT_EQ(count(unit_log(run), "\r\n    Chn 17(BHZ) : 15.89 uV"), 1U);
     EXPECT_EQ(count(unit_log(run), "\r\n    Chn 32(AUX) : 2.384 uV"), 1U);
     EXPECT_EQ(header_text(only_trace(run), 600, 8), "9A2F-BHZ"); // and yet they are the first sixteen

@@ -22,7 +22,7 @@ std::string section(const std::string& lines)
     return "[9A2F]\r\n" + lines;
 }
 
-std::string component(const std::string& lines, unsigned n = 0)
+std::string component_by(const std::string& lines, unsigned n = 0)
 {
     return header_text(only_trace(run_with(section(lines), n)), 600, 8);
 }
@@ -99,18 +99,18 @@ TEST(Ini_keys, the_last_azimuth_wins)
 
 TEST(Ini_keys, a_type_is_made_upper_case_and_the_other_letters_are_not)
 {
-    EXPECT_EQ(component("Ch1Band=h\nCh1Type=h\nCh1Axis=z\n"), "9A2F-hHz");
-    EXPECT_EQ(component("Ch1Band=High\nCh1Type=gauge\nCh1Axis=Zenith\n"), "9A2F-HGZ");
+    EXPECT_EQ(component_by("Ch1Band=h\nCh1Type=h\nCh1Axis=z\n"), "9A2F-hHz");
+    EXPECT_EQ(component_by("Ch1Band=High\nCh1Type=gauge\nCh1Axis=Zenith\n"), "9A2F-HGZ");
 }
 
 TEST(Ini_keys, letters_that_are_not_told_keep_their_defaults)
 {
-    EXPECT_EQ(component("Ch1Type=H\nCh1Axis=Z\n"), "9A2F-1-1"); // no band, no letters
-    EXPECT_EQ(component("Ch1Band=H\n"), "9A2F-H Z");
-    EXPECT_EQ(component("Ch2Band=H\n", 1), "9A2F-H N");
-    EXPECT_EQ(component("Ch3Band=H\n", 2), "9A2F-H E");
-    EXPECT_EQ(component("Ch4Band=H\n", 3), "9A2F-H Z");
-    EXPECT_EQ(component("Ch7Band=H\n", 6), "9A2F-H Z");
+    EXPECT_EQ(component_by("Ch1Type=H\nCh1Axis=Z\n"), "9A2F-1-1"); // no band, no letters
+    EXPECT_EQ(component_by("Ch1Band=H\n"), "9A2F-H Z");
+    EXPECT_EQ(component_by("Ch2Band=H\n", 1), "9A2F-H N");
+    EXPECT_EQ(component_by("Ch3Band=H\n", 2), "9A2F-H E");
+    EXPECT_EQ(component_by("Ch4Band=H\n", 3), "9A2F-H Z");
+    EXPECT_EQ(component_by("Ch7Band=H\n", 6), "9A2F-H Z");
 }
 
 TEST(Ini_keys, channels_are_one_or_two_digits_or_a_letter)
@@ -151,7 +151,7 @@ TEST(Ini_keys, a_channel_key_is_a_prefix_behind_the_number_in_any_case)
 TEST(Ini_keys, a_channel_key_without_value_is_as_if_absent)
 {
     EXPECT_EQ(azimuth("Ch1Azm=90\nCh1Azm\nCh1Azm=\nCh1Azm=   ; none\n"), 90.0f);
-    EXPECT_EQ(component("Ch1Band=H\nCh1Band=\nCh1Band=;\n"), "9A2F-H Z");
+    EXPECT_EQ(component_by("Ch1Band=H\nCh1Band=\nCh1Band=;\n"), "9A2F-H Z");
 }
 
 TEST(Ini_keys, a_channel_key_in_another_units_section_has_no_effect)

@@ -1,4 +1,5 @@
 // The stream of packets: what each type does on the console, in the logs and at the end of the input.
+#include "kit/hex_lines.h"
 #include "runs/common.h"
 
 #include <filesystem>
@@ -20,26 +21,6 @@ Recording repeated(const std::string& packet, int times)
 std::string unknown(std::string_view type)
 {
     return Params(type).packet();
-}
-
-/// All 64 lines that show a packet in hexadecimal.
-std::string hex_lines(const std::string& packet)
-{
-    std::string lines;
-    for (size_t at = 0; at < packet.size(); at += 16) {
-        char piece[24];
-        snprintf(piece, sizeof piece, "     %03X   ", static_cast<unsigned>(at));
-        lines += piece;
-        std::string shown;
-        for (size_t i = at; i < at + 16; ++i) {
-            const unsigned byte = static_cast<unsigned char>(packet[i]);
-            snprintf(piece, sizeof piece, "%02X ", byte);
-            lines += i == at + 8 ? std::string("- ") + piece : piece;
-            shown += byte >= 32 && byte <= 126 ? packet[i] : '.';
-        }
-        lines += "  " + shown + "\r\n";
-    }
-    return lines;
 }
 
 std::string console_of(const Recording& recording, const Args& args = {})

@@ -8,11 +8,6 @@ using namespace runs;
 
 namespace {
 
-Eh header()
-{
-    return Eh().event(12).usual();
-}
-
 /// The trace of two samples behind a header that differs from the usual one; no trailer comes.
 std::string trace_of(const Eh& eh)
 {
@@ -21,19 +16,19 @@ std::string trace_of(const Eh& eh)
 
 uint32_t delta_of(const char* rate)
 {
-    const std::string trace = trace_of(header().rate(rate));
+    const std::string trace = trace_of(usual_header().rate(rate));
     EXPECT_EQ(header_bits(trace, 0), header_bits(trace, 4)) << "ODELTA is a copy";
     return header_bits(trace, 0);
 }
 
 uint32_t origin_of(const char* trigger, const char* first)
 {
-    return header_bits(trace_of(header().t_trg(trigger).t_first(first)), 7);
+    return header_bits(trace_of(usual_header().t_trg(trigger).t_first(first)), 7);
 }
 
 std::vector<int32_t> time_of(const char* first)
 {
-    const std::string trace = trace_of(header().t_first(first));
+    const std::string trace = trace_of(usual_header().t_first(first));
     std::vector<int32_t> fields;
     for (int word = 70; word <= 75; ++word) fields.push_back(header_int(trace, word));
     return fields;
@@ -50,8 +45,6 @@ std::vector<int32_t> kept_of(int packets, const Args& args)
     EXPECT_EQ(header_int(trace, 79), static_cast<int32_t>(samples.size()));
     return samples;
 }
-
-constexpr uint32_t Undefined = 0xC640E400; // -12345.0
 
 /// "2024:070" of a moment, the day counted from 0.
 std::string date_text(time_t when)
@@ -179,7 +172,7 @@ TEST(Sac_files, a_trigger_in_the_next_year_can_be_a_day_off)
 {
     const auto origin = [](const char* trigger, const char* first) {
         const Et et = Et().event(12).usual().t_trg(trigger).t_first(first);
-        return header_bits(only_trace(convert(header() + data({1}) + et.packet())), 7);
+        return header_bits(only_trace(convert(usual_header() + data({1}) + et.packet())), 7);
     };
     EXPECT_EQ(origin("2004001000000000", "2003365235959000"), 0x47A8C080U); // 86401, not 1
     EXPECT_EQ(origin("2005001000000000", "2004366235959000"), 0U);          // a day too early
@@ -196,7 +189,7 @@ TEST(Sac_files, a_trigger_that_is_not_later_than_the_first_sample_gives_an_origi
 
 TEST(Sac_files, a_blank_first_time_counts_the_origin_from_1984)
 {
-    const std::string trace = trace_of(header().t_trg("2004123101530250").t_first(""));
+    const std::string trace = trace_of(usual_header().t_trg("2004123101530250").t_first(""));
     EXPECT_EQ(header_bits(trace, 7), 0x4E190559U);
     for (int word = 70; word <= 75; ++word) EXPECT_EQ(header_int(trace, word), 0) << word;
 }
@@ -225,15 +218,15 @@ TEST(Sac_files, station_names_are_padded_with_NULs)
 {
     const std::string trace = only_trace(convert(Eh().event(12) + data({1})));
     EXPECT_EQ(header_text(trace, 440, 8), std::string("09A2F\0\0\0", 8));
-    EXPECT_EQ(header_text(trace_of(header().station("A  B ")), 440, 8), std::string("A  B \0\0\0", 8));
-    EXPECT_EQ(header_text(trace_of(header().station(std::string("AB\0CD", 5))), 440, 8),
+    EXPECT_EQ(header_text(trace_of(usual_header().station("A  B ")), 440, 8), std::string("A  B \0\0\0", 8));
+    EXPECT_EQ(header_text(trace_of(usual_header().station(std::string("AB\0CD", 5))), 440, 8),
               std::string("AB\0\0\0\0\0\0", 8));
 }
 
 TEST(Sac_files, an_empty_station_leaves_the_unit_and_the_rest_of_the_fill)
 {
-    const std::string trace =
-        only_trace(convert(header().unit(0x9F2A).raw(60, std::string(1, '\0')) + data({1}).unit(0x9F2A)));
+    const std::string trace = only_trace(
+        convert(usual_header().unit(0x9F2A).raw(60, std::string(1, '\0')) + data({1}).unit(0x9F2A)));
     EXPECT_EQ(header_text(trace, 440, 8), std::string("9F2A\0005  ", 8));
 }
 
@@ -378,13 +371,13 @@ TEST(Sac_files, statistics_that_were_stored_show_as_reset_in_the_trace)
 TEST(Sac_files, statistics_of_an_event_out_of_sequence_stay_in_its_traces)
 {
     const Converted run =
-        convert(header().seq(5) + data({5, -3, 4}).seq(6) + Et().event(12).usual().seq(7), {"-Q+"});
+        convert(usual_header().seq(5) + data({5, -3, 4}).seq(6) + Et().event(12).usual().seq(7), {"-Q+"});
     EXPECT_TRUE(
         same_bytes(mask_run_date(only_trace(run)), sac_file(usual_trace().stats(-3, 5, 2), {5, -3, 4})));
 }
 
 TEST(Sac_files, an_event_without_trailer_is_finished_at_the_end_of_the_input)
 {
-    const Converted run = convert(header() + data({5, -3, 4}), {"-L-"});
+    const Converted run = convert(usual_header() + data({5, -3, 4}), {"-L-"});
     EXPECT_TRUE(same_tree(run.tree, {{Name_1_1, sac_file(usual_trace().stats(-3, 5, 2), {5, -3, 4})}}));
 }

@@ -9,10 +9,19 @@
 
 namespace runs {
 
+/// The word of a number that nobody has told: -12345.0.
+inline constexpr uint32_t Undefined = 0xC640E400;
+
+/// The header of event 12, with usual() values.
+inline kit::Eh usual_header()
+{
+    return kit::Eh().event(12).usual();
+}
+
 /// Packets between the header and the trailer of event 12, both with usual() values.
 inline kit::Recording in_event(const kit::Recording& middle)
 {
-    return kit::Eh().event(12).usual() + middle + kit::Et().event(12).usual();
+    return usual_header() + middle + kit::Et().event(12).usual();
 }
 
 /// A data packet of event 12.

@@ -57,6 +57,15 @@ inline std::string written(const mkrec::SURVEY& survey, bool (*write)(const mkre
     return file.content();
 }
 
+/// The first `n` samples of a channel.
+inline std::vector<int32_t> signal_of(const mkrec::SURVEY& survey, const mkrec::PLACE& place, size_t n)
+{
+    mkrec::SIGNAL signal(mkrec::signal_plan(survey, place));
+    std::vector<int32_t> x(n);
+    signal.fill(x.data(), static_cast<int>(n));
+    return x;
+}
+
 inline std::string recording(const std::vector<std::string>& args)
 {
     return written(survey_of(args), mkrec::write_recording);

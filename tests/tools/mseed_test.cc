@@ -94,14 +94,6 @@ std::map<std::string, std::vector<TRACE>> decoded(std::string records)
     return traces;
 }
 
-std::vector<int32_t> signal_of(const SURVEY& survey, const PLACE& place, size_t n)
-{
-    SIGNAL signal(signal_plan(survey, place));
-    std::vector<int32_t> x(n);
-    signal.fill(x.data(), static_cast<int>(n));
-    return x;
-}
-
 void collect(char* record, int len, void* into)
 {
     static_cast<std::string*>(into)->append(record, static_cast<size_t>(len));

@@ -46,14 +46,6 @@ std::map<KEY, std::vector<int32_t>> traces_of(const std::vector<SEEN>& packets)
     return traces;
 }
 
-std::vector<int32_t> signal_of(const SURVEY& survey, const PLACE& place, size_t n)
-{
-    SIGNAL signal(signal_plan(survey, place));
-    std::vector<int32_t> x(n);
-    signal.fill(x.data(), static_cast<int>(n));
-    return x;
-}
-
 /// What a reader that checks everything would find wrong. Empty when all is well.
 std::string faults_of(const std::vector<SEEN>& packets, const std::vector<int>& rates)
 {
