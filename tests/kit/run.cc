@@ -106,8 +106,12 @@ Pipes open_pipes(const RunOptions& options)
     if (options.mask >= 0) umask(static_cast<mode_t>(options.mask));
     if (!options.limits.empty()) signal(SIGXFSZ, SIG_IGN);
     for (const auto& [what, value] : options.limits) {
-        const rlimit limit = {value, value};
-        setrlimit(static_cast<decltype(RLIMIT_FSIZE)>(what), &limit);
+        const auto resource = static_cast<decltype(RLIMIT_FSIZE)>(what);
+        rlimit limit{};
+        getrlimit(resource, &limit);
+        limit.rlim_cur = value;
+        if (resource != RLIMIT_FSIZE) limit.rlim_max = value; // see faults/counting.cc
+        setrlimit(resource, &limit);
     }
     if (options.as_nobody && geteuid() == 0 && setgid(65534) + setuid(65534) != 0) _exit(126);
     execve(program, argv, envp);
