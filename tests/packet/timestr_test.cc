@@ -345,6 +345,11 @@ TEST(add_str_tim, a_year_of_two_digits_counts_on_to_99)
     EXPECT_EQ(moved("0000365235959999", 1.0f, 1), "0000366000000999");
 }
 
+TEST(add_str_tim, a_day_before_the_first_keeps_its_sign)
+{
+    EXPECT_EQ(moved("2004-12101530250", 100.0f, 250), "2004-12101532750");
+}
+
 TEST(add_str_tim, every_fourth_year_has_366_days)
 {
     EXPECT_EQ(moved("2012365235959999", 1.0f, 1), "2012366000000999");
