@@ -19,7 +19,7 @@ namespace {
 
 using Json = nlohmann::json;
 
-const std::string Data = VX_SHARED_DATA;
+const std::string Shared_data = VX_SHARED_DATA;
 
 bool is_in_path(const std::string& program)
 {
@@ -85,15 +85,15 @@ void check_trace(const kit::Converted& run, const Json& expected)
 
 TEST(Through_mseed, every_sample_of_the_real_recordings_comes_through)
 {
-    if (!std::filesystem::exists(Data + "/manifest.json"))
-        GTEST_SKIP() << "left out: there are no real recordings at " << Data;
+    if (!std::filesystem::exists(Shared_data + "/manifest.json"))
+        GTEST_SKIP() << "left out: there are no real recordings at " << Shared_data;
     if (!is_in_path("sac2mseed")) GTEST_SKIP() << "left out: there is no sac2mseed (scripts/setup cookbook)";
     size_t traces = 0;
-    for (const Json& recording : Json::parse(kit::read_file(Data + "/manifest.json"))) {
+    for (const Json& recording : Json::parse(kit::read_file(Shared_data + "/manifest.json"))) {
         kit::ConvertOptions options;
-        options.run.env = {"VXU==" + Data + "/vxu.ini"};
+        options.run.env = {"VXU==" + Shared_data + "/vxu.ini"};
         const std::string name = recording.at("recording");
-        const kit::Converted run = kit::convert(kit::read_file(Data + "/" + name), {}, options);
+        const kit::Converted run = kit::convert(kit::read_file(Shared_data + "/" + name), {}, options);
         ASSERT_EQ(run.status, 0);
         for (const Json& trace : recording.at("sac")) {
             check_trace(run, trace);
