@@ -8,7 +8,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <source_location>
 #include <string>
 
 namespace kit {
@@ -34,9 +33,9 @@ std::string complained_by(What what)
 /// `what` must end its process with this status, and have shown exactly these texts.
 template <class What>
 void expect_ending(What what, int status, const std::string& out, const std::string& err = "",
-                   std::source_location where = std::source_location::current())
+                   const char* file = __builtin_FILE(), int line = __builtin_LINE())
 {
-    const testing::ScopedTrace trace(where.file_name(), static_cast<int>(where.line()), "ending");
+    const testing::ScopedTrace trace(file, line, "ending");
     const Scratch scratch;
     const std::string path = scratch.write("stdout", "");
     EXPECT_EXIT(
