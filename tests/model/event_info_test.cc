@@ -74,6 +74,31 @@ TEST(Evt_info, texts_stop_at_a_NUL)
     EXPECT_STREQ(evt.cmnt.s, "x");
 }
 
+TEST(Evt_info, nothing_is_left_of_a_longer_text_that_stood_there_before)
+{
+    Event evt(Eh().stream_name("Triggered stream")
+                  .trigger_type("EVT ")
+                  .t_trg("2004123101530123")
+                  .t_first("2004123101530001")
+                  .t_detrg("2004123101630002")
+                  .t_last("2004123101640003")
+                  .comment("forty characters of a comment, no more: "));
+    const std::string short_one = std::string("A") + std::string(39, '\0');
+    evt.hear(Et().stream_name(short_one)
+                 .trigger_type(short_one)
+                 .t_trg(short_one)
+                 .t_first(short_one)
+                 .t_detrg(short_one)
+                 .t_last(short_one)
+                 .comment(short_one));
+    const auto whole = [](const auto& field) { return std::string(field.s, sizeof field.s); };
+    EXPECT_EQ(whole(evt.strm_name), short_one.substr(0, 17));
+    EXPECT_EQ(whole(evt.trg_type), short_one.substr(0, 5));
+    for (const TIMESTR& time : {evt.t_trg, evt.t_first, evt.t_detrg, evt.t_last})
+        EXPECT_EQ(whole(time), short_one.substr(0, sizeof time.s));
+    EXPECT_EQ(whole(evt.cmnt), short_one + '\0');
+}
+
 TEST(Evt_info, the_rate_is_a_number_or_a_quotient_of_four_characters)
 {
     EXPECT_EQ(Event(Eh().rate(" 100")).smp_rate, 100.0F);
