@@ -44,4 +44,16 @@ TEST_P(Closed_console, leaves_the_traces_alone)
     EXPECT_TRUE(same_bytes(mask_run_date(trace), sac_file(usual_trace().stats(1, 1, 1), ones)));
 }
 
+TEST(Closed_descriptors, no_console_text_ends_up_in_the_run_wide_files)
+{
+    for (const std::string switches : {"-Q+ ", "-Q+ -L+ "}) {
+        Scratch scratch;
+        scratch.make_dir("out");
+        scratch.write("rec.pkt", long_event());
+        EXPECT_EQ(run_with(switches + ">&-", scratch), 0); // the next file opened would be the console
+        for (const auto& [name, bytes] : scratch.tree("out"))
+            EXPECT_EQ(bytes.find(progress_dt(2, "9A2F", 12, 1, 1)), std::string::npos) << name;
+    }
+}
+
 } // namespace
