@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
+#include <filesystem>
 #include <poll.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -201,9 +202,28 @@ std::vector<std::string> Converted::sac_names() const
     return list;
 }
 
+/// Where the environment names a folder, what was converted is kept there, a case per run as vx_stress writes
+/// them: builds of other hosts can be held against each other on it.
+static void keep_case(const Recording& recording, const std::string& ini, const Args& args)
+{
+    constexpr size_t Longest = 4U << 20;
+    static unsigned number = 0;
+    const char* folder = getenv("VX_KEEP_CASES");
+    if (!folder || recording.size() > Longest) return;
+    const std::string name =
+        std::string(folder) + "/case-" + std::to_string(getpid()) + "-" + std::to_string(++number);
+    std::filesystem::create_directories(name);
+    write_file(name + "/rec.pkt", recording);
+    if (!ini.empty()) write_file(name + "/vxu.ini", ini);
+    std::string switches;
+    for (const std::string& arg : args) switches += arg + " ";
+    write_file(name + "/switches", switches + "\n");
+}
+
 static Converted convert_in(std::shared_ptr<Scratch> scratch, const Recording& recording, const Args& args,
                             const ConvertOptions& options)
 {
+    keep_case(recording, options.ini, args);
     scratch->write(options.name, recording);
     if (!options.ini.empty()) scratch->write("vxu.ini", options.ini);
     scratch->make_dir("out");
