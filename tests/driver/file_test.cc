@@ -1,6 +1,7 @@
 // Files: opened with patience, looked for, and the directories above them.
 #include "driver/file.h"
 
+#include "driver/outfile.h"
 #include "kit/ending.h"
 #include "kit/scratch.h"
 
@@ -10,6 +11,7 @@
 #include <chrono>
 #include <string>
 #include <sys/mman.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <thread>
@@ -50,6 +52,28 @@ TEST(fopen_vx, opens_a_file_at_once)
     EXPECT_EQ(fread(bytes, 1, 3, file), 3U);
     EXPECT_STREQ(bytes, "abc");
     fclose(file);
+}
+
+TEST(fopen_vx, an_output_file_gives_way_when_no_descriptor_is_left)
+{
+    const kit::Scratch scratch;
+    const std::string input = scratch.write("input", "abc"), output = scratch.path("output");
+    EXPECT_EXIT(
+        {
+            OUT_FILE file;
+            if (!out_open(file, output.c_str(), OUT_MODE::truncate, ON_LOSS::tell_once)) _exit(98);
+            file.write("kept");
+            rlimit few;
+            few.rlim_cur = few.rlim_max = 32;
+            if (setrlimit(RLIMIT_NOFILE, &few) != 0) _exit(99);
+            while (dup(STDERR_FILENO) >= 0) {
+            }
+            const bool opened = fopen_vx(input.c_str(), "rb") != nullptr;
+            out_close(file);
+            _exit(opened ? 0 : 1);
+        },
+        testing::ExitedWithCode(0), "");
+    EXPECT_EQ(scratch.read("output"), "kept");
 }
 
 TEST(fopen_vx, gives_up_when_the_clock_has_passed_five_seconds)

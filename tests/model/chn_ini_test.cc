@@ -65,6 +65,20 @@ TEST(Chn_ini, takes_every_key_of_a_channel)
     EXPECT_EQ(chn.stn_chn, 3);
 }
 
+TEST(Chn_ini, texts_of_every_length_leave_nothing_of_those_before)
+{
+    const std::string letters = "0123456789ABCD";
+    for (size_t n = 1; n <= letters.size(); ++n) {
+        std::string text = letters.substr(0, n);
+        const Channel chn("Ch1SnsModel=##############\nCh1SnsModel=" + text +
+                          "\nCh1SeisComp=###\nCh1SeisComp=" + text);
+        text.resize(sizeof chn.model.s, '\0');
+        EXPECT_EQ(std::string(chn.model.s, sizeof chn.model.s), text);
+        text.replace(sizeof chn.SeisComp.s - 1, std::string::npos, 1, '\0');
+        EXPECT_EQ(std::string(chn.SeisComp.s, sizeof chn.SeisComp.s), text);
+    }
+}
+
 TEST(Chn_ini, without_lines_the_defaults_stand)
 {
     const Channel chn("; nothing", 4);

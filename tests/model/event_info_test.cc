@@ -74,29 +74,38 @@ TEST(Evt_info, texts_stop_at_a_NUL)
     EXPECT_STREQ(evt.cmnt.s, "x");
 }
 
-TEST(Evt_info, nothing_is_left_of_a_longer_text_that_stood_there_before)
+/// All bytes of a text that was put into N characters, behind what stood there before.
+template <size_t N>
+std::string stored(const std::string& text)
 {
-    Event evt(Eh().stream_name("Triggered stream")
-                  .trigger_type("EVT ")
-                  .t_trg("2004123101530123")
-                  .t_first("2004123101530001")
-                  .t_detrg("2004123101630002")
-                  .t_last("2004123101640003")
-                  .comment("forty characters of a comment, no more: "));
-    const std::string short_one = std::string("A") + std::string(39, '\0');
-    evt.hear(Et().stream_name(short_one)
-                 .trigger_type(short_one)
-                 .t_trg(short_one)
-                 .t_first(short_one)
-                 .t_detrg(short_one)
-                 .t_last(short_one)
-                 .comment(short_one));
-    const auto whole = [](const auto& field) { return std::string(field.s, sizeof field.s); };
-    EXPECT_EQ(whole(evt.strm_name), short_one.substr(0, 17));
-    EXPECT_EQ(whole(evt.trg_type), short_one.substr(0, 5));
-    for (const TIMESTR& time : {evt.t_trg, evt.t_first, evt.t_detrg, evt.t_last})
-        EXPECT_EQ(whole(time), short_one.substr(0, sizeof time.s));
-    EXPECT_EQ(whole(evt.cmnt), short_one + '\0');
+    std::string bytes = text.substr(0, N);
+    bytes.resize(N + 1, '\0');
+    return bytes;
+}
+
+TEST(Evt_info, texts_of_every_length_leave_nothing_of_those_before)
+{
+    const std::string letters = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMN", full(40, '#');
+    for (size_t n = 0; n <= letters.size(); ++n) {
+        std::string text = letters.substr(0, n);
+        Event evt;
+        for (std::string put : {full, text}) {
+            put.resize(40, '\0');
+            evt.hear(Et().stream_name(put)
+                         .trigger_type(put)
+                         .t_trg(put)
+                         .t_first(put)
+                         .t_detrg(put)
+                         .t_last(put)
+                         .comment(put));
+        }
+        const auto whole = [](const auto& field) { return std::string(field.s, sizeof field.s); };
+        EXPECT_EQ(whole(evt.strm_name), stored<16>(text));
+        EXPECT_EQ(whole(evt.trg_type), stored<4>(text));
+        for (const TIMESTR* time : {&evt.t_trg, &evt.t_first, &evt.t_detrg, &evt.t_last})
+            EXPECT_EQ(whole(*time), stored<16>(text)) << n;
+        EXPECT_EQ(whole(evt.cmnt), stored<40>(text));
+    }
 }
 
 TEST(Evt_info, the_rate_is_a_number_or_a_quotient_of_four_characters)
