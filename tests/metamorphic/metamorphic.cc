@@ -238,7 +238,7 @@ Recording shuffled_units(const Recording& recording, Chance& chance)
         for (unsigned run = chance.from_to(1, 6); run > 0 && next[q] < queues[q].size(); --run)
             mixed += recording.substr(queues[q][next[q]++], Packet);
     }
-    return mixed;
+    return mixed + recording.substr(packets * Packet); // a piece of a packet stays where it is, at the end
 }
 
 std::string the_order_of_units_changes_no_sample(const Stream& in, const Result& plain, Chance& chance)
