@@ -38,7 +38,7 @@ int main(int argc, char** argv)
         return Bad_arguments;
     }
     if (options.help) return say(Help_text);
-    if (options.version) return say("vx_mkrec 1.0.0\n");
+    if (options.version) return say("vx_mkrec " VX_VERSION "\n");
     if (!make_survey(options, survey, complaint)) {
         fprintf(stderr, "vx_mkrec: %s\n", complaint.c_str());
         return Bad_arguments;
