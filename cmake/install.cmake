@@ -23,7 +23,7 @@ foreach(section 1 5)
     install(FILES ${pages} DESTINATION ${CMAKE_INSTALL_MANDIR}/man${section})
 endforeach()
 
-install(FILES README.md docs/oddities.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(FILES README.md CHANGELOG.md docs/oddities.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 if(IS_DIRECTORY ${PROJECT_SOURCE_DIR}/docs/examples)
     install(DIRECTORY docs/examples DESTINATION ${CMAKE_INSTALL_DOCDIR})
 endif()
