@@ -31,3 +31,9 @@ step()
     fi
     return "$status"
 }
+
+# The day of the newest entry of CHANGELOG.md, as seconds since 1970: the time of all that is released.
+release_time() { date -u -d "$(sed -nE 's/^## [0-9.]+ \(([0-9-]+)\)$/\1/p' CHANGELOG.md | head -n 1)" +%s; }
+
+# The version, from the one place where it stands.
+project_version() { sed -nE 's/^project\(vx_sac VERSION ([0-9.]+) .*/\1/p' CMakeLists.txt; }

@@ -1,5 +1,5 @@
 # shellcheck shell=bash
-# Completions of the programs for bash. Each program's name leads here, see cmake/install.cmake.
+# Completions of the programs for bash. Each program's name leads here, see packaging/install.cmake.
 
 # Names of files and folders that begin with what is typed; the rest of a folder's name is typed on. Files that
 # programs of this kind write are no recordings. _vx_names KIND: recordings, traces or folders.

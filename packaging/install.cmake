@@ -4,7 +4,7 @@ if(NOT DEFINED CMAKE_INSTALL_DOCDIR)
     set(CMAKE_INSTALL_DOCDIR share/doc/vx-sac CACHE PATH "Documents")
 endif()
 include(GNUInstallDirs)
-set(VX_ZSH_COMPLETIONS_DIR ${CMAKE_INSTALL_DATADIR}/zsh/site-functions CACHE PATH "Completions for zsh")
+set(VX_ZSH_COMPLETIONS_DIR ${CMAKE_INSTALL_DATADIR}/zsh/site-functions CACHE STRING "Completions for zsh")
 
 set(programs)
 foreach(program vx_sac vx_mkrec vx_ls)
