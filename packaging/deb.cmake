@@ -24,7 +24,7 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/packaging/tree.cmake)
 
 # Tools that are scripts need what runs them.
-file(GLOB scripts tools/bin/*)
+file(GLOB scripts LIST_DIRECTORIES false tools/bin/*)
 foreach(script ${scripts})
     file(STRINGS ${script} first LIMIT_COUNT 1)
     if(first MATCHES "python3")

@@ -67,9 +67,9 @@ _vx_tool()
             grep -oE -- '(^|[ ,[])--[a-z][a-z-]*' | tr -d ' ,[' | sort -u)" -- "$typed")
         return
     fi
-    [[ $program != vx_mkrec && $program != vx_batch ]] || kind=recordings
+    [[ $program != vx_@(mkrec|batch|array) ]] || kind=recordings
     _vx_names "$kind" "$typed"
 }
 
 complete -F _vx_sac vx_sac
-complete -F _vx_tool vx_ls vx_plot vx_batch vx_mkrec
+complete -F _vx_tool vx_ls vx_plot vx_batch vx_array vx_mkrec
