@@ -499,7 +499,9 @@ TEST_F(Out_file, that_may_not_grow_keeps_its_whole_prefix)
     kit::expect_ending(
         [&] {
             signal(SIGXFSZ, SIG_IGN);
-            const rlimit size{100'000, RLIM_INFINITY};
+            rlimit size{};
+            if (getrlimit(RLIMIT_FSIZE, &size) != 0) _exit(97);
+            size.rlim_cur = 100'000;
             if (setrlimit(RLIMIT_FSIZE, &size) != 0) _exit(99);
             if (!out_open(file, path.c_str(), OUT_MODE::create_new, ON_LOSS::tell_once)) _exit(98);
             for (size_t at = 0; at < bytes.size(); at += 777)
