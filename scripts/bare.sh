@@ -15,7 +15,7 @@ trash=
 # bare_arguments [--tree] [FOLDER]: see the trials for what they mean.
 bare_arguments()
 {
-    local argument
+    local argument lock
     for argument in "$@"; do
         case $argument in
         --tree) from=tree ;;
@@ -35,6 +35,8 @@ bare_arguments()
     fi
     [[ $folder/ != "$(pwd -P)"/* ]] || die "$folder lies inside the project"
     mkdir -p -- "$folder"
+    exec {lock}>"$folder/lock"
+    flock --nonblock "$lock" || die "another trial is at work in $folder"
     root=$folder/root
     fresh=$folder/$suite-minbase.tar
     trap clean_up EXIT
