@@ -330,9 +330,12 @@ TEST(Ls_flags, files_and_directories_without_permission_are_told)
     chmod(s.dir().c_str(), 0755);
     chmod(s.path("t/b.sac").c_str(), 0);
     chmod(s.path("t/closed").c_str(), 0);
+    std::filesystem::copy_file(VX_LS_PROGRAM, s.path("vx_ls")); // where nobody can get at it
     kit::RunOptions nobody;
+    nobody.program = s.path("vx_ls");
     nobody.as_nobody = true;
-    const kit::Outcome run = run_ls(s, {"--json", "t"}, nobody);
+    nobody.argv0 = "vx_ls";
+    const kit::Outcome run = kit::run_vx(s.dir(), {"--json", "t"}, nobody);
     chmod(s.path("t/closed").c_str(), 0755);
     EXPECT_EQ(run.status, 1);
     EXPECT_EQ(run.err, "vx_ls: t/closed/: Permission denied\nvx_ls: t/b.sac: Permission denied\n");
