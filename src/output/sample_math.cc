@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
-#include <cstdlib>
 #include <cstring>
 
 namespace {
@@ -72,6 +71,7 @@ VX_WIDE int64_t squares_of(const int32_t* samples, size_t n)
 constexpr uint32_t Lanes = 4;
 constexpr uint32_t Runs = 2 * Lanes;
 using DOUBLES = double __attribute__((vector_size(8 * Lanes)));
+
 /// Rows become columns.
 [[gnu::always_inline]] inline void transpose(DOUBLES (&m)[Lanes])
 {
@@ -114,6 +114,13 @@ uint64_t bits_of(double v)
     return std::bit_cast<uint64_t>(v);
 }
 
+/// The sum with n squares added one after the other.
+double with_squares(double sum, const int32_t* samples, uint32_t n)
+{
+    for (uint32_t i = 0; i < n; ++i) sum += static_cast<double>(samples[i]) * samples[i];
+    return sum;
+}
+
 /// Adds squares one after the other, rounding at each step as doubles do. From one power of two to the next a
 /// double is a multiple of one unit. What an addition makes of it there depends on the last bit before
 /// (halves go to the even multiple), and on nothing else. So the samples are cut into runs, all runs are
@@ -134,7 +141,7 @@ bool add_squares_in_runs(double& sum, const int32_t* samples, uint32_t n)
         if (!(end[odd][run] < next_power)) return false;
         s += end[odd][run] - start[odd];
     }
-    for (uint32_t i = Runs * length; i < n; ++i) s += static_cast<double>(samples[i]) * samples[i];
+    s = with_squares(s, samples + Runs * length, n - Runs * length);
     if (!(s < next_power)) return false;
     sum = s;
     return true;
@@ -146,10 +153,7 @@ void add_to_squares(CHN_T* chn, const int32_t* samples, uint32_t n, const EXTENT
         chn->sq_sum += static_cast<double>(squares_of(samples, n));
         return;
     }
-    if (add_squares_in_runs(chn->sq_sum, samples, n)) return;
-    double sum = chn->sq_sum;
-    for (uint32_t i = 0; i < n; ++i) sum += static_cast<double>(samples[i]) * samples[i];
-    chn->sq_sum = sum;
+    if (!add_squares_in_runs(chn->sq_sum, samples, n)) chn->sq_sum = with_squares(chn->sq_sum, samples, n);
 }
 
 /// A new extreme stands where its value comes first.

@@ -12,5 +12,6 @@ void to_big_endian_floats(const int32_t* samples, uint32_t n, char* to);
 /// first. The order of the additions is part of the result: sums beyond 2^53 are rounded at each step.
 void add_samples_one_by_one(CHN_T* chn, const int32_t* samples, uint32_t n);
 
-/// The same result, faster wherever the sums are small enough to be exact. n at most 4096.
+/// The same result, faster: whole numbers while sums are exact, several runs at a time where they are
+/// rounded. n at most 4096.
 void add_samples(CHN_T* chn, const int32_t* samples, uint32_t n);
