@@ -24,6 +24,14 @@ inline char* put_decimal(char* to, uint32_t value, int width)
     return to;
 }
 
+/// The lowest `width` decimal digits of a number.
+template <int width>
+char* put_digits(char* to, uint32_t value)
+{
+    for (int at = width; at-- > 0; value /= 10) to[at] = static_cast<char>('0' + value % 10);
+    return to + width;
+}
+
 /// The lowest `width` upper-case hexadecimal digits of a number.
 inline char* put_hex(char* to, unsigned value, int width)
 {

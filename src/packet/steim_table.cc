@@ -60,10 +60,10 @@ using BYTES = uint8_t __attribute__((vector_size(4 * Lanes)));
 /// Room for all differences a packet can hold, and for the lanes written past the last one.
 using DIFFERENCES = std::array<int32_t, Most + Lanes>;
 
-/// A packet's frames taken apart: all words in host order, and where their places begin in the lists.
-struct FRAMES {
-    alignas(32) uint32_t word[DT::Frame_cnt * Words];
-    alignas(32) uint32_t place[DT::Frame_cnt * Words];
+/// Words of a frame in host order, and where their places begin in the lists.
+struct FRAME {
+    alignas(32) uint32_t word[Words];
+    alignas(32) uint32_t place[Words];
 };
 
 /// Eight words of a frame at once. `down` brings each word's code to the lowest bits of `codes`. Gathers in
@@ -86,53 +86,82 @@ struct FRAMES {
     memcpy(place, &first, sizeof first);
 }
 
-/// Takes all frames of a packet apart. Control words and the two constants of frame 1 become words without
-/// differences. True when every word is one that Steim-2 has.
-VX_WIDE bool take_apart(const uint8_t* frames, FRAMES& to)
+/// The differences of a frame, each of its words cut as the lists say. Returns the place behind the last.
+[[gnu::always_inline]] inline int32_t* cut_words(const uint8_t* frame, uint32_t codes, const SPLITS& splits,
+                                                 int32_t* to, INTS& invalid)
 {
     constexpr UINTS down_low = {30, 28, 26, 24, 22, 20, 18, 16};
     constexpr UINTS down_high = {14, 12, 10, 8, 6, 4, 2, 0};
-    INTS odd{};
-    for (int f = 0; f < DT::Frame_cnt; ++f, frames += DT::Frame_len) {
-        const uint32_t codes = be32(frames) & (f == 0 ? 0x03FFFFFFU : 0x3FFFFFFFU);
-        const int at = f * Words;
-        take_apart(frames, codes, down_low, to.word + at, to.place + at, odd);
-        take_apart(frames + 4 * Lanes, codes, down_high, to.word + at + Lanes, to.place + at + Lanes, odd);
-    }
-    int any = 0;
-    for (int lane = 0; lane < Lanes; ++lane) any |= odd[lane];
-    return any == 0;
-}
-
-/// All differences of a packet, in order. Returns how many.
-VX_WIDE int differences_of(const FRAMES& frames, const SPLITS& splits, int32_t* to)
-{
-    const int32_t* const start = to;
-#pragma GCC unroll 4
-    for (int w = 0; w < DT::Frame_cnt * Words; ++w) {
-        const uint32_t place = frames.place[w];
+    FRAME apart;
+    take_apart(frame, codes, down_low, apart.word, apart.place, invalid);
+    take_apart(frame + 4 * Lanes, codes, down_high, apart.word + Lanes, apart.place + Lanes, invalid);
+#pragma GCC unroll 16
+    for (int w = 0; w < Words; ++w) {
+        const uint32_t place = apart.place[w];
         UINTS up;
         INTS down;
         memcpy(&up, splits.up + place, sizeof up);
         memcpy(&down, splits.down + place, sizeof down);
-        const INTS values = reinterpret_cast<INTS>((UINTS{} + frames.word[w]) << up) >> down;
+        const INTS values = reinterpret_cast<INTS>((UINTS{} + apart.word[w]) << up) >> down;
         memcpy(to, &values, sizeof values);
         to += splits.count[place];
     }
-    return static_cast<int>(to - start);
+    return to;
 }
 
-/// Running sum of n differences onto `value`, modulo 2^32, whole vectors at a time. Returns the last sum.
-/// From one vector to the next only one addition waits for the one before.
+/// The differences of a frame whose words all hold bytes, or all halves: one row of them. Most frames of
+/// Steim-1 recordings are so. Returns the place behind the last.
+template <class FIELD>
+[[gnu::always_inline]] inline int32_t* take_row(const uint8_t* frame, int32_t* to)
+{
+    constexpr int n = 4 * (Words - 1) / static_cast<int>(sizeof(FIELD));
+    for (int i = 0; i < n; ++i) {
+        const uint8_t* const field = frame + 4 + i * static_cast<int>(sizeof(FIELD));
+        to[i] = static_cast<FIELD>(sizeof(FIELD) == 1 ? *field : be16(field));
+    }
+    return to + n;
+}
+
+/// The codes of a frame whose words all have code 1, and all code 2: halves, of Steim-1.
+constexpr uint32_t All_1 = 0x15555555;
+constexpr uint32_t All_2 = 0x2AAAAAAA;
+
+struct FOUND {
+    int count;  ///< of differences
+    bool valid; ///< every word is one that Steim-2 has
+};
+
+/// All differences of a packet, in order. Control words and the two constants of frame 1 hold none.
+VX_WIDE FOUND differences_of(const uint8_t* frame, const SPLITS& splits, bool steim2, int32_t* differences)
+{
+    int32_t* to = differences;
+    INTS invalid{};
+    for (int f = 0; f < DT::Frame_cnt; ++f, frame += DT::Frame_len) {
+        const uint32_t codes = be32(frame) & (f == 0 ? 0x03FFFFFFU : 0x3FFFFFFFU);
+        if (codes == All_1)
+            to = take_row<int8_t>(frame, to);
+        else if (codes == All_2 && !steim2)
+            to = take_row<int16_t>(frame, to);
+        else
+            to = cut_words(frame, codes, splits, to, invalid);
+    }
+    int any = 0;
+    for (int lane = 0; lane < Lanes; ++lane) any |= invalid[lane];
+    return {static_cast<int>(to - differences), any == 0};
+}
+
+/// Running sum of n differences onto `value`, modulo 2^32, whole vectors at a time: within each half of a
+/// vector, then the low half's sum onto the high one. Returns the last sum. From one vector to the next only
+/// one addition waits for the one before.
 VX_WIDE uint32_t sum_up(const int32_t* differences, int n, uint32_t value, int32_t* samples)
 {
     UINTS before = UINTS{} + value;
     for (int at = 0; at < n; at += Lanes) {
         UINTS v;
         memcpy(&v, differences + at, sizeof v);
-        v += __builtin_shufflevector(UINTS{}, v, 7, 8, 9, 10, 11, 12, 13, 14);
-        v += __builtin_shufflevector(UINTS{}, v, 6, 7, 8, 9, 10, 11, 12, 13);
-        v += __builtin_shufflevector(UINTS{}, v, 4, 5, 6, 7, 8, 9, 10, 11);
+        v += __builtin_shufflevector(UINTS{}, v, 0, 8, 9, 10, 4, 12, 13, 14);
+        v += __builtin_shufflevector(UINTS{}, v, 0, 1, 8, 9, 4, 5, 12, 13);
+        v += __builtin_shufflevector(UINTS{}, v, 0, 1, 2, 3, 11, 11, 11, 11);
         const UINTS sums = v + before;
         memcpy(samples + at, &sums, sizeof sums);
         before += __builtin_shufflevector(v, v, 7, 7, 7, 7, 7, 7, 7, 7);
@@ -145,10 +174,8 @@ bool by_table(const PACKET& pkt, const SPLITS& splits, bool steim2, uint32_t las
     const uint8_t* const frames = pkt.bytes + DT::Frames;
     const uint32_t x0 = be32(frames + 4);
     const uint32_t xn = be32(frames + 8);
-    static FRAMES apart;
     static DIFFERENCES differences;
-    const bool valid = take_apart(frames, apart);
-    const int n = differences_of(apart, splits, differences.data());
+    const auto [n, valid] = differences_of(frames, splits, steim2, differences.data());
     if (n == 0 || (steim2 && !valid) || static_cast<uint16_t>(n) != bcd(pkt, EVT::Samples)) return false;
 
     // The difference that leads to the first sample stands in frame 1, of Steim-1 in word 3 of it, or there

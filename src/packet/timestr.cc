@@ -93,21 +93,21 @@ uint32_t ms_at_end(uint16_t count, float rate, int16_t milli)
 void write_time(char* text, uint32_t year, int64_t day, int64_t hours, int64_t minutes, int64_t seconds,
                 uint32_t ms)
 {
-    char made[80];
     const bool usual = year <= 9999 && (day | hours | minutes | seconds) >= 0;
     if (usual) {
-        char* to = put_decimal(made, year, 4);
-        to = put_decimal(to, static_cast<uint32_t>(day), 3);
-        to = put_decimal(to, static_cast<uint32_t>(hours), 2);
-        to = put_decimal(to, static_cast<uint32_t>(minutes), 2);
-        to = put_decimal(to, static_cast<uint32_t>(seconds), 2);
-        put_decimal(to, ms, 3);
+        char* to = put_digits<4>(text, year);
+        to = put_digits<3>(to, static_cast<uint32_t>(day));
+        to = put_digits<2>(to, static_cast<uint32_t>(hours));
+        to = put_digits<2>(to, static_cast<uint32_t>(minutes));
+        to = put_digits<2>(to, static_cast<uint32_t>(seconds));
+        put_digits<3>(to, ms);
     } else {
+        char made[80];
         snprintf(made, sizeof made, "%04" PRIu32 "%03d%02u%02u%02u%03" PRIu32, year, static_cast<int>(day),
                  static_cast<unsigned>(hours), static_cast<unsigned>(minutes), static_cast<unsigned>(seconds),
                  ms);
+        memcpy(text, made, 16);
     }
-    memcpy(text, made, 16);
     text[16] = '\0';
 }
 

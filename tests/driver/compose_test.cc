@@ -47,6 +47,26 @@ TEST(put_decimal, keeps_the_digits_that_a_width_has_no_room_for)
     EXPECT_EQ(decimal(10000000, 7), "10000000");
 }
 
+template <int width>
+void expect_lowest_digits()
+{
+    std::mt19937 random(6);
+    for (int i = 0; i < 2000; ++i) {
+        const auto value = static_cast<uint32_t>(random());
+        const std::string all = printed("%0*" PRIu32, width, value);
+        char line[32] = "";
+        EXPECT_EQ(put_digits<width>(line, value), line + width);
+        ASSERT_EQ(line, all.substr(all.size() - width));
+    }
+}
+
+TEST(put_digits, are_the_lowest_that_printf_prints)
+{
+    expect_lowest_digits<2>();
+    expect_lowest_digits<3>();
+    expect_lowest_digits<4>();
+}
+
 TEST(put_hex, equals_printf)
 {
     std::mt19937 random(6);

@@ -30,14 +30,17 @@ struct PAGE {
     }
 };
 
-/// Frames of random words; `rare` of 256 words get a code without data.
+/// Frames of random words, of every second frame all with one code; `rare` of 256 words get a code without
+/// data.
 PAGE noise(std::mt19937& random, bool steim2_valid, unsigned rare)
 {
     PAGE page;
     for (int frame = 0; frame < 15; ++frame) {
-        uint32_t control = 0;
+        uint32_t control = static_cast<uint32_t>(random()) & 0xC0000000; // its own code counts for nothing
+        const uint32_t all = static_cast<uint32_t>(random() % 6);
         for (int w = 1; w < 16; ++w) {
             uint32_t code = 1 + static_cast<uint32_t>(random() % 3);
+            if (all >= 1 && all <= 3) code = all;
             if (random() % 256 < rare) code = 0;
             uint32_t word = static_cast<uint32_t>(random());
             if (steim2_valid && code == 2 && word >> 30 == 0) word |= 0x40000000;
