@@ -276,7 +276,8 @@ void OUT_FILE::write(std::string_view bytes)
 }
 
 /// Formats a text of n characters that did not fit behind what is collected.
-static void print_anew(OUT_FILE& file, uint32_t n, const char* format, va_list args)
+__attribute__((format(printf, 3, 0))) static void print_anew(OUT_FILE& file, uint32_t n, const char* format,
+                                                             va_list args)
 {
     std::string whole(n + 1, '\0');
     vsnprintf(whole.data(), whole.size(), format, args);

@@ -5,6 +5,7 @@
 #include "driver/settings.h"
 #include "model/records.h"
 #include "output/log.h"
+#include "packet/steim_fields.h"
 #include "packet/steim_table.h"
 
 #include <array>
@@ -69,21 +70,8 @@ struct STEIM {
     }
 };
 
-/// Where a Steim-2 word keeps its differences.
-struct FIELDS {
-    uint8_t count, width; ///< count 0: no such word
-};
-constexpr FIELDS Steim2_fields[2][4] = {
-    {{0, 0}, {1, 30}, {2, 15}, {3, 10}}, // code 2, by dnib
-    {{5, 6}, {6, 5}, {7, 4}, {0, 0}},    // code 3, by dnib
-};
-FIELDS steim2_fields(unsigned code, uint32_t word)
-{
-    return Steim2_fields[code - 2][word >> 30];
-}
-
 /// Difference i of a Steim-2 word, the most significant first.
-uint32_t steim2_difference(uint32_t word, FIELDS fields, size_t i)
+uint32_t steim2_difference(uint32_t word, STEIM_FIELDS fields, size_t i)
 {
     const unsigned shift = static_cast<unsigned>(fields.width * (fields.count - 1 - i));
     return static_cast<uint32_t>(Steim2_get_bits(word, shift, fields.width));
@@ -168,7 +156,7 @@ uint32_t steim2_first(const PACKET& pkt, int at)
     case 1: return signed_byte(word_at(pkt, 0, at)[0]);
     case 2:
     case 3: {
-        const FIELDS fields = steim2_fields(codes[at], word);
+        const STEIM_FIELDS fields = Steim2_fields[codes[at]][word >> 30];
         return fields.count ? steim2_difference(word, fields, 0) : word; // kept: invalid-first-is-whole
     }
     default: printf("Error in flags array\n"); return 0;
@@ -180,7 +168,7 @@ uint32_t steim2_first(const PACKET& pkt, int at)
 template <unsigned code, unsigned dnib>
 void add_differences(STEIM& s, uint32_t word)
 {
-    constexpr FIELDS fields = Steim2_fields[code - 2][dnib];
+    constexpr STEIM_FIELDS fields = Steim2_fields[code][dnib];
     std::array<uint32_t, fields.count> differences;
     for (size_t i = 0; i < fields.count; ++i) differences[i] = steim2_difference(word, fields, i);
     s.add_and_remember(differences);

@@ -1,6 +1,7 @@
 #include "packet/steim_table.h"
 
 #include "driver/simd.h"
+#include "packet/steim_fields.h"
 
 #include <array>
 #include <bit>
@@ -22,36 +23,32 @@ struct SPLITS {
     int32_t down[16 * Lanes];
     uint32_t count[16 * Lanes];
 };
-constexpr uint32_t Invalid_low = 4 * 2 + 0, Invalid_high = 4 * 3 + 3; ///< of Steim-2: no such words
 
-struct FIELDS {
-    unsigned count, width;
-};
-
-constexpr SPLITS splits_of(const FIELDS (&fields)[16])
+/// `fields_of(code, dnib)` tells how a word falls apart.
+template <class Fields_of>
+constexpr SPLITS splits_of(Fields_of fields_of)
 {
     SPLITS s{};
     for (unsigned place = 0; place < 16; ++place) {
-        const FIELDS f = fields[place];
+        const STEIM_FIELDS f = fields_of(place / 4, place % 4);
         s.count[place * Lanes] = f.count;
         for (unsigned i = 0; i < f.count; ++i) {
-            s.up[place * Lanes + i] = 32 - f.width * (f.count - i);
-            s.down[place * Lanes + i] = static_cast<int32_t>(32 - f.width);
+            s.up[place * Lanes + i] = 32U - f.width * (f.count - i);
+            s.down[place * Lanes + i] = 32 - f.width;
         }
     }
     return s;
 }
 
-// clang-format off
-alignas(64) constexpr SPLITS Steim1 = splits_of({{0, 0},  {0, 0},  {0, 0},  {0, 0},
-                                                 {4, 8},  {4, 8},  {4, 8},  {4, 8},
-                                                 {2, 16}, {2, 16}, {2, 16}, {2, 16},
-                                                 {1, 32}, {1, 32}, {1, 32}, {1, 32}});
-alignas(64) constexpr SPLITS Steim2 = splits_of({{0, 0},  {0, 0},  {0, 0},  {0, 0},
-                                                 {4, 8},  {4, 8},  {4, 8},  {4, 8},
-                                                 {0, 0},  {1, 30}, {2, 15}, {3, 10},
-                                                 {5, 6},  {6, 5},  {7, 4},  {0, 0}});
-// clang-format on
+alignas(64) constexpr SPLITS Steim1 = splits_of([](unsigned code, unsigned) { return Steim1_fields[code]; });
+alignas(64) constexpr SPLITS Steim2 = splits_of([](unsigned code, unsigned dnib) {
+    return Steim2_fields[code][dnib];
+});
+
+/// The places of words that Steim-2 does not have.
+constexpr uint32_t Invalid_low = 4 * 2 + 0;
+constexpr uint32_t Invalid_high = 4 * 3 + 3;
+static_assert(Steim2_fields[2][0].count == 0 && Steim2_fields[3][3].count == 0);
 
 using UINTS = uint32_t __attribute__((vector_size(4 * Lanes)));
 using INTS = int32_t __attribute__((vector_size(4 * Lanes)));

@@ -95,7 +95,7 @@ TEST_P(Steim_table, equals_word_by_word_on_sound_packets)
     Log_on = 0;
     std::mt19937 random(1);
     for (int i = 0; i < 3000; ++i) {
-        PAGE page = noise(random, GetParam().is_2, i % 3 * 40U);
+        PAGE page = noise(random, GetParam().is_2, static_cast<unsigned>(i % 3) * 40);
         make_sound(page, GetParam().by_word);
         ASSERT_TRUE(GetParam().by_table(page.packet(), 0, Data_buf)) << i;
         const OUTCOME fast = outcome(GetParam().decode, page, 0);
@@ -109,7 +109,7 @@ TEST_P(Steim_table, equals_word_by_word_when_checks_fail)
     Log_on = 0;
     std::mt19937 random(2);
     for (int i = 0; i < 3000; ++i) {
-        PAGE page = noise(random, true, i % 3 * 40U);
+        PAGE page = noise(random, true, static_cast<unsigned>(i % 3) * 40);
         make_sound(page, GetParam().by_word);
         switch (i % 4) {
         case 0: page.bytes[72] ^= 1; break;     // another last sample

@@ -32,7 +32,7 @@ constexpr Span Evt_detrigger{158, 8}, Evt_hold{166, 4};
 namespace OM {
 constexpr Span Power{16, 2}, Mode{18, 2}, Devices{20, 4}, Dump{24, 2}, Threshold{26, 2}, Powerdown{28, 4};
 constexpr Span Switches{32, 4};
-constexpr int Entries = 48, Entry_len = 64, Entry_cnt = 8;
+constexpr int Entries = 48, Entry_len = 64;
 constexpr Span Number{0, 2}, Start{2, 12}, Duration{14, 6}, Interval{20, 6}, Count{26, 2};
 } // namespace OM
 
@@ -46,13 +46,13 @@ constexpr Span Step_period{54, 8}, Step_size{62, 8}, Amplitude{70, 8}, Output{78
 } // namespace CD
 
 namespace DR {
-constexpr Span Previous{16, 4}, Next{20, 4}, Sector_flag{25, 1}, Entry_total{26, 2}, Last_number{28, 4};
+constexpr Span Next{20, 4}, Entry_total{26, 2}, Last_number{28, 4};
 constexpr int Entries = 32, Entry_len = 72;
 constexpr Span Number{0, 4}, Status{4, 1}, Format{5, 1}, Length{6, 2}, Unit{8, 2}, Event{10, 2};
 constexpr Span Header_flag{12, 1}, Trailer_flag{13, 1}, Stream{14, 2}, Name{16, 8}, Trigger{24, 4};
 constexpr Row Times{28, 4, 5}; // trigger, first sample, detrigger, last sample, entry
 constexpr Row Millis{48, 2, 5};
-constexpr Span Data_format{58, 2}, Location{60, 4}, Blocks{64, 4}, Errors{68, 4};
+constexpr Span Data_format{58, 2}, Location{60, 4}, Blocks{64, 4};
 static_assert(Entries + static_cast<int>(Directory_most) * Entry_len <= Packet_size);
 } // namespace DR
 
