@@ -192,6 +192,15 @@ TEST(to_double, reads_a_line_of_99_characters_to_its_end)
     EXPECT_EQ(to_double(std::string(98, ' ') + "5"), 5.0);
 }
 
+TEST(to_double, takes_255_characters_and_no_more)
+{
+    const auto right_aligned = [](size_t n) { return std::string(n - 3, ' ') + "2.5"; };
+    for (size_t n = 240; n <= 255; ++n) EXPECT_EQ(to_double(right_aligned(n)), 2.5) << n;
+    EXPECT_EQ(to_double(right_aligned(256)), 2.0);
+    EXPECT_EQ(to_double(right_aligned(257)), 2.0);
+    EXPECT_EQ(to_double(right_aligned(258)), 0.0);
+}
+
 TEST(scan_int16, reads_a_field_at_its_place)
 {
     const std::string_view time = "2004123101530250";

@@ -79,6 +79,20 @@ TEST(Chn_ini, texts_of_every_length_leave_nothing_of_those_before)
     }
 }
 
+TEST(Chn_ini, makes_of_every_length_are_kept_and_leave_the_fields_beside_alone)
+{
+    const std::string letters = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZ";
+    for (size_t n = 1; n <= letters.size(); ++n) {
+        std::string text = letters.substr(0, n);
+        const Channel chn("Ch1SnsModel=L-22D\nCh1SnsMake=" + text + "\nCh1Azm=5");
+        text.resize(30, '\0');
+        text += '\0';
+        EXPECT_EQ(std::string(chn.make.s, sizeof chn.make.s), text);
+        EXPECT_STREQ(chn.model.s, "L-22D");
+        EXPECT_EQ(chn.azimuth, 5);
+    }
+}
+
 TEST(Chn_ini, without_lines_the_defaults_stand)
 {
     const Channel chn("; nothing", 4);
@@ -430,6 +444,29 @@ TEST(Chn_ini, a_long_section_tells_every_channel_that_asks_the_same)
     EXPECT_EQ(asks_again(*first.unit, 0).fsa, 0.0);
     EXPECT_EQ(asks_again(*Channel(lines + "Ch1Azm=40\n").unit, 0).azimuth, 40)
         << "another file, another section";
+}
+
+TEST(Chn_ini, a_long_section_leaves_each_channel_the_texts_it_has)
+{
+    std::string lines;
+    for (int i = 0; i < 500; ++i) lines += "; a remark\n";
+    const Channel first(lines + "Ch1Azm=30\n");
+    for (const int which : {0, 1, 2}) {
+        for (const char last : {'A', 'B'}) { // one after the other, the same but for one letter of one text
+            CHN_T chn;
+            chn.unit = first.unit;
+            chn.unit_id = first.unit_id;
+            const auto text = [&](int of) { return std::string("EH") + (of == which ? last : 'Z'); };
+            chn.make.put(text(0));
+            chn.model.put(text(1));
+            chn.SeisComp.put(text(2));
+            Chn_ini(&chn);
+            EXPECT_EQ(chn.azimuth, 30);
+            EXPECT_EQ(chn.make.s, text(0));
+            EXPECT_EQ(chn.model.s, text(1));
+            EXPECT_EQ(chn.SeisComp.s, text(2));
+        }
+    }
 }
 
 TEST(Chn_ini, very_many_channels_of_a_long_section_do_not_take_very_long)

@@ -135,6 +135,17 @@ TEST(Unit_ini, cuts_the_geology_at_forty_characters)
                  "1234567890123456789012345678901234567890");
 }
 
+TEST(Unit_ini, a_geology_of_any_length_leaves_nothing_of_the_one_before)
+{
+    const std::string letters = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcd";
+    for (size_t n = 0; n <= letters.size(); ++n) {
+        std::string text = letters.substr(0, n);
+        const Unit unit("CosGeology=" + std::string(40, '#') + "\nCosGeology=" + text);
+        text.resize(41, '\0');
+        EXPECT_EQ(std::string(unit.geol.s, sizeof unit.geol.s), text);
+    }
+}
+
 TEST(Unit_ini, integers_saturate_at_32_bits_and_keep_their_low_16)
 {
     EXPECT_EQ(Unit("Orientation=4294967297").orient, 65535);
