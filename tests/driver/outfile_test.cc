@@ -301,6 +301,33 @@ TEST(Out_slots, more_files_than_large_buffers_keep_every_byte_in_order)
     expect_every_byte(300, 320);
 }
 
+TEST(Out_slots, no_file_gives_way_while_slots_are_free_and_later_ones_get_smaller_buffers)
+{
+    constexpr size_t Files = 300;
+    const kit::Scratch scratch;
+    std::deque<OUT_FILE> out(Files);
+    std::vector<std::string> names(Files);
+    out_limit_slots(Files);
+    const int before = open_descriptors();
+    for (size_t i = 0; i < Files; ++i) {
+        names[i] = scratch.path(std::to_string(i));
+        ASSERT_TRUE(out_open(out[i], names[i].c_str(), OUT_MODE::create_new, ON_LOSS::tell_once));
+    }
+    EXPECT_EQ(open_descriptors() - before, static_cast<int>(Files));
+    size_t room = 0;
+    for (size_t i = 0; i < Files; ++i) {
+        EXPECT_NE(out[i].buf, nullptr) << i;
+        EXPECT_GE(out[i].cap, Out_room_max) << i;
+        EXPECT_LE(out[i].cap, out[i > 0 ? i - 1 : 0].cap) << i;
+        room += out[i].cap;
+    }
+    EXPECT_LT(out.back().cap, out.front().cap);
+    EXPECT_LT(room, Files * out.front().cap / 2); // not all are large
+    for (OUT_FILE& file : out) out_close(file);
+    EXPECT_EQ(open_descriptors(), before);
+    out_limit_slots(0);
+}
+
 TEST(Out_slots, the_file_unused_for_longest_gives_way)
 {
     const kit::Scratch scratch;

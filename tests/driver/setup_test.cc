@@ -147,6 +147,13 @@ TEST_F(Set_up, an_ini_file_in_the_working_directory_is_used)
     EXPECT_EQ(FileIni, scratch.dir() + "/vxu.ini");
 }
 
+TEST_F(Set_up, an_ini_file_in_a_working_directory_without_name_is_used_by_its_own)
+{
+    scratch.write("vxu.ini", "");
+    find_ini_file("/usr/bin/vx_sac");
+    EXPECT_EQ(FileIni, "vxu.ini");
+}
+
 TEST_F(Set_up, else_the_ini_file_stands_beside_the_program)
 {
     scratch.write("bin/vxu.ini", "");

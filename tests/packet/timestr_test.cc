@@ -244,7 +244,8 @@ TEST(Time_update, short_milliseconds_count_ten_times)
     EXPECT_EQ(Time_update("200400100000150", "2004001000002000"), 0.5f);
     EXPECT_EQ(Time_update("2004001000001000", "20040010000015"), 0.05f);
     EXPECT_EQ(Time_update("2004001000000000", "2004001000001"), 1.0f);
-    EXPECT_EQ(Time_update("2004001000001000", "2004001000001 15"), 0.15f); // a word of two characters
+    EXPECT_EQ(Time_update("2004001000001000", "2004001000001 15"), 0.15f);  // a word of two characters
+    EXPECT_EQ(Time_update("2004001000000000", "2004001000001 150"), 1.15f); // three, though behind a blank
 }
 
 TEST(Time_update, is_a_single_float)
