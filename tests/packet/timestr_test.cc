@@ -245,6 +245,7 @@ TEST(Time_update, short_milliseconds_count_ten_times)
     EXPECT_EQ(Time_update("2004001000001000", "20040010000015"), 0.05f);
     EXPECT_EQ(Time_update("2004001000000000", "2004001000001"), 1.0f);
     EXPECT_EQ(Time_update("2004001000001000", "2004001000001 15"), 0.15f);  // a word of two characters
+    EXPECT_EQ(Time_update("2004001000001000", "20040010000011 5"), 0.01f);  // a word of one
     EXPECT_EQ(Time_update("2004001000000000", "2004001000001 150"), 1.15f); // three, though behind a blank
 }
 
