@@ -369,9 +369,9 @@ TEST(Out_slots, a_file_closed_without_its_slot_is_whole)
 
 TEST(Out_slots, the_descriptor_limit_of_the_process_is_respected)
 {
+    const kit::Scratch scratch; // not the child's, which would leave it behind
     kit::expect_ending(
-        [] {
-            const kit::Scratch scratch;
+        [&] {
             const rlimit few{40, 40};
             if (setrlimit(RLIMIT_NOFILE, &few) != 0) _exit(99);
             out_limit_slots(0);
@@ -397,9 +397,9 @@ TEST(Out_slots, the_descriptor_limit_of_the_process_is_respected)
 
 TEST(Out_slots, others_descriptors_in_the_way_cost_slots_and_no_bytes)
 {
+    const kit::Scratch scratch; // not the child's, which would leave it behind
     kit::expect_ending(
-        [] {
-            const kit::Scratch scratch;
+        [&] {
             const rlimit few{60, 60};
             if (setrlimit(RLIMIT_NOFILE, &few) != 0) _exit(99);
             out_limit_slots(0);
