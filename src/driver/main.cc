@@ -27,7 +27,7 @@ try {
     set_defaults();
     read_command_line(argc, argv);
     settle_paths();
-    find_ini_file(argc > 0 ? argv[0] : Program);
+    find_ini_file(argv[0]); // where argc is 0, the run has ended
     open_run_files();
     print_summary();
     end_run(convert_all());

@@ -83,7 +83,9 @@ void find_ini_file(const char* argv0)
     if (const char* path = ini_path_of_environment()) {
         FileIni = path;
     } else if (fexist(Fname_ini)) {
-        FileIni = DirOrg.empty() ? Fname_ini : DirOrg + Dir_sep + Fname_ini;
+        FileIni = DirOrg;
+        if (!DirOrg.empty()) FileIni += Dir_sep;
+        FileIni += Fname_ini;
     } else {
         // kept: ini-beside-program. Without a "/" nothing is cut: the INI name follows the program's name.
         const char* slash = strrchr(argv0, '/');

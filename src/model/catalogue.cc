@@ -86,8 +86,8 @@ static bool begins_with(const char* text, const char* start)
 uint16_t Sensor_find(const CHN_T* chn)
 {
     uint16_t row = 0;
-    while (row < Sensor_cnt &&
-           !(begins_with(chn->make.s, Sensor[row].make) && begins_with(chn->model.s, Sensor[row].model)))
+    // The last row fits any sensor.
+    while (!(begins_with(chn->make.s, Sensor[row].make) && begins_with(chn->model.s, Sensor[row].model)))
         ++row;
     return row;
 }

@@ -81,7 +81,7 @@ static void set_once(Number& field, Number value)
 static void set_type(CHN_T* chn, char letter)
 {
     chn->type = static_cast<char>(toupper(static_cast<unsigned char>(letter)));
-    chn->type_code = chn->type == ' ' ? 0 : chn->type == 'G' || chn->type == 'N' ? 1 : 3;
+    chn->type_code = chn->type == 'G' || chn->type == 'N' ? 1 : 3;
 }
 
 /// Looks a newly told model up, unless the channel has a row of its own already.
@@ -159,17 +159,18 @@ struct OUTCOME {
 /// A section so long is not walked for each new channel of the same number, but once.
 static constexpr size_t Long_section = 64;
 
+static std::unordered_map<uint64_t, OUTCOME> Known_outcomes; ///< by section and channel number
+
 static void take_long_section(CHN_T* chn, const INI_SECTION& section)
 {
-    static std::unordered_map<uint64_t, OUTCOME> known;
     const TOLD before = told_fields(*chn);
     const uint64_t key = uint64_t{section.serial} << 16 | chn->channel;
-    if (const auto at = known.find(key); at != known.end() && at->second.before == before) {
+    if (const auto at = Known_outcomes.find(key); at != Known_outcomes.end() && at->second.before == before) {
         told_fields(*chn) = at->second.after;
         return;
     }
     take_lines(chn, section);
-    known[key] = {before, told_fields(*chn)};
+    Known_outcomes[key] = {before, told_fields(*chn)};
 }
 
 void Chn_ini(CHN_T* chn)

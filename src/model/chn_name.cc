@@ -53,20 +53,22 @@ Text<5> name_part(const CHN_T* chn)
 
 std::string base_name(const CHN_T* chn, const char* t)
 {
+    const Text<5> part = name_part(chn);
     Text<63> base;
     snprintf(base.s, sizeof base.s, "%4.4s%3.3s%2.2s%2.2s%2.2s%3.3s_%s_%01u_%01X", t, t + AT::Day,
-             t + AT::Hour, t + AT::Minute, t + AT::Second, t + AT::Milli, name_part(chn).s, chn->stream + 1U,
+             t + AT::Hour, t + AT::Minute, t + AT::Second, t + AT::Milli, part.s, chn->stream + 1U,
              chn->channel + 1U);
     return base.s;
 }
 
+std::string Made; ///< the latest channel's directories
+
 /// Most channels go where the one before went: its directories are there.
 void make_directories(const std::string& dir)
 {
-    static std::string made;
-    if (dir == made) return;
+    if (dir == Made) return;
     Make_dir(dir.c_str());
-    made = dir;
+    Made = dir;
 }
 
 } // namespace

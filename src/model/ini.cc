@@ -65,10 +65,11 @@ int hex_digit(char c)
     return -1;
 }
 
-/// The unit ID of a section header; whatever follows the six characters is free.
+/// The unit ID of a line that begins with "["; whatever follows the six characters of a section header is
+/// free.
 std::optional<uint16_t> header_id(std::string_view line)
 {
-    if (line.size() < Header_len || line[0] != '[' || line[5] != ']') return std::nullopt;
+    if (line.size() < Header_len || line[5] != ']') return std::nullopt;
     unsigned id = 0;
     for (const char c : line.substr(1, 4)) {
         const int digit = hex_digit(c);
@@ -120,10 +121,11 @@ bool have_file(int32_t from)
         return false;
     }
     // Where the scan would begin. The file is read from its start all the same, for all units at once.
-    if (fseek(file.get(), from, SEEK_SET) != 0 || fseek(file.get(), 0, SEEK_SET) != 0) {
+    if (fseek(file.get(), from, SEEK_SET) != 0) {
         printf("\nWARNING: Unable to set position within the INI file %s", FileIni.c_str());
         return false;
     }
+    rewind(file.get());
     Ini = {FileIni, {}, {}};
     read_sections(file.get(), Ini);
     return true;

@@ -38,13 +38,9 @@ void Evt_close_files(EVT_T* evt)
 void make_room(CHN_T* from, const CHN_T* at_hand)
 {
     if (N_opn_fls <= Open_files_max || !from) return;
-    CHN_T* chn = from;
-    do {
-        if (chn == at_hand) return;
-        if (chn->file_open) {
-            Chn_file_close(chn);
-            return;
-        }
-        chn = chn->prv;
-    } while (chn != from);
+    for (CHN_T* chn = from; chn != at_hand; chn = chn->prv) {
+        if (!chn->file_open) continue;
+        Chn_file_close(chn);
+        return;
+    }
 }

@@ -22,5 +22,5 @@ void Chn_file_close(CHN_T* chn);
 void Evt_close_files(EVT_T* evt);
 
 /// With more than 32 traces open, closes one of the event: the first open one from `from` backward, before
-/// reaching `at_hand`.
+/// reaching `at_hand`, which belongs to the event too. Null as `from` does nothing.
 void make_room(CHN_T* from, const CHN_T* at_hand);

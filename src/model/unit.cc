@@ -32,10 +32,10 @@ void leave_unit(UNIT_T* left)
     if (Log_on) Unit_file_close(left, UNIT_LOG);
 }
 
-/// kept: qcc-follows-log. The QC file comes back only with a log that was closed.
+/// kept: qcc-follows-log. The QC file comes back only with a log.
 void enter_again(UNIT_T* unit)
 {
-    if (!Log_on || unit->log_open) return;
+    if (!Log_on) return;
     unit->log_open = 1;
     if (Qcc_on) unit->qcc_open = 1;
 }
