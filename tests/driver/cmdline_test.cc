@@ -288,4 +288,16 @@ TEST(read_command_line, the_command_line_is_cut_at_131_characters)
     EXPECT_EQ(Cmd_line, "vx_sac " + std::string(120, 'n') + " out");
 }
 
+TEST(read_command_line, a_caller_that_gives_no_program_name_gets_the_programs_own)
+{
+    char* nothing[] = {nullptr};
+    set_defaults();
+    for (std::string* text : {&Cmd_line, &DirOut}) text->clear();
+    FileIn = "in";
+    read_command_line(0, nothing);
+    EXPECT_EQ(Cmd_line, "VX_SAC");
+    FileIn.clear();
+    kit::expect_ending([&] { read_command_line(0, nothing); }, 2, kit::usage());
+}
+
 } // namespace

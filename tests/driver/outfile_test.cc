@@ -11,6 +11,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstring>
+#include <cwchar>
 #include <deque>
 #include <filesystem>
 #include <fstream>
@@ -143,6 +144,15 @@ TEST_F(Out_file, prints_a_text_that_just_fits_or_just_does_not)
             }
         }
     }
+}
+
+TEST_F(Out_file, takes_nothing_of_a_text_that_cannot_be_formatted)
+{
+    open();
+    file.print("%s ", "one");
+    file.print("%s%lc", "lost", wint_t{0x110000}); // no locale has such a character
+    file.print("%s", "two");
+    EXPECT_EQ(closed(), "one two");
 }
 
 TEST_F(Out_file, room_is_there_for_its_most_at_any_time)

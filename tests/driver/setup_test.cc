@@ -190,6 +190,14 @@ TEST_F(Set_up, the_environment_is_asked_for_a_name_that_ends_in_an_equals_sign)
     EXPECT_EQ(FileIni, No_ini);
 }
 
+TEST_F(Set_up, no_environment_at_all_names_no_ini_file)
+{
+    scratch.write("bin/vxu.ini", "");
+    clearenv();
+    find_ini_file("bin/vx_sac");
+    EXPECT_EQ(FileIni, "bin/vxu.ini");
+}
+
 TEST_F(Set_up, an_ordinary_setting_in_the_environment_is_not_found)
 {
     scratch.write("mine.ini", "");

@@ -469,6 +469,21 @@ TEST(Chn_ini, a_long_section_leaves_each_channel_the_texts_it_has)
     }
 }
 
+TEST(Chn_ini, a_long_section_leaves_a_channel_the_make_that_it_has)
+{
+    std::string lines = "Ch1SnsMake=Mark\nCh1SnsModel=L-22D\n";
+    for (int i = 0; i < 500; ++i) lines += "; a remark\n";
+    const Channel first(lines);
+    EXPECT_EQ(asks_again(*first.unit, 0).sns_ndx, 35);
+    CHN_T chn; // like the one that has just asked, but for its make
+    chn.unit = first.unit;
+    chn.make.put("Vexar");
+    Chn_ini(&chn);
+    EXPECT_EQ(chn.make.view(), "Vexar");
+    EXPECT_EQ(chn.model.view(), "L-22D");
+    EXPECT_EQ(chn.sns_ndx, Sensor_unknown) << "no such model of that make";
+}
+
 TEST(Chn_ini, very_many_channels_of_a_long_section_do_not_take_very_long)
 {
     std::string lines;

@@ -159,6 +159,18 @@ TEST(Unit_file_create, ends_the_run_when_the_file_cannot_be_had)
         20, "\nFile open error for '" + name + "'");
 }
 
+TEST(Unit_file_close, knows_two_kinds_of_files)
+{
+    Stage stage;
+    UNIT_T* unit = stage.unit(fd(0x9A2F));
+    unit->log_open = unit->qcc_open = 1;
+    for (const uint16_t kind : {uint16_t{2}, uint16_t{3}, uint16_t{65535}}) Unit_file_close(unit, kind);
+    EXPECT_EQ(unit->log_open + unit->qcc_open, 2);
+    Unit_file_close(unit, UNIT_QCC);
+    EXPECT_EQ(unit->log_open, 1);
+    EXPECT_EQ(unit->qcc_open, 0);
+}
+
 TEST(Unit_file_close, of_the_log_closes_the_current_events_traces_whether_the_log_is_open_or_not)
 {
     Stage stage;

@@ -10,6 +10,7 @@
 
 #include <cstdlib>
 #include <ctime>
+#include <limits>
 
 using namespace kit;
 
@@ -205,4 +206,12 @@ TEST(Log_fhdr, shows_the_defaults)
     Name_option = 1;
     EXPECT_NE(written_by([](OUT_FILE& f) { Log_fhdr(f); }).find("\r\n    Name Option : Unit ID\r\n"),
               header.npos);
+}
+
+TEST(Log_fhdr, a_clock_beyond_all_years_shows_no_time)
+{
+    Stage stage;
+    Sys_time = std::numeric_limits<time_t>::max();
+    const std::string header = written_by([](OUT_FILE& f) { Log_fhdr(f); });
+    EXPECT_NE(header.find("\r\nSystem time: \r\n\r\n     Input File : rec.pkt\r\n"), header.npos) << header;
 }

@@ -1,6 +1,7 @@
 // The running statistics of a channel, and what an event's block says of them.
 #include "output/qcc.h"
 
+#include "kit/ending.h"
 #include "kit/expect.h"
 #include "kit/stage.h"
 #include "model/ring.h"
@@ -158,6 +159,18 @@ TEST(Qcc_store, without_the_units_file_all_else_is_done)
     EXPECT_EQ(block.of_run, Head + "\r\n   9A2F     0:" + Two);
     EXPECT_EQ(block.channels[0].sq_sum, 0.0);
     EXPECT_EQ(sign, 0);
+}
+
+TEST(Qcc_store, without_the_units_file_a_missing_trailer_is_told_on_the_console_alone)
+{
+    Stage stage;
+    Block block(stage, {0});
+    block.fill(0);
+    block.unit.qcc_open = 0;
+    const std::string header = Eh().event(7).packet();
+    EXPECT_EQ(shown_by([&] { block.store(stage.packet(header)); }), "\nNo ET block for U:9A2F E:0007");
+    EXPECT_EQ(block.of_unit, "");
+    EXPECT_EQ(block.of_run, Head + "\r\n   9A2F     0:" + Two);
 }
 
 TEST(Qcc_store, a_variance_below_zero_counts_as_zero)

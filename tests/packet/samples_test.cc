@@ -581,6 +581,7 @@ TEST_F(Steim, decode_samples_goes_by_the_encoding)
     EXPECT_EQ(samples_of(Dt().format(0x32).samples({1, -2, 3}), ENCODING::int32), (Samples{1, -2, 3}));
     EXPECT_EQ(samples_of(Dt().steim1(5, 6, {two(0, 1)}).count(2), ENCODING::steim1), (Samples{5, 6}));
     EXPECT_EQ(samples_of(Dt().steim2(6, 7, {sub(2, 2, {0, 1})}).count(2), ENCODING::steim2), (Samples{6, 7}));
+    EXPECT_EQ(samples_of(Dt().format(0x77).samples({1, 2}), ENCODING::none), Samples{});
     EXPECT_EQ(sizeof Data_buf, 6328U);
 }
 

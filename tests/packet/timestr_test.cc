@@ -249,6 +249,26 @@ TEST(Time_update, short_milliseconds_count_ten_times)
     EXPECT_EQ(Time_update("2004001000000000", "2004001000001 150"), 1.15f); // three, though behind a blank
 }
 
+/// Milliseconds that this text at their place stands for.
+double milliseconds_of(const std::string& text)
+{
+    return std::round(1000 * Time_update("2004001000000000", ("2004001000000" + text).c_str()));
+}
+
+TEST(Time_update, milliseconds_are_one_word_between_white_space)
+{
+    for (const char white : {' ', '\t', '\n', '\v', '\f', '\r'}) {
+        const std::string space(1, white);
+        EXPECT_EQ(milliseconds_of(space + "250"), 250) << int{white};
+        EXPECT_EQ(milliseconds_of(space + space + "15"), 150) << int{white};
+        EXPECT_EQ(milliseconds_of("1" + space + "5"), 10) << int{white};
+        EXPECT_EQ(milliseconds_of("15" + space), 150) << int{white};
+    }
+    EXPECT_EQ(milliseconds_of("1\b5"), 1) << "a word of three characters";
+    EXPECT_EQ(milliseconds_of("1\x0E"), 10) << "and one of two";
+    EXPECT_EQ(milliseconds_of("\b15"), 0) << "and no number";
+}
+
 TEST(Time_update, is_a_single_float)
 {
     // 123 days, 10 hours, 15 minutes, 30.25 seconds less a day
@@ -350,6 +370,11 @@ TEST(add_str_tim, a_year_of_two_digits_counts_on_to_99)
 TEST(add_str_tim, a_day_before_the_first_keeps_its_sign)
 {
     EXPECT_EQ(moved("2004-12101530250", 100.0f, 250), "2004-12101532750");
+}
+
+TEST(add_str_tim, a_year_with_a_sign_is_one_of_16_bits_and_pushes_the_last_digit_out)
+{
+    EXPECT_EQ(moved("-999001000000000", 100.0f, 250), "6453700100000250"); // 65536 - 999
 }
 
 TEST(add_str_tim, every_fourth_year_has_366_days)
