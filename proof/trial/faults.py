@@ -20,6 +20,7 @@ WAYS = {
     "stat": ([errno.EIO, errno.ENOMEM], {0, 10, 20, 23}),
     "memory": ([errno.ENOMEM], {0, 20, 22, 40, 255}),
     "console": ([errno.EIO, errno.ENOSPC, "short"], {0}),
+    "limit": ([errno.EPERM], {0}),
 }
 HARMLESS = ("short", errno.EINTR)  # nothing has failed: the rest can be asked for
 FOREVER_ENDLESS = (errno.EINTR,)  # a call that is interrupted for ever may be tried for ever

@@ -13,7 +13,7 @@ from pathlib import Path
 ROOT = Path(__file__).resolve().parents[2]
 HEADER = 632  # of a trace
 NPTS = 316  # where it tells the number of its samples
-KINDS = ("open", "read", "write", "close", "mkdir", "stat", "memory", "console")
+KINDS = ("open", "read", "write", "close", "mkdir", "stat", "memory", "console", "limit")
 PATIENCE = 10  # seconds until a run counts as hanging
 
 # What a run says when it goes on with less than it was given.

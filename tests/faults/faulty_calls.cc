@@ -2,13 +2,15 @@
 // the program's own calls (station file, console) goes through here too: those streams are made of calls of
 // this file.
 //
-//     VX_FAULT_KIND=k     open, read, write, close, mkdir, stat, memory or console; nothing fails without it
+//     VX_FAULT_KIND=k     open, read, write, close, mkdir, stat, memory, console or limit (of descriptors);
+//                         nothing fails without it
 //     VX_FAULT_AT=n       the n-th call of that kind is the one
 //     VX_FAULT_ALWAYS=1   and so are all behind it
 //     VX_FAULT_HOW=h      a number: it fails with that errno; "short": half of the bytes are read or written;
 //                         "kill": the program ends before it; "torn": half is written, then the program ends;
 //                         "move": the folder VX_FAULT_FOLDER is renamed to the same name with ".away" before
 //                         it
+//     VX_FAULT_LEAST=n    requests for memory of fewer bytes do not count
 //     VX_FAULT_SPACE=n    so many bytes can be written to files, then the disk is full
 //     VX_FAULT_COUNTS=f   the calls of each kind are counted in the file f, which exists and has room: one
 //                         32-bit number per kind in the order above, the last one the faults that happened
@@ -28,6 +30,7 @@
 #include <string>
 #include <string_view>
 #include <sys/mman.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -40,9 +43,9 @@ void* __libc_realloc(void* old, size_t size);
 
 namespace {
 
-enum KIND { OPEN, READ, WRITE, CLOSE, MKDIR, STAT, MEMORY, CONSOLE, KINDS };
-constexpr std::string_view Kind_names[KINDS] = {"open",  "read", "write",  "close",
-                                                "mkdir", "stat", "memory", "console"};
+enum KIND { OPEN, READ, WRITE, CLOSE, MKDIR, STAT, MEMORY, CONSOLE, LIMIT, KINDS };
+constexpr std::string_view Kind_names[KINDS] = {"open", "read",   "write",   "close", "mkdir",
+                                                "stat", "memory", "console", "limit"};
 constexpr int Done = KINDS; ///< behind the counts: the faults that happened
 
 enum class HOW { error, part, kill, torn, move };
@@ -54,6 +57,7 @@ bool Always;
 HOW How;
 int Error;
 const char* Folder;
+size_t Least;       ///< bytes of a request for memory that counts
 int64_t Space = -1; ///< bytes that the disk still has, -1 for no end
 uint32_t Own_counts[KINDS + 1];
 uint32_t* Counts = Own_counts;
@@ -91,6 +95,11 @@ bool fails(KIND kind)
     if (!struck(kind) || How != HOW::error) return false;
     errno = Error;
     return true;
+}
+
+bool memory_fails(size_t size)
+{
+    return size >= Least && fails(MEMORY);
 }
 
 ssize_t read_from(int fd, void* to, size_t n)
@@ -209,10 +218,11 @@ void read_orders()
         return std::string_view(value ? value : "");
     };
     const std::string_view kind = text("VX_FAULT_KIND"), how = text("VX_FAULT_HOW"), at = text("VX_FAULT_AT");
-    const std::string_view space = text("VX_FAULT_SPACE");
+    const std::string_view space = text("VX_FAULT_SPACE"), least = text("VX_FAULT_LEAST");
     if (!kind.empty()) Kind = static_cast<KIND>(std::find(Kind_names, Kind_names + KINDS, kind) - Kind_names);
     if ((!kind.empty() && Kind == KINDS) || (!kind.empty() && at.empty())) abort();
     if (!at.empty()) At = static_cast<uint32_t>(strtoul(at.data(), nullptr, 10));
+    if (!least.empty()) Least = strtoul(least.data(), nullptr, 10);
     if (!space.empty()) Space = strtoll(space.data(), nullptr, 10);
     Always = text("VX_FAULT_ALWAYS") == "1";
     Folder = getenv("VX_FAULT_FOLDER");
@@ -320,17 +330,29 @@ int fstat64(int fd, struct stat64* what) noexcept
 
 void* malloc(size_t size)
 {
-    return fails(MEMORY) ? nullptr : __libc_malloc(size);
+    return memory_fails(size) ? nullptr : __libc_malloc(size);
 }
 
 void* calloc(size_t count, size_t size)
 {
-    return fails(MEMORY) ? nullptr : __libc_calloc(count, size);
+    return memory_fails(count * size) ? nullptr : __libc_calloc(count, size);
 }
 
 void* realloc(void* old, size_t size)
 {
-    return fails(MEMORY) ? nullptr : __libc_realloc(old, size);
+    return memory_fails(size) ? nullptr : __libc_realloc(old, size);
+}
+
+int getrlimit64(__rlimit_resource_t what, rlimit64* limit) noexcept
+{
+    if (what == RLIMIT_NOFILE && fails(LIMIT)) return -1;
+    return static_cast<int>(syscall(SYS_prlimit64, 0, what, nullptr, limit));
+}
+
+int setrlimit64(__rlimit_resource_t what, const rlimit64* limit) noexcept
+{
+    if (what == RLIMIT_NOFILE && fails(LIMIT)) return -1;
+    return static_cast<int>(syscall(SYS_prlimit64, 0, what, limit, nullptr));
 }
 
 int nanosleep(const timespec*, timespec*)

@@ -2,6 +2,9 @@
 // proof/faults goes through every call in turn; here stand those that once went wrong.
 #include "runs/common.h"
 
+#include <cstring>
+#include <sys/resource.h>
+
 using namespace kit;
 using namespace runs;
 
@@ -29,6 +32,14 @@ RunOptions failing(const std::string& kind, unsigned at, int why, WHEN when)
     return options;
 }
 
+/// The same for requests for memory that is to be a file's buffer: nothing else asks for so much at once.
+RunOptions failing_buffers(unsigned at, WHEN when)
+{
+    RunOptions options = failing("memory", at, ENOMEM, when);
+    options.env.push_back("VX_FAULT_LEAST=8192");
+    return options;
+}
+
 class Faulty_calls : public testing::Test {
 protected:
     void SetUp() override
@@ -48,6 +59,28 @@ Tree whole_tree()
     expected.cmpaz = 90, expected.cmpinc = -45;
     return {{Name_1_1, sac_file(expected, {5, -3, 4})}};
 }
+
+/// The same with the logs of a run of one_event(12, {5, -3, 4}).
+Tree whole_tree_with_logs(const Converted& run)
+{
+    const std::string head = log_header(settings_of(run));
+    const std::string begin = head_line(event_line("EH", "0012", 0)),
+                      data = head_line(data_line("0012", 3, 1)), end = head_line(event_line("ET", "0012", 2));
+    Tree tree = whole_tree();
+    tree["rec.vxl"] = head + begin + data + end;
+    tree["ID9A2F.vxl"] = head + begin + usual_dump() + end + usual_dump();
+    return tree;
+}
+
+/// The trace of such a run when its end never came.
+std::string unfinished_one()
+{
+    Sac header = Sac().rate(100);
+    header.cmpaz = 90, header.cmpinc = -45;
+    return sac_header(header) + sac_samples({5, -3, 4});
+}
+
+const std::string Cannot_write = "\nFile write error for 'out/";
 
 TEST_F(Faulty_calls, in_the_middle_of_the_station_file_end_the_run_instead_of_half_its_keys)
 {
@@ -136,6 +169,221 @@ TEST_F(Faulty_calls, that_compare_the_log_with_the_input_do_not_let_the_input_be
         EXPECT_TRUE(run.status == 20 || run.status == 10) << run.status;
         EXPECT_TRUE(scratch.read("out/rec.vxl") == recording);
     }
+}
+
+/// A run of which the library tells how often it opened a file.
+Converted convert_counting_opens(const Recording& recording, const Args& args, ConvertOptions options,
+                                 uint32_t& opens)
+{
+    const Scratch scratch;
+    options.run.env.push_back("VX_FAULT_COUNTS=" + scratch.write("counts", std::string(64, '\0')));
+    Converted run = convert(recording, args, options);
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.err, "");
+    memcpy(&opens, scratch.read("counts").data(), sizeof opens);
+    return run;
+}
+
+RunOptions undisturbed()
+{
+    RunOptions options;
+    options.env = {std::string("LD_PRELOAD=") + Library};
+    return options;
+}
+
+TEST_F(Faulty_calls, that_find_no_descriptor_are_made_again_once_a_file_gave_way_or_some_time_has_passed)
+{
+    // The run's log, the input, the station file, the unit's log, the trace, the trace for its finished
+    // header. Nobody can give way to the first; the file that gives way to the last is not written any more,
+    // the others are opened once more.
+    constexpr unsigned More[] = {1, 2, 2, 2, 2, 1, 0};
+    ConvertOptions options;
+    options.ini = Station_file;
+    options.run = undisturbed();
+    uint32_t usual = 0;
+    convert_counting_opens(one_event(12, {5, -3, 4}), {}, options, usual);
+    for (const int why : {EMFILE, ENFILE}) {
+        for (unsigned at = 1; at <= std::size(More); ++at) {
+            SCOPED_TRACE(std::to_string(why) + " at " + std::to_string(at));
+            options.run = failing("open", at, why, WHEN::once);
+            uint32_t opens = 0;
+            const Converted run = convert_counting_opens(one_event(12, {5, -3, 4}), {}, options, opens);
+            EXPECT_TRUE(same_tree(run.tree, whole_tree_with_logs(run)));
+            EXPECT_EQ(opens, usual + More[at - 1]);
+        }
+    }
+}
+
+TEST_F(Faulty_calls, that_find_no_descriptor_where_no_file_can_give_way_are_made_again_after_some_time)
+{
+    ConvertOptions options;
+    options.ini = Station_file;
+    for (unsigned at = 1; at <= Calls; ++at) {
+        SCOPED_TRACE(at);
+        options.run = failing("open", at, EMFILE, WHEN::once);
+        const Converted run = convert(one_event(12, {5, -3, 4}), {"-L-"}, options);
+        EXPECT_EQ(run.status, 0);
+        EXPECT_EQ(run.err, "");
+        EXPECT_TRUE(same_tree(run.tree, whole_tree()));
+    }
+}
+
+TEST_F(Faulty_calls, of_a_trace_that_is_closed_end_the_run)
+{
+    ConvertOptions options;
+    options.ini = Station_file;
+    // Closed behind its samples, then behind its finished header.
+    const std::string traces[] = {unfinished_one(), whole_tree().at(Name_1_1)};
+    for (unsigned at = 1; at <= 3; ++at) {
+        SCOPED_TRACE(at);
+        options.run = failing("close", at, EIO, WHEN::once);
+        const Converted run = convert(one_event(12, {5, -3, 4}), {"-L-"}, options);
+        EXPECT_EQ(run.status, at <= 2 ? 22 : 0);
+        EXPECT_EQ(ends_with(run.out, Cannot_write + Name_1_1 + "'"), at <= 2) << run.out;
+        EXPECT_EQ(run.err, "");
+        EXPECT_TRUE(same_tree(run.tree, {{Name_1_1, traces[at == 1 ? 0 : 1]}}));
+    }
+}
+
+TEST_F(Faulty_calls, of_a_log_that_is_closed_are_told_and_the_run_goes_on)
+{
+    ConvertOptions options;
+    options.ini = Station_file;
+    std::string told;
+    for (unsigned at = 3; at <= 4; ++at) { // behind the two of the trace
+        SCOPED_TRACE(at);
+        options.run = failing("close", at, EIO, WHEN::once);
+        const Converted run = convert(one_event(12, {5, -3, 4}), {}, options);
+        EXPECT_EQ(run.status, 22);
+        EXPECT_TRUE(same_tree(run.tree, whole_tree_with_logs(run)));
+        told += run.err;
+    }
+    EXPECT_EQ(told, Cannot_write + "rec.vxl'" + Cannot_write + "ID9A2F.vxl'");
+}
+
+TEST_F(Faulty_calls, of_closing_that_are_interrupted_lose_nothing)
+{
+    ConvertOptions options;
+    options.ini = Station_file;
+    for (unsigned at = 1; at <= 4; ++at) {
+        SCOPED_TRACE(at);
+        options.run = failing("close", at, EINTR, WHEN::once);
+        const Converted run = convert(one_event(12, {5, -3, 4}), {}, options);
+        EXPECT_EQ(run.status, 0);
+        EXPECT_EQ(run.err, "");
+        EXPECT_TRUE(same_tree(run.tree, whole_tree_with_logs(run)));
+    }
+}
+
+TEST_F(Faulty_calls, of_writing_and_then_of_closing_one_file_are_told_once)
+{
+    ConvertOptions options;
+    options.run = failing("close", 1, EIO, WHEN::from_then_on);
+    options.run.env.push_back("VX_FAULT_SPACE=0");
+    const Converted run = convert(Sh("fine"), {}, options);
+    EXPECT_EQ(run.status, 22);
+    EXPECT_EQ(run.err, Cannot_write + "rec.vxl'" + Cannot_write + "ID9A2F.vxl'");
+    EXPECT_TRUE(same_tree(run.tree, {{"rec.vxl", ""}, {"ID9A2F.vxl", ""}}));
+}
+
+TEST_F(Faulty_calls, for_a_large_buffer_leave_a_smaller_one)
+{
+    ConvertOptions options;
+    options.ini = Station_file;
+    for (unsigned at = 1; at <= Calls; ++at) {
+        SCOPED_TRACE(at);
+        options.run = failing_buffers(at, WHEN::once);
+        const Converted run = convert(one_event(12, {5, -3, 4}), {}, options);
+        EXPECT_EQ(run.status, 0);
+        EXPECT_EQ(run.err, "");
+        EXPECT_TRUE(same_tree(run.tree, whole_tree_with_logs(run)));
+    }
+}
+
+TEST_F(Faulty_calls, for_every_buffer_but_the_first_make_all_files_share_that_one)
+{
+    ConvertOptions options;
+    options.ini = Station_file;
+    options.run = failing_buffers(2, WHEN::from_then_on);
+    const Converted run = convert(one_event(12, {5, -3, 4}), {}, options);
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.err, "");
+    EXPECT_TRUE(same_tree(run.tree, whole_tree_with_logs(run)));
+}
+
+TEST_F(Faulty_calls, for_every_buffer_end_the_run_like_a_file_that_cannot_be_opened)
+{
+    ConvertOptions options;
+    options.run = failing_buffers(1, WHEN::from_then_on);
+    const Converted with = convert(one_event(12, {5, -3, 4}), {}, options);
+    EXPECT_EQ(with.status, 20);
+    EXPECT_TRUE(ends_with(with.out, "\nFile open error for 'out/rec.vxl'")) << with.out;
+    EXPECT_EQ(with.err, "");
+    EXPECT_TRUE(same_tree(with.tree, {{"rec.vxl", ""}}));
+
+    const Converted without = convert(one_event(12, {5, -3, 4}), {"-L-"}, options);
+    EXPECT_EQ(without.status, 20);
+    EXPECT_TRUE(ends_with(without.out,
+                          "\n\nERROR!!!!\n   unable to open out/" + std::string(Name_1_1) + " for output."))
+        << without.out;
+    EXPECT_EQ(without.err, "");
+    EXPECT_EQ(names(without.tree), "") << "a trace without a byte is none";
+}
+
+/// Runs whose files have fewer descriptors than they want. That a file had to give way shows in how often
+/// files are opened.
+class Few_descriptors : public Faulty_calls {
+protected:
+    /// How often a run opens files that writes a sample to each of so many traces in turn, and then another
+    /// one.
+    static unsigned opens(const RunOptions& options, unsigned channels)
+    {
+        Recording recording = Eh().event(12).usual();
+        for (const unsigned ms : {250U, 260U})
+            for (unsigned c = 0; c < channels; ++c)
+                recording += Dt().event(12).channel(c).ms(ms).samples({static_cast<int32_t>(c + ms)});
+        recording += Et().event(12).usual();
+
+        ConvertOptions all;
+        all.run = options;
+        uint32_t opened = 0;
+        const Converted run = convert_counting_opens(recording, {"-L-"}, all, opened);
+        EXPECT_EQ(run.sac_names().size(), channels);
+        for (unsigned c = 0; c < channels; ++c) {
+            const std::string name = "2004123101530250_STA01_1_" + std::string(1, "123456789ABC"[c]) + ".sac";
+            const auto first = static_cast<float>(c + 250);
+            EXPECT_EQ(samples_of(run.file(name)), (std::vector<float>{first, first + 10})) << name;
+        }
+        return opened;
+    }
+
+    /// So many files at a time: one more, and each is opened once more.
+    static void expect_at_a_time(unsigned files, const RunOptions& options)
+    {
+        EXPECT_EQ(opens(options, files), opens(undisturbed(), files));
+        EXPECT_EQ(opens(options, files + 1), opens(undisturbed(), files + 1) + files + 1);
+    }
+};
+
+TEST_F(Few_descriptors, let_two_files_be_open_at_a_time_at_least)
+{
+    RunOptions options = undisturbed();
+    options.limits = {{RLIMIT_NOFILE, 20}};
+    expect_at_a_time(2, options);
+}
+
+TEST_F(Few_descriptors, of_a_number_that_cannot_be_learnt_let_eight_files_be_open_at_a_time)
+{
+    expect_at_a_time(8, failing("limit", 1, EPERM, WHEN::once));
+}
+
+TEST_F(Few_descriptors, of_a_number_that_cannot_be_raised_are_shared_as_they_are)
+{
+    rlimit limit{};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
+    limit.rlim_cur = 24 + 10; // 24 are for others
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &limit), 0);
+    expect_at_a_time(10, failing("limit", 2, EPERM, WHEN::once));
 }
 
 } // namespace
