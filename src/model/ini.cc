@@ -121,11 +121,10 @@ bool have_file(int32_t from)
         return false;
     }
     // Where the scan would begin. The file is read from its start all the same, for all units at once.
-    if (fseek(file.get(), from, SEEK_SET) != 0) {
+    if (fseek(file.get(), from, SEEK_SET) != 0 || fseek(file.get(), 0, SEEK_SET) != 0) {
         printf("\nWARNING: Unable to set position within the INI file %s", FileIni.c_str());
         return false;
     }
-    rewind(file.get());
     Ini = {FileIni, {}, {}};
     read_sections(file.get(), Ini);
     return true;

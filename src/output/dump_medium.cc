@@ -66,9 +66,9 @@ struct PAGE {
     {
         va_list args;
         va_start(args, format);
-        const auto n = static_cast<size_t>(vsnprintf(bytes + used, sizeof bytes - used, format, args));
+        const int n = vsnprintf(bytes + used, sizeof bytes - used, format, args);
         va_end(args);
-        used = std::min(used + n, sizeof bytes - 1);
+        used = std::min(used + static_cast<size_t>(std::max(n, 0)), sizeof bytes - 1);
     }
     void label(const char* label) { print("%*s%-*s: ", Form_b.indent, "", Form_b.column, label); }
     std::string_view view() const { return {bytes, used}; }
