@@ -89,7 +89,7 @@ struct FRAME {
 {
     constexpr UINTS down_low = {30, 28, 26, 24, 22, 20, 18, 16};
     constexpr UINTS down_high = {14, 12, 10, 8, 6, 4, 2, 0};
-    FRAME apart;
+    FRAME apart{};
     take_apart(frame, codes, down_low, apart.word, apart.place, invalid);
     take_apart(frame + 4 * Lanes, codes, down_high, apart.word + Lanes, apart.place + Lanes, invalid);
 #pragma GCC unroll 16
