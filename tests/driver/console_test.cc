@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
@@ -73,7 +74,7 @@ TEST(Console, of_a_pipe_is_not_written_before_its_buffer_is_full)
 /// in how many milliseconds they are shown.
 struct Shown {
     int pieces = 0;
-    long ms = 0;
+    int64_t ms = 0;
 };
 
 Shown shown_in_a_thousand_ticks(int writer)
@@ -106,7 +107,7 @@ TEST(Console, of_a_terminal_is_written_ten_times_a_second_at_most)
     EXPECT_EXIT(
         {
             const Shown shown = shown_in_a_thousand_ticks(writer);
-            fprintf(stderr, "%d pieces in %ld ms", shown.pieces, shown.ms);
+            fprintf(stderr, "%d pieces in %d ms", shown.pieces, static_cast<int>(shown.ms));
             exit(shown.pieces >= 1 && shown.pieces <= 2 + shown.ms / 100 ? 0 : 1);
         },
         testing::ExitedWithCode(0), "");
