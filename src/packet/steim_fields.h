@@ -3,9 +3,9 @@
 
 #include <cstdint>
 
+/// How many differences a word holds, and of how many bits. Count 0: it is empty, or there is no such word.
 struct STEIM_FIELDS {
-    uint8_t count,
-        width; ///< differences of a word, and their bits; count 0: there is no such word, or it is empty
+    uint8_t count, width;
 };
 
 /// Steim-1, by code.

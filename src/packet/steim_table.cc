@@ -106,7 +106,7 @@ struct FRAME {
     return to;
 }
 
-/// The differences of a frame whose words all hold bytes, or all halves: one row of them. Most frames of
+/// The differences of a frame whose words all hold bytes, or all halves: one row of them. Many frames of
 /// Steim-1 recordings are so. Returns the place behind the last.
 template <class FIELD>
 [[gnu::always_inline]] inline int32_t* take_row(const uint8_t* frame, int32_t* to)
@@ -122,6 +122,7 @@ template <class FIELD>
 /// The codes of a frame whose words all have code 1, and all code 2: halves, of Steim-1.
 constexpr uint32_t All_1 = 0x15555555;
 constexpr uint32_t All_2 = 0x2AAAAAAA;
+static_assert(Steim1_fields[1].width == 8 && Steim2_fields[1][0].width == 8 && Steim1_fields[2].width == 16);
 
 struct FOUND {
     int count;  ///< of differences
