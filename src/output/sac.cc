@@ -148,9 +148,8 @@ void Sac_data_out(CHN_T* chn, const int32_t* samples, uint16_t count)
     chn->trash -= dropped;
     const uint32_t n = std::min<uint32_t>(count - dropped, Smp_limit - chn->cnt);
     if (n == 0) return;
-    to_big_endian_floats(samples, n, chn->fp.room(4 * n));
+    add_samples(chn, samples, n, chn->fp.room(4 * n));
     chn->fp.took(4 * n);
-    add_samples(chn, samples, n);
 }
 
 void Sac_data_close(CHN_T* chn)

@@ -10,30 +10,42 @@
 
 namespace {
 
+/// Writes the float nearest to a sample, most significant byte first.
+[[gnu::always_inline]] inline void put_float(int32_t sample, char* to)
+{
+    uint32_t word = std::bit_cast<uint32_t>(static_cast<float>(sample));
+    if constexpr (std::endian::native == std::endian::little) word = __builtin_bswap32(word);
+    memcpy(to, &word, 4);
+}
+
 /// Below 2^53 every integer is a double: sums of integers that stay there are exact, in any order.
 constexpr double Exact_max = 9007199254740992.0;
 
-struct EXTENT {
+struct DIGEST {
     int32_t min, max;
-    uint32_t sum; ///< modulo 2^32
+    uint32_t sum;     ///< modulo 2^32
+    uint64_t squares; ///< their sum, modulo 2^64; 0 when it was not wanted
 };
 
-VX_WIDE EXTENT extent_of(const int32_t* samples, size_t n)
+/// Writes n samples as floats, n at least 1, and takes their digest in the same pass, of squares if wanted.
+VX_WIDE DIGEST write_floats(const int32_t* samples, size_t n, char* to, bool squares)
 {
-    EXTENT e{samples[0], samples[0], 0};
+    DIGEST d{samples[0], samples[0], 0, 0};
     for (size_t i = 0; i < n; ++i) {
         const int32_t x = samples[i];
-        e.min = x < e.min ? x : e.min;
-        e.max = x > e.max ? x : e.max;
-        e.sum += static_cast<uint32_t>(x);
+        d.min = x < d.min ? x : d.min;
+        d.max = x > d.max ? x : d.max;
+        d.sum += static_cast<uint32_t>(x);
+        if (squares) d.squares += static_cast<uint64_t>(int64_t{x} * x);
+        put_float(x, to + 4 * i);
     }
-    return e;
+    return d;
 }
 
 /// The largest magnitude among the samples.
-double reach(const EXTENT& e)
+double reach(const DIGEST& d)
 {
-    return std::max(std::fabs(static_cast<double>(e.min)), std::fabs(static_cast<double>(e.max)));
+    return std::max(std::fabs(static_cast<double>(d.min)), std::fabs(static_cast<double>(d.max)));
 }
 
 VX_WIDE int64_t whole_sum(const int32_t* samples, size_t n)
@@ -44,28 +56,21 @@ VX_WIDE int64_t whole_sum(const int32_t* samples, size_t n)
 }
 
 /// The exact sum: from its lowest 32 bits where the samples lie close together, as those of a packet do.
-int64_t sum_of(const int32_t* samples, uint32_t n, const EXTENT& e)
+int64_t sum_of(const int32_t* samples, uint32_t n, const DIGEST& d)
 {
-    const int64_t width = static_cast<int64_t>(e.max) - e.min;
+    const int64_t width = static_cast<int64_t>(d.max) - d.min;
     if (width * n > INT32_MAX) return whole_sum(samples, n);
-    const uint32_t above_first = e.sum - n * static_cast<uint32_t>(samples[0]);
+    const uint32_t above_first = d.sum - n * static_cast<uint32_t>(samples[0]);
     return static_cast<int64_t>(samples[0]) * n + static_cast<int32_t>(above_first);
 }
 
-void add_to_sum(CHN_T* chn, const int32_t* samples, uint32_t n, const EXTENT& e)
+void add_to_sum(CHN_T* chn, const int32_t* samples, uint32_t n, const DIGEST& d)
 {
-    if (std::fabs(chn->sum) + n * reach(e) <= Exact_max) {
-        chn->sum += static_cast<double>(sum_of(samples, n, e));
+    if (std::fabs(chn->sum) + n * reach(d) <= Exact_max) {
+        chn->sum += static_cast<double>(sum_of(samples, n, d));
         return;
     }
     for (uint32_t i = 0; i < n; ++i) chn->sum += samples[i];
-}
-
-VX_WIDE int64_t squares_of(const int32_t* samples, size_t n)
-{
-    int64_t squares = 0;
-    for (size_t i = 0; i < n; ++i) squares += static_cast<int64_t>(samples[i]) * samples[i];
-    return squares;
 }
 
 constexpr uint32_t Lanes = 4;
@@ -147,46 +152,38 @@ bool add_squares_in_runs(double& sum, const int32_t* samples, uint32_t n)
     return true;
 }
 
-void add_to_squares(CHN_T* chn, const int32_t* samples, uint32_t n, const EXTENT& e)
+void add_to_squares(CHN_T* chn, const int32_t* samples, uint32_t n, const DIGEST& d)
 {
-    if (chn->sq_sum + n * reach(e) * reach(e) <= Exact_max) {
-        chn->sq_sum += static_cast<double>(squares_of(samples, n));
+    if (chn->sq_sum + n * reach(d) * reach(d) <= Exact_max) {
+        chn->sq_sum += static_cast<double>(d.squares);
         return;
     }
     if (!add_squares_in_runs(chn->sq_sum, samples, n)) chn->sq_sum = with_squares(chn->sq_sum, samples, n);
 }
 
 /// A new extreme stands where its value comes first.
-void move_extremes(CHN_T* chn, const int32_t* samples, uint32_t n, const EXTENT& e)
+void move_extremes(CHN_T* chn, const int32_t* samples, uint32_t n, const DIGEST& d)
 {
     const auto place = [&](int32_t value) {
         return chn->cnt + 1 + static_cast<uint32_t>(std::find(samples, samples + n, value) - samples);
     };
-    if (e.min < chn->min) {
-        chn->min = e.min;
-        chn->min_ndx = place(e.min);
+    if (d.min < chn->min) {
+        chn->min = d.min;
+        chn->min_ndx = place(d.min);
     }
-    if (e.max > chn->max) {
-        chn->max = e.max;
-        chn->max_ndx = place(e.max);
+    if (d.max > chn->max) {
+        chn->max = d.max;
+        chn->max_ndx = place(d.max);
     }
 }
 
 } // namespace
 
-VX_WIDE void to_big_endian_floats(const int32_t* samples, uint32_t n, char* to)
-{
-    for (size_t i = 0; i < n; ++i) {
-        uint32_t word = std::bit_cast<uint32_t>(static_cast<float>(samples[i]));
-        if constexpr (std::endian::native == std::endian::little) word = __builtin_bswap32(word);
-        memcpy(to + 4 * i, &word, 4);
-    }
-}
-
-void add_samples_one_by_one(CHN_T* chn, const int32_t* samples, uint32_t n)
+void add_samples_one_by_one(CHN_T* chn, const int32_t* samples, uint32_t n, char* to)
 {
     for (uint32_t i = 0; i < n; ++i) {
         const double x = samples[i];
+        put_float(samples[i], to + size_t{4} * i);
         ++chn->cnt;
         chn->sum += x;
         chn->sq_sum += x * x;
@@ -201,12 +198,12 @@ void add_samples_one_by_one(CHN_T* chn, const int32_t* samples, uint32_t n)
     }
 }
 
-void add_samples(CHN_T* chn, const int32_t* samples, uint32_t n)
+void add_samples(CHN_T* chn, const int32_t* samples, uint32_t n, char* to)
 {
     if (n == 0) return;
-    const EXTENT extent = extent_of(samples, n);
-    add_to_sum(chn, samples, n, extent);
-    add_to_squares(chn, samples, n, extent);
-    move_extremes(chn, samples, n, extent);
+    const DIGEST d = write_floats(samples, n, to, chn->sq_sum <= Exact_max);
+    add_to_sum(chn, samples, n, d);
+    add_to_squares(chn, samples, n, d);
+    move_extremes(chn, samples, n, d);
     chn->cnt += n;
 }

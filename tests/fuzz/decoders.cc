@@ -11,6 +11,7 @@
 
 #include <bit>
 #include <cmath>
+#include <cstring>
 #include <memory>
 #include <string>
 
@@ -195,19 +196,19 @@ void sum_up(SIDE& fast, SIDE& plain, int exponent, uint32_t before)
     start_sums(fast.chn, exponent, before);
     start_sums(plain.chn, exponent, before);
     const DATA_BUF& samples = fast.out;
-    add_samples(&fast.chn, samples.sample, samples.count);
-    add_samples_one_by_one(&plain.chn, samples.sample, samples.count);
+    static char trace[4 * Samples_max], expected[4 * Samples_max];
+    add_samples(&fast.chn, samples.sample, samples.count, trace);
+    add_samples_one_by_one(&plain.chn, samples.sample, samples.count, expected);
+    demand(memcmp(trace, expected, size_t{4} * samples.count) == 0, "both ways write the same trace");
     const CHN_T &a = fast.chn, &b = plain.chn;
     demand(a.cnt == b.cnt && a.sum == b.sum && a.sq_sum == b.sq_sum, "both ways sum up to the same");
     demand(a.min == b.min && a.max == b.max, "both ways find the same extremes");
     demand(a.min_ndx == b.min_ndx && a.max_ndx == b.max_ndx,
            "both ways find the extremes in the same places");
 
-    static char words[4 * Samples_max];
-    to_big_endian_floats(samples.sample, samples.count, words);
     for (uint32_t i = 0; i < samples.count; ++i) {
         const auto bits = std::bit_cast<uint32_t>(static_cast<float>(samples.sample[i]));
-        demand(be32(reinterpret_cast<const uint8_t*>(words) + 4 * i) == bits,
+        demand(be32(reinterpret_cast<const uint8_t*>(trace) + 4 * i) == bits,
                "a trace holds the sample as a float");
     }
 }

@@ -1,4 +1,4 @@
-// The fast loops over samples give the very bits of the plain ones.
+// The fast loops over samples give the very bits of the plain ones, in the sums and in the trace.
 #include "model/records.h"
 #include "output/qcc.h"
 #include "output/sample_math.h"
@@ -36,10 +36,15 @@ struct PAIR {
         Qcc_init(&fast);
         Qcc_init(&plain);
     }
+    /// Both ways write the same trace, too.
     void add(const std::vector<int32_t>& samples)
     {
-        add_samples(&fast, samples.data(), static_cast<uint32_t>(samples.size()));
-        add_samples_one_by_one(&plain, samples.data(), static_cast<uint32_t>(samples.size()));
+        const auto n = static_cast<uint32_t>(samples.size());
+        std::vector<char> trace(4 * samples.size() + 4, '\xEE'), expected = trace;
+        add_samples(&fast, samples.data(), n, trace.data());
+        add_samples_one_by_one(&plain, samples.data(), n, expected.data());
+        EXPECT_TRUE(trace == expected);
+        EXPECT_EQ(trace[4 * n], '\xEE'); // not a byte more
     }
 };
 
@@ -149,40 +154,43 @@ TEST(add_samples, does_nothing_for_no_sample)
     expect_same(pair.fast, pair.plain);
 }
 
-uint32_t converted(int32_t sample)
+/// The word that a trace holds for a sample.
+uint32_t written(int32_t sample)
 {
+    CHN_T chn;
     unsigned char bytes[4];
-    to_big_endian_floats(&sample, 1, reinterpret_cast<char*>(bytes));
+    add_samples(&chn, &sample, 1, reinterpret_cast<char*>(bytes));
     return static_cast<uint32_t>(bytes[0]) << 24 | static_cast<uint32_t>(bytes[1]) << 16 |
            static_cast<uint32_t>(bytes[2]) << 8 | bytes[3];
 }
 
-TEST(to_big_endian_floats, rounds_to_the_nearest_float_and_ties_to_even)
+TEST(add_samples, writes_the_nearest_float_and_ties_to_even)
 {
-    EXPECT_EQ(converted(0), 0x00000000U);
-    EXPECT_EQ(converted(1), 0x3F800000U);
-    EXPECT_EQ(converted(-2), 0xC0000000U);
-    EXPECT_EQ(converted(16777217), 0x4B800000U);   // 16777216.0
-    EXPECT_EQ(converted(16777219), 0x4B800002U);   // 16777220.0
-    EXPECT_EQ(converted(2147483647), 0x4F000000U); // 2147483648.0
-    EXPECT_EQ(converted(-2147483647 - 1), 0xCF000000U);
+    EXPECT_EQ(written(0), 0x00000000U);
+    EXPECT_EQ(written(1), 0x3F800000U);
+    EXPECT_EQ(written(-2), 0xC0000000U);
+    EXPECT_EQ(written(16777217), 0x4B800000U);   // 16777216.0
+    EXPECT_EQ(written(16777219), 0x4B800002U);   // 16777220.0
+    EXPECT_EQ(written(2147483647), 0x4F000000U); // 2147483648.0
+    EXPECT_EQ(written(-2147483647 - 1), 0xCF000000U);
 }
 
-TEST(to_big_endian_floats, converts_every_length_like_single_samples)
+TEST(add_samples, writes_every_length_like_single_samples)
 {
     std::mt19937 random(10);
     for (uint32_t n = 0; n <= 70; ++n) {
         std::vector<int32_t> samples(n);
         for (int32_t& x : samples) x = static_cast<int32_t>(random());
         std::vector<unsigned char> out(4 * n + 4, 0xEE);
-        to_big_endian_floats(samples.data(), n, reinterpret_cast<char*>(out.data()));
+        CHN_T chn;
+        add_samples(&chn, samples.data(), n, reinterpret_cast<char*>(out.data()));
         for (uint32_t i = 0; i < n; ++i) {
             const uint32_t word = static_cast<uint32_t>(out[4 * i]) << 24 |
                                   static_cast<uint32_t>(out[4 * i + 1]) << 16 |
                                   static_cast<uint32_t>(out[4 * i + 2]) << 8 | out[4 * i + 3];
-            ASSERT_EQ(word, converted(samples[i]));
+            ASSERT_EQ(word, written(samples[i]));
         }
-        EXPECT_EQ(out[4 * n], 0xEE); // not a byte more
+        EXPECT_EQ(out[4 * n], 0xEE);
     }
 }
 
