@@ -91,12 +91,13 @@ using DOUBLES = double __attribute__((vector_size(8 * Lanes)));
 }
 
 /// Adds the squares of Runs runs of samples, all at the same time: each run onto start[0] and again onto
-/// start[1]. A run is `length` samples long, a multiple of Lanes.
+/// start[1]. A run is `length` samples long.
 VX_WIDE void add_runs(const int32_t* samples, size_t length, const double (&start)[2], double (&end)[2][Runs])
 {
     DOUBLES even[2] = {DOUBLES{} + start[0], DOUBLES{} + start[0]};
     DOUBLES odd[2] = {DOUBLES{} + start[1], DOUBLES{} + start[1]};
-    for (size_t at = 0; at < length; at += Lanes)
+    size_t at = 0;
+    for (; at + Lanes <= length; at += Lanes)
         for (size_t half = 0; half < 2; ++half) {
             DOUBLES squares[Lanes];
             for (size_t i = 0; i < Lanes; ++i) {
@@ -109,6 +110,14 @@ VX_WIDE void add_runs(const int32_t* samples, size_t length, const double (&star
                 even[half] += step;
                 odd[half] += step;
             }
+        }
+    for (; at < length; ++at)
+        for (size_t half = 0; half < 2; ++half) {
+            const int32_t* const x = samples + half * Lanes * length + at;
+            DOUBLES step{1.0 * x[0], 1.0 * x[length], 1.0 * x[2 * length], 1.0 * x[3 * length]};
+            step *= step;
+            even[half] += step;
+            odd[half] += step;
         }
     memcpy(end[0], even, sizeof even);
     memcpy(end[1], odd, sizeof odd);
@@ -136,14 +145,13 @@ bool add_squares_in_runs(double& sum, const int32_t* samples, uint32_t n)
     const uint64_t first = bits_of(sum);
     const double start[2] = {sum, std::bit_cast<double>(first + 1)};
     const double next_power = std::bit_cast<double>(((first >> 52) + 1) << 52);
-    const uint32_t length = n / (Runs * Lanes) * Lanes;
+    const uint32_t length = n / Runs;
     double end[2][Runs];
     add_runs(samples, length, start, end);
 
     double s = sum;
     for (uint32_t run = 0; run < Runs; ++run) {
         const auto odd = (bits_of(s) ^ first) & 1;
-        if (!(end[odd][run] < next_power)) return false;
         s += end[odd][run] - start[odd];
     }
     s = with_squares(s, samples + Runs * length, n - Runs * length);
