@@ -106,16 +106,29 @@ struct FRAME {
     return to;
 }
 
+/// Half a frame of bytes, or of halves of words, widened. That is some whole vectors: unless it unrolls the
+/// loop too early, the compiler makes it of them alone.
+template <class FIELD>
+[[gnu::always_inline]] inline void widen(const uint8_t* half_frame, int32_t* to)
+{
+    constexpr int size = sizeof(FIELD);
+#pragma GCC unroll 1
+    for (int i = 0; i < DT::Frame_len / 2 / size; ++i) {
+        const uint8_t* const field = half_frame + i * size;
+        to[i] = static_cast<FIELD>(size == 1 ? *field : be16(field));
+    }
+}
+
 /// The differences of a frame whose words all hold bytes, or all halves: one row of them. Many frames of
 /// Steim-1 recordings are so. Returns the place behind the last.
 template <class FIELD>
 [[gnu::always_inline]] inline int32_t* take_row(const uint8_t* frame, int32_t* to)
 {
-    constexpr int n = 4 * (Words - 1) / static_cast<int>(sizeof(FIELD));
-    for (int i = 0; i < n; ++i) {
-        const uint8_t* const field = frame + 4 + i * static_cast<int>(sizeof(FIELD));
-        to[i] = static_cast<FIELD>(sizeof(FIELD) == 1 ? *field : be16(field));
-    }
+    constexpr int size = sizeof(FIELD);
+    constexpr int n = 4 * (Words - 1) / size;
+    constexpr int half = DT::Frame_len / 2;
+    widen<FIELD>(frame + 4, to); // up to the word that both halves take
+    widen<FIELD>(frame + half, to + n - half / size);
     return to + n;
 }
 
