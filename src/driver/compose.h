@@ -12,24 +12,43 @@ inline char* put(char* to, std::string_view piece)
     return to + piece.size();
 }
 
-/// A decimal number with leading zeros up to `width` digits, more when it is wider, as "%0<width>u" prints
-/// it.
-inline char* put_decimal(char* to, uint32_t value, int width)
-{
-    char digits[10];
-    int n = 0;
-    for (; value || n == 0; value /= 10) digits[n++] = static_cast<char>('0' + value % 10);
-    for (int zeros = width - n; zeros > 0; --zeros) *to++ = '0';
-    while (n > 0) *to++ = digits[--n];
-    return to;
-}
+/// The two decimal digits of every number below 100.
+struct PAIRS {
+    char of[100][2];
+};
+inline constexpr PAIRS Pairs = [] {
+    PAIRS p{};
+    for (int i = 0; i < 100; ++i) {
+        p.of[i][0] = static_cast<char>('0' + i / 10);
+        p.of[i][1] = static_cast<char>('0' + i % 10);
+    }
+    return p;
+}();
 
 /// The lowest `width` decimal digits of a number.
 template <int width>
 char* put_digits(char* to, uint32_t value)
 {
-    for (int at = width; at-- > 0; value /= 10) to[at] = static_cast<char>('0' + value % 10);
+    int at = width;
+    for (; at >= 2; value /= 100) memcpy(to + (at -= 2), Pairs.of[value % 100], 2);
+    if (at) *to = static_cast<char>('0' + value % 10);
     return to + width;
+}
+
+/// A decimal number with leading zeros up to `width` digits, more when it is wider, as "%0<width>u" prints
+/// it.
+template <int width>
+char* put_decimal(char* to, uint32_t value)
+{
+    if constexpr (width < 10) {
+        constexpr uint32_t too_wide = [] {
+            uint32_t power = 1;
+            for (int i = 0; i < width; ++i) power *= 10;
+            return power;
+        }();
+        if (value >= too_wide) return put_decimal<width + 1>(to, value);
+    }
+    return put_digits<width>(to, value);
 }
 
 /// The lowest `width` upper-case hexadecimal digits of a number.

@@ -72,13 +72,13 @@ char* put_event(char* to, const PACKET& pkt, uint16_t type)
     to = put(to, " E:");
     to = put_bcd(to, pkt, EVT::Number);
     to = put(to, " D:");
-    to = put_decimal(to, bcd(pkt, EVT::Stream) + 1U, 1);
+    to = put_decimal<1>(to, bcd(pkt, EVT::Stream) + 1U);
     if (type == PKT_DT) {
         const unsigned channel = bcd(pkt, EVT::Channel) + 1U;
         to = put(to, " C:");
         *to++ = static_cast<char>(channel + (channel <= 9 ? '0' : '7'));
         to = put(to, " S:");
-        to = put_decimal(to, bcd(pkt, EVT::Samples), 4);
+        to = put_decimal<4>(to, bcd(pkt, EVT::Samples));
     } else {
         to = put(to, "           ");
     }
@@ -96,9 +96,9 @@ bool belongs_to_event(uint16_t type)
 /// The number of the block as a signed 32-bit one, at least ten characters wide.
 char* put_block_number(char* to)
 {
-    if (static_cast<int32_t>(Blk_cnt) >= 0) return put_decimal(to, Blk_cnt, 10);
+    if (static_cast<int32_t>(Blk_cnt) >= 0) return put_decimal<10>(to, Blk_cnt);
     *to++ = '-';
-    return put_decimal(to, 0U - Blk_cnt, 9);
+    return put_decimal<9>(to, 0U - Blk_cnt);
 }
 
 /// Writes the text of an SH packet, each of its lines indented.

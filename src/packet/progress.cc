@@ -69,11 +69,11 @@ void Progress_data(const UNIT_T* unit, const CHN_T* chn)
     // "\r%07lu       DT      %04hX       %04u         %02u         %02u   ", by hand: most packets are data.
     progress([&](uint32_t block) {
         char line[128];
-        char* to = put_decimal(put(line, "\r"), block, 7);
+        char* to = put_decimal<7>(put(line, "\r"), block);
         to = put_hex(put(to, "       DT      "), unit->unit_id, 4);
-        to = put_decimal(put(to, "       "), chn->event, 4);
-        to = put_decimal(put(to, "         "), chn->stream + 1U, 2);
-        to = put_decimal(put(to, "         "), chn->channel + 1U, 2);
+        to = put_decimal<4>(put(to, "       "), chn->event);
+        to = put_decimal<2>(put(to, "         "), chn->stream + 1U);
+        to = put_decimal<2>(put(to, "         "), chn->channel + 1U);
         to = put(to, "   ");
         fwrite(line, 1, static_cast<size_t>(to - line), stdout);
     });
