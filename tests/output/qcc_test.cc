@@ -202,7 +202,8 @@ TEST(Qcc_store, numbers_wider_than_their_column_push_the_others_on)
 TEST(Qcc_fhdr, is_the_header_of_the_logs_and_two_line_ends)
 {
     Stage stage;
+    Cmd_line = "vx_sac rec.pkt";
     const std::string log = written_by([](OUT_FILE& f) { Log_fhdr(f); });
     EXPECT_EQ(written_by([](OUT_FILE& f) { Qcc_fhdr(f); }), log + "\r\n\r\n");
-    EXPECT_TRUE(log.ends_with("   Command Line : \r\n\r\n"));
+    EXPECT_TRUE(log.ends_with("   Command Line : vx_sac rec.pkt\r\n\r\n"));
 }
