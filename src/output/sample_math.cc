@@ -149,12 +149,13 @@ bool add_squares_in_runs(double& sum, const int32_t* samples, uint32_t n)
     double end[2][Runs];
     add_runs(samples, length, start, end);
 
-    double s = sum;
+    double gain = 0.0;
+    uint64_t odd = 0;
     for (uint32_t run = 0; run < Runs; ++run) {
-        const auto odd = (bits_of(s) ^ first) & 1;
-        s += end[odd][run] - start[odd];
+        gain += end[odd][run] - start[odd];
+        odd = (bits_of(end[odd][run]) ^ first) & 1;
     }
-    s = with_squares(s, samples + Runs * length, n - Runs * length);
+    const double s = with_squares(sum + gain, samples + Runs * length, n - Runs * length);
     if (!(s < next_power)) return false;
     sum = s;
     return true;
