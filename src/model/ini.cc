@@ -21,7 +21,8 @@ constexpr size_t Line_max = 99;  // longer lines fall into pieces, each a line o
 constexpr size_t Header_len = 6; // "[9A3F]"
 
 struct INI_FILE {
-    std::string path;                                             // empty until a file was read
+    std::string path;                                             // empty until a file was read or missed
+    bool there = false;                                           // it exists
     std::unordered_map<uint16_t, std::vector<INI_SECTION>> units; // a unit's sections in file order
     INI_SECTION nothing;                                          // for units that have none
 };
@@ -109,11 +110,14 @@ void read_sections(FILE* file, INI_FILE& ini)
     ini.nothing.last = position(at);
 }
 
-/// True when the file stands in memory.
+/// True when the file stands in memory. One that does not exist is looked for once.
 bool have_file(int32_t from)
 {
-    if (!Ini.path.empty() && Ini.path == FileIni) return true;
-    if (!fexist(FileIni.c_str()) && !look_failed()) return false;
+    if (!Ini.path.empty() && Ini.path == FileIni) return Ini.there;
+    if (!fexist(FileIni.c_str()) && !look_failed()) {
+        Ini = {FileIni, false, {}, {}};
+        return false;
+    }
 
     const OPENED file(fopen_vx(FileIni.c_str(), "r"));
     if (!file) {
@@ -125,7 +129,7 @@ bool have_file(int32_t from)
         printf("\nWARNING: Unable to set position within the INI file %s", FileIni.c_str());
         return false;
     }
-    Ini = {FileIni, {}, {}};
+    Ini = {FileIni, true, {}, {}};
     read_sections(file.get(), Ini);
     return true;
 }

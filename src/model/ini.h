@@ -1,5 +1,5 @@
 // The station INI file as text: sections, lines, keys and values. Knows no particular key.
-// The file is read once per run; every unit and every new channel is then served from memory.
+// The file is looked for and read once per run; every unit and every new channel is then served from memory.
 #pragma once
 
 #include <cstddef>

@@ -233,6 +233,16 @@ TEST_F(Ini_file, a_missing_file_is_passed_over_in_silence)
     EXPECT_EQ(unit.ini_first, 0);
 }
 
+TEST_F(Ini_file, a_missing_file_is_looked_for_once)
+{
+    FileIni = scratch.path("vxu.ini");
+    EXPECT_EQ(ini_section(&unit), nullptr);
+    scratch.write("vxu.ini", "[9A2F]\nStation=AB\n");
+    EXPECT_EQ(ini_section(&unit), nullptr);
+    ini_forget();
+    EXPECT_NE(ini_section(&unit), nullptr);
+}
+
 TEST_F(Ini_file, a_path_with_the_not_found_note_names_no_file)
 {
     scratch.write("vxu.ini", "[9A2F]\nStation=AB\n");
