@@ -8,9 +8,15 @@ static size_t missing(std::string_view field, Span where)
     return static_cast<size_t>(where.len) - field.size();
 }
 
-void form_label(OUT_FILE& log, Form form, const char* label)
+void form_label(OUT_FILE& log, Form form, std::string_view label)
 {
-    log.print("%*s%-*s: ", form.indent, "", form.column, label);
+    // "%*s%-*s: ", by hand: most of what is written for an event are labels.
+    constexpr std::string_view blanks = "                                ";
+    const auto column = static_cast<size_t>(form.column);
+    log.write(blanks.substr(0, static_cast<size_t>(form.indent)));
+    log.write(label);
+    if (label.size() < column) log.write(blanks.substr(0, column - label.size()));
+    log.write(": ");
 }
 
 void form_text(OUT_FILE& log, const PACKET& pkt, Span where)

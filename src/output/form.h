@@ -15,7 +15,7 @@ struct Line {
     const char* label;
 };
 
-/// How far a label is indented, and the column it fills.
+/// How far a label is indented, and the column it fills. At most 32 each.
 struct Form {
     int indent, column;
 };
@@ -30,7 +30,7 @@ constexpr Span in_entry(int entry, Span field)
 }
 
 /// Begins a line: all of it that stands before the value.
-void form_label(OUT_FILE& log, Form form, const char* label);
+void form_label(OUT_FILE& log, Form form, std::string_view label);
 
 /// A text value: ends at the field's first NUL, is not padded. What lies past the packet's end reads blank.
 void form_text(OUT_FILE& log, const PACKET& pkt, Span where);
