@@ -6,6 +6,7 @@
 #include "model/records.h"
 #include "model/show.h"
 #include "output/sample_math.h"
+#include "packet/codec.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -88,14 +89,6 @@ void put_run(SACHDR_T* h)
     snprintf(date, sizeof date, "%04d:%03d", start.tm_year + 1900, start.tm_yday);
     memcpy(h->KDATRD, date, sizeof h->KDATRD);
     memcpy(h->KINST, "VX 900  ", sizeof h->KINST);
-}
-
-void put_be32(char* to, uint32_t word)
-{
-    to[0] = static_cast<char>(word >> 24);
-    to[1] = static_cast<char>(word >> 16);
-    to[2] = static_cast<char>(word >> 8);
-    to[3] = static_cast<char>(word);
 }
 
 } // namespace

@@ -68,6 +68,13 @@ inline uint32_t be32(const uint8_t* p)
            static_cast<uint32_t>(p[2]) << 8 | p[3];
 }
 
+/// Writes a word, the most significant byte first.
+template <class BYTE>
+void put_be32(BYTE* to, uint32_t word)
+{
+    for (int i = 0; i < 4; ++i) to[i] = static_cast<BYTE>(word >> (24 - 8 * i));
+}
+
 /// kept: little-endian-reads-big. Reads n (1 to 4) bytes upward from `at`, the first one the most
 /// significant and signed. A bad n is complained about on standard output; the first byte is the value.
 int32_t little_endian_in(const uint8_t* at, uint16_t n);

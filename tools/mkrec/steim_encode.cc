@@ -1,6 +1,8 @@
 // Packing goes word by word: each takes as many of the next differences as one of its forms holds.
 #include "mkrec/steim_encode.h"
 
+#include "packet/codec.h"
+
 #include <algorithm>
 #include <cstring>
 
@@ -97,14 +99,6 @@ uint32_t packed(const int32_t* d, const FORM& form)
     return static_cast<uint32_t>(*d);
 }
 
-void put_word(uint8_t* to, uint32_t word)
-{
-    to[0] = static_cast<uint8_t>(word >> 24);
-    to[1] = static_cast<uint8_t>(word >> 16);
-    to[2] = static_cast<uint8_t>(word >> 8);
-    to[3] = static_cast<uint8_t>(word);
-}
-
 /// Fills one frame from data word `word` on with the differences from number `at` on; gives the number of
 /// the first that found no room.
 int fill_frame(const DIFFERENCES& diff, const FORM* forms, int at, int word, uint8_t* frame)
@@ -113,11 +107,11 @@ int fill_frame(const DIFFERENCES& diff, const FORM* forms, int at, int word, uin
     for (; word < 16; ++word) {
         const FORM& form = forms[fitting(diff.share + at)];
         if (form.count == 0) break;
-        put_word(frame + 4 * word, packed(diff.d + at, form));
+        put_be32(frame + 4 * word, packed(diff.d + at, form));
         control |= form.code << (30 - 2 * word);
         at += form.count;
     }
-    put_word(frame, control);
+    put_be32(frame, control);
     return at;
 }
 
@@ -138,8 +132,8 @@ STEIM_FILL steim_encode(STEIM level, const int32_t* x, int n, int32_t previous, 
     }
     fill.too_wide = fill.samples < diff.n && diff.share[fill.samples] == 0;
     if (fill.samples > 0) {
-        put_word(frames + 4, static_cast<uint32_t>(x[0]));
-        put_word(frames + 4 * Xn_word, static_cast<uint32_t>(x[fill.samples - 1]));
+        put_be32(frames + 4, static_cast<uint32_t>(x[0]));
+        put_be32(frames + 4 * Xn_word, static_cast<uint32_t>(x[fill.samples - 1]));
     }
     return fill;
 }
