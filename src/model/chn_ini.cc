@@ -128,7 +128,7 @@ static void apply(CHN_T* chn, int key, std::string_view value)
 
 static void take_lines(CHN_T* chn, const INI_SECTION& section)
 {
-    for (const std::string& line : section.lines) {
+    for (const std::string_view line : section.lines) {
         const LINE_HEAD head = line_head(line);
         if (head.number != chn->channel + 1) continue;
         const int key = ini_key(head.key, IniKeyChn, 3);

@@ -14,6 +14,7 @@
 #include <memory>
 #include <strings.h>
 #include <unordered_map>
+#include <vector>
 
 namespace {
 
@@ -94,7 +95,7 @@ void read_sections(FILE* file, INI_FILE& ini)
     for (; read_piece(file, piece); at += piece.size()) {
         const std::string_view line = before_nul(piece);
         if (!line.starts_with('[')) {
-            if (section) section->lines.emplace_back(line);
+            if (section) section->lines.add(line);
             continue;
         }
         if (section) section->last = position(at + piece.size());

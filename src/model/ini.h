@@ -7,16 +7,46 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 struct UNIT_T;
+
+/// Lines in the order of the file. Each costs a byte beside its text: a file may consist of short ones.
+class INI_LINES {
+public:
+    void add(std::string_view line) ///< of at most 255 characters
+    {
+        packed.push_back(static_cast<char>(line.size()));
+        packed.append(line);
+        ++count;
+    }
+    size_t size() const { return count; }
+
+    struct PLACE {
+        const char* at;
+
+        size_t length() const { return static_cast<unsigned char>(*at); }
+        std::string_view operator*() const { return {at + 1, length()}; }
+        PLACE& operator++()
+        {
+            at += 1 + length();
+            return *this;
+        }
+        bool operator==(const PLACE&) const = default;
+    };
+    PLACE begin() const { return {packed.data()}; }
+    PLACE end() const { return {packed.data() + packed.size()}; }
+
+private:
+    std::string packed; // before each line a byte that tells its length
+    size_t count = 0;
+};
 
 /// What the file says of one unit. Positions are those of the file, kept to 32 bits.
 struct INI_SECTION {
     uint32_t serial = 0; ///< no other section that was ever read has the same; 0: nothing of the file
     int32_t first = 0;   ///< of the header line
     int32_t last = 0;    ///< behind the line that ends the section: the next header, or the end of the file
-    std::vector<std::string> lines; ///< between the two, each of at most 99 characters
+    INI_LINES lines;     ///< between the two, each of at most 99 characters
 };
 
 /// The unit's section: the first one of its ID from the unit's `ini_first` onward, to which `ini_first` is

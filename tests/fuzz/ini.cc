@@ -45,7 +45,7 @@ void check_section(const INI_SECTION& section, std::string_view file)
 {
     const auto first = static_cast<size_t>(section.first), last = static_cast<size_t>(section.last);
     demand(first <= last && last <= file.size(), "a section lies within the file");
-    for (const std::string& line : section.lines) {
+    for (const std::string_view line : section.lines) {
         demand(line.size() <= 99, "lines are at most 99 characters long");
         demand(line.empty() || line[0] != '[', "a header ends the section");
         demand(file.find(line, first) != std::string_view::npos, "a line stands in the file");

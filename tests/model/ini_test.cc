@@ -21,6 +21,14 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
+Lines lines_of(const INI_SECTION& section)
+{
+    Lines lines;
+    for (const std::string_view line : section.lines) lines.emplace_back(line);
+    EXPECT_EQ(section.lines.size(), lines.size());
+    return lines;
+}
+
 /// An INI file of its own for each test, and the unit 9A2F that reads it.
 class Ini_file : public testing::Test {
 protected:
@@ -38,6 +46,8 @@ protected:
         static const INI_SECTION missing;
         return found ? *found : missing;
     }
+
+    Lines lines() { return lines_of(section()); }
 
     kit::Scratch scratch;
     UNIT_T unit;
@@ -70,7 +80,7 @@ std::string make_socket(const kit::Scratch& scratch)
 TEST_F(Ini_file, a_section_has_the_lines_between_its_header_and_the_next)
 {
     ini("; notes\n[1111]\nStation=X\n[9A2F]\nStation=AB\nCh1Azm=5\n[2222]\nStation=Y\n");
-    EXPECT_EQ(section().lines, (Lines{"Station=AB\n", "Ch1Azm=5\n"}));
+    EXPECT_EQ(lines(), (Lines{"Station=AB\n", "Ch1Azm=5\n"}));
     EXPECT_EQ(unit.ini_first, 25); // 8 + 7 + 10 characters stand before
     EXPECT_EQ(section().first, 25);
     EXPECT_EQ(section().last, 59); // 7 + 11 + 9 of the section, 7 of the header that ends it
@@ -79,7 +89,7 @@ TEST_F(Ini_file, a_section_has_the_lines_between_its_header_and_the_next)
 TEST_F(Ini_file, the_last_section_ends_with_the_file)
 {
     ini("[9A2F]\nStation=AB\n");
-    EXPECT_EQ(section().lines, (Lines{"Station=AB\n"}));
+    EXPECT_EQ(lines(), (Lines{"Station=AB\n"}));
     EXPECT_EQ(unit.ini_first, 0);
     EXPECT_EQ(section().last, 18);
 }
@@ -87,7 +97,7 @@ TEST_F(Ini_file, the_last_section_ends_with_the_file)
 TEST_F(Ini_file, a_unit_without_section_gets_no_lines_and_the_length_of_the_file)
 {
     ini("[1111]\nStation=X\n");
-    EXPECT_TRUE(section().lines.empty());
+    EXPECT_EQ(lines(), Lines());
     EXPECT_EQ(section().last, 17);
     EXPECT_EQ(unit.ini_first, 0);
 }
@@ -95,66 +105,66 @@ TEST_F(Ini_file, a_unit_without_section_gets_no_lines_and_the_length_of_the_file
 TEST_F(Ini_file, an_empty_file_is_a_file_without_sections)
 {
     ini("");
-    EXPECT_TRUE(section().lines.empty());
+    EXPECT_EQ(lines(), Lines());
     EXPECT_EQ(section().last, 0);
 }
 
 TEST_F(Ini_file, a_header_matches_in_any_case_whatever_follows_it)
 {
     ini("[9a2f]xyz = 1\nStation=AB\n");
-    EXPECT_EQ(section().lines, (Lines{"Station=AB\n"}));
+    EXPECT_EQ(lines(), (Lines{"Station=AB\n"}));
 }
 
 TEST_F(Ini_file, a_header_must_begin_its_line)
 {
     ini(" [9A2F]\nStation=AB\n");
-    EXPECT_TRUE(section().lines.empty());
+    EXPECT_EQ(lines(), Lines());
 }
 
 TEST_F(Ini_file, a_byte_order_mark_hides_the_first_header)
 {
     ini("\xEF\xBB\xBF[9A2F]\nStation=AB\n");
-    EXPECT_TRUE(section().lines.empty());
+    EXPECT_EQ(lines(), Lines());
 }
 
 TEST_F(Ini_file, a_header_has_exactly_four_digits)
 {
     ini("[09A2F]\na\n[9A2]\nb\n[9A2G]\nc\n[9A2F\nd\n[ 9A2F]\ne\n");
-    EXPECT_TRUE(section().lines.empty());
+    EXPECT_EQ(lines(), Lines());
     unit.unit_id = 0x09A2;
-    EXPECT_TRUE(section().lines.empty());
+    EXPECT_EQ(lines(), Lines());
 }
 
 TEST_F(Ini_file, small_IDs_are_written_with_leading_zeros)
 {
     ini("[001F]\nStation=AB\n");
     unit.unit_id = 0x1F;
-    EXPECT_EQ(section().lines, (Lines{"Station=AB\n"}));
+    EXPECT_EQ(lines(), (Lines{"Station=AB\n"}));
 }
 
 TEST_F(Ini_file, any_bracket_at_a_line_start_ends_the_section)
 {
     ini("[9A2F]\na\n[\nb\n");
-    EXPECT_EQ(section().lines, (Lines{"a\n"}));
+    EXPECT_EQ(lines(), (Lines{"a\n"}));
     EXPECT_EQ(section().last, 11);
 }
 
 TEST_F(Ini_file, only_the_first_section_of_a_unit_is_read)
 {
     ini("[9A2F]\na\n[9A2F]\nb\n[1111]\nc\n[9A2F]\nd\n");
-    EXPECT_EQ(section().lines, (Lines{"a\n"}));
+    EXPECT_EQ(lines(), (Lines{"a\n"}));
     EXPECT_EQ(section().last, 16);
-    EXPECT_EQ(section().lines, (Lines{"a\n"}));
+    EXPECT_EQ(lines(), (Lines{"a\n"}));
 }
 
 TEST_F(Ini_file, the_scan_starts_at_the_remembered_position)
 {
     ini("[9A2F]\na\n[1111]\nc\n[9A2F]\nd\n");
     unit.ini_first = 1;
-    EXPECT_EQ(section().lines, (Lines{"d\n"}));
+    EXPECT_EQ(lines(), (Lines{"d\n"}));
     EXPECT_EQ(unit.ini_first, 18);
     unit.ini_first = 19;
-    EXPECT_TRUE(section().lines.empty());
+    EXPECT_EQ(lines(), Lines());
     EXPECT_EQ(unit.ini_first, 19);
 }
 
@@ -162,67 +172,67 @@ TEST_F(Ini_file, a_line_of_ninety_nine_characters_is_followed_by_a_line_of_its_o
 {
     const std::string comment = ";" + std::string(98, '-');
     ini("[9A2F]\n" + comment + "Station=FAKE\n");
-    EXPECT_EQ(section().lines, (Lines{comment, "Station=FAKE\n"}));
+    EXPECT_EQ(lines(), (Lines{comment, "Station=FAKE\n"}));
 }
 
 TEST_F(Ini_file, ninety_nine_characters_and_a_line_end_leave_the_end_as_a_line)
 {
     const std::string comment(99, ';');
     ini("[9A2F]\n" + comment + "\nStation=AB\n");
-    EXPECT_EQ(section().lines, (Lines{comment, "\n", "Station=AB\n"}));
+    EXPECT_EQ(lines(), (Lines{comment, "\n", "Station=AB\n"}));
 }
 
 TEST_F(Ini_file, a_header_may_stand_at_a_piece_of_a_long_line)
 {
     ini(std::string(198, ';') + "[9A2F]\nStation=AB\n");
-    EXPECT_EQ(section().lines, (Lines{"Station=AB\n"}));
+    EXPECT_EQ(lines(), (Lines{"Station=AB\n"}));
     EXPECT_EQ(unit.ini_first, 198);
 }
 
 TEST_F(Ini_file, a_bracket_at_a_piece_of_a_long_line_ends_the_section)
 {
     ini("[9A2F]\n" + std::string(99, ';') + "[x\nStation=AB\n");
-    EXPECT_EQ(section().lines, (Lines{std::string(99, ';')}));
+    EXPECT_EQ(lines(), (Lines{std::string(99, ';')}));
     EXPECT_EQ(section().last, 7 + 99 + 3);
 }
 
 TEST_F(Ini_file, the_last_line_needs_no_end)
 {
     ini("[9A2F]\nStation=AB");
-    EXPECT_EQ(section().lines, (Lines{"Station=AB"}));
+    EXPECT_EQ(lines(), (Lines{"Station=AB"}));
     EXPECT_EQ(section().last, 17);
 }
 
 TEST_F(Ini_file, a_header_without_line_end_is_an_empty_section)
 {
     ini("[9A2F]");
-    EXPECT_TRUE(section().lines.empty());
+    EXPECT_EQ(lines(), Lines());
     EXPECT_EQ(section().last, 6);
 }
 
 TEST_F(Ini_file, a_NUL_ends_its_line_early)
 {
     ini(std::string_view("[9A2F]\nStation=A\0B\n\0[1111]\nCh1Azm=5\n", 36));
-    EXPECT_EQ(section().lines, (Lines{"Station=A", "", "Ch1Azm=5\n"}));
+    EXPECT_EQ(lines(), (Lines{"Station=A", "", "Ch1Azm=5\n"}));
     EXPECT_EQ(section().last, 36);
 }
 
 TEST_F(Ini_file, a_NUL_within_a_header_spoils_it)
 {
     ini(std::string_view("[9A\0F]\nStation=A\n", 17));
-    EXPECT_TRUE(section().lines.empty());
+    EXPECT_EQ(lines(), Lines());
 }
 
 TEST_F(Ini_file, is_read_once_and_then_served_from_memory)
 {
     ini("[9A2F]\nStation=AB\n[1111]\nStation=C\n");
-    EXPECT_EQ(section().lines, (Lines{"Station=AB\n"}));
+    EXPECT_EQ(lines(), (Lines{"Station=AB\n"}));
     std::filesystem::remove(FileIni);
     UNIT_T other;
     other.unit_id = 0x1111;
     ASSERT_NE(ini_section(&other), nullptr);
-    EXPECT_EQ(ini_section(&other)->lines, (Lines{"Station=C\n"}));
-    EXPECT_EQ(section().lines, (Lines{"Station=AB\n"}));
+    EXPECT_EQ(lines_of(*ini_section(&other)), (Lines{"Station=C\n"}));
+    EXPECT_EQ(lines(), (Lines{"Station=AB\n"}));
 }
 
 TEST_F(Ini_file, a_missing_file_is_passed_over_in_silence)
@@ -255,7 +265,7 @@ TEST_F(Ini_file, a_directory_opens_and_holds_nothing)
     scratch.make_dir("vxu.ini");
     FileIni = scratch.path("vxu.ini");
     testing::internal::CaptureStdout();
-    EXPECT_TRUE(section().lines.empty());
+    EXPECT_EQ(lines(), Lines());
     EXPECT_EQ(section().last, 0);
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
 }
