@@ -80,6 +80,14 @@ std::string unfinished_one()
     return sac_header(header) + sac_samples({5, -3, 4});
 }
 
+/// A call that failed made no difference.
+void expect_undisturbed(const Converted& run, const Tree& tree)
+{
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.err, "");
+    EXPECT_TRUE(same_tree(run.tree, tree));
+}
+
 const std::string Cannot_write = "\nFile write error for 'out/";
 
 TEST_F(Faulty_calls, in_the_middle_of_the_station_file_end_the_run_instead_of_half_its_keys)
@@ -114,8 +122,7 @@ TEST_F(Faulty_calls, that_are_interrupted_are_made_again)
             SCOPED_TRACE(kind + std::to_string(at));
             options.run = failing(kind, at, EINTR, WHEN::once);
             const Converted run = convert(one_event(12, {5, -3, 4}), {"-L-"}, options);
-            EXPECT_EQ(run.status, 0);
-            EXPECT_TRUE(same_tree(run.tree, whole_tree()));
+            expect_undisturbed(run, whole_tree());
         }
     }
 }
@@ -240,9 +247,7 @@ TEST_F(Faulty_calls, that_find_no_descriptor_where_no_file_can_give_way_are_made
         SCOPED_TRACE(at);
         options.run = failing("open", at, EMFILE, WHEN::once);
         const Converted run = convert(one_event(12, {5, -3, 4}), {"-L-"}, options);
-        EXPECT_EQ(run.status, 0);
-        EXPECT_EQ(run.err, "");
-        EXPECT_TRUE(same_tree(run.tree, whole_tree()));
+        expect_undisturbed(run, whole_tree());
     }
 }
 
@@ -310,9 +315,7 @@ TEST_F(Faulty_calls, of_closing_that_are_interrupted_lose_nothing)
         SCOPED_TRACE(at);
         options.run = failing("close", at, EINTR, WHEN::once);
         const Converted run = convert(one_event(12, {5, -3, 4}), {}, options);
-        EXPECT_EQ(run.status, 0);
-        EXPECT_EQ(run.err, "");
-        EXPECT_TRUE(same_tree(run.tree, whole_tree_with_logs(run)));
+        expect_undisturbed(run, whole_tree_with_logs(run));
     }
 }
 
@@ -335,9 +338,7 @@ TEST_F(Faulty_calls, for_a_large_buffer_leave_a_smaller_one)
         SCOPED_TRACE(at);
         options.run = failing_buffers(at, WHEN::once);
         const Converted run = convert(one_event(12, {5, -3, 4}), {}, options);
-        EXPECT_EQ(run.status, 0);
-        EXPECT_EQ(run.err, "");
-        EXPECT_TRUE(same_tree(run.tree, whole_tree_with_logs(run)));
+        expect_undisturbed(run, whole_tree_with_logs(run));
     }
 }
 
@@ -347,9 +348,7 @@ TEST_F(Faulty_calls, for_every_buffer_but_the_first_make_all_files_share_that_on
     options.ini = Station_file;
     options.run = failing_buffers(2, WHEN::from_then_on);
     const Converted run = convert(one_event(12, {5, -3, 4}), {}, options);
-    EXPECT_EQ(run.status, 0);
-    EXPECT_EQ(run.err, "");
-    EXPECT_TRUE(same_tree(run.tree, whole_tree_with_logs(run)));
+    expect_undisturbed(run, whole_tree_with_logs(run));
 }
 
 TEST_F(Faulty_calls, for_every_buffer_end_the_run_like_a_file_that_cannot_be_opened)
