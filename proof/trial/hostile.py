@@ -14,7 +14,7 @@ MEGABYTE = 1 << 20
 SECONDS_LEAST = 1.0  # for inputs of less than a megabyte
 BASE_KB = 10 << 10  # the program, its buffers, its tables
 MEMORY_PER_INPUT = 3  # bytes kept per byte of recording, where every packet is another unit, event or channel
-MEMORY_PER_INI = 72  # bytes kept per byte of station file, where every line is empty
+MEMORY_PER_INI = 20  # bytes kept per byte of station file, where every line begins a section
 FILE_MOST = 256 * MEGABYTE  # of one output file; the status is then 22
 TYPES = ("EH", "ET", "DT", "SH", "SC", "DS", "CD", "OM", "AD", "DR", "NH", "NT", "FD")
 FILLS = (b"\x00", b"\xff", b"\x0a", b"\xa0", b"\xaa", b"\x99", b"\x39", b" ", b"-", b"%", b"\x01\x00", b"ON ")
@@ -101,7 +101,9 @@ def sections(scale):
     section = "[{:04X}]\nStation=S{}\nCh1Azm=5\n"
     lines = "".join(section.format(n & 0xFFFF, n % 10000) for n in range(100000 * scale)).encode()
     recording = b"".join(data(1, [unit], unit=unit) for unit in range(1, 4000))
-    return Case(f"{100000 * scale} sections", recording, ["-VN", "-L-"], lines)
+    yield Case(f"{100000 * scale} sections", recording, ["-VN", "-L-"], lines)
+    headers = b"".join(b"[%04X]\n" % (n & 0xFFFF) for n in range(scale * MEGABYTE // 7))
+    yield Case(f"headers of sections of {scale} MB", recording, ["-VN", "-L-"], headers)
 
 
 def long_sections(scale):
@@ -195,7 +197,7 @@ def cases(scale):
         yield field_sweep(kind, scale)
     yield from ways_out()
     yield long_lines(scale)
-    yield sections(scale)
+    yield from sections(scale)
     yield from long_sections(scale)
     yield same_names(scale)
     yield directories(scale)
