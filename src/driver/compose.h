@@ -30,8 +30,11 @@ template <int width>
 char* put_digits(char* to, uint32_t value)
 {
     int at = width;
-    for (; at >= 2; value /= 100) memcpy(to + (at -= 2), Pairs.of[value % 100], 2);
-    if (at) *to = static_cast<char>('0' + value % 10);
+    for (; at >= 2; value /= 100) {
+        at -= 2;
+        memcpy(to + at, Pairs.of[value % 100], 2);
+    }
+    if (at == 1) *to = static_cast<char>('0' + value % 10);
     return to + width;
 }
 

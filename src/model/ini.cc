@@ -18,7 +18,8 @@
 
 namespace {
 
-constexpr size_t Line_max = 99;  // longer lines fall into pieces, each a line of its own
+constexpr size_t Line_max = 99; // longer lines fall into pieces, each a line of its own
+static_assert(Line_max <= INI_LINES::Longest);
 constexpr size_t Header_len = 6; // "[9A3F]"
 
 struct INI_FILE {

@@ -13,7 +13,9 @@ struct UNIT_T;
 /// Lines in the order of the file. Each costs a byte beside its text: a file may consist of short ones.
 class INI_LINES {
 public:
-    void add(std::string_view line) ///< of at most 255 characters
+    static constexpr size_t Longest = 255;
+
+    void add(std::string_view line)
     {
         packed.push_back(static_cast<char>(line.size()));
         packed.append(line);

@@ -2,20 +2,27 @@
 
 #include "driver/text.h"
 
+#include <cstring>
+
 /// Bytes of a field that lie past the packet's end.
 static size_t missing(std::string_view field, Span where)
 {
     return static_cast<size_t>(where.len) - field.size();
 }
 
+static void write_blanks(OUT_FILE& log, size_t n)
+{
+    memset(log.room(static_cast<uint32_t>(n)), ' ', n);
+    log.took(static_cast<uint32_t>(n));
+}
+
 void form_label(OUT_FILE& log, Form form, std::string_view label)
 {
     // "%*s%-*s: ", by hand: most of what is written for an event are labels.
-    constexpr std::string_view blanks = "                                ";
     const auto column = static_cast<size_t>(form.column);
-    log.write(blanks.substr(0, static_cast<size_t>(form.indent)));
+    write_blanks(log, static_cast<size_t>(form.indent));
     log.write(label);
-    if (label.size() < column) log.write(blanks.substr(0, column - label.size()));
+    if (label.size() < column) write_blanks(log, column - label.size());
     log.write(": ");
 }
 

@@ -15,7 +15,7 @@ struct Line {
     const char* label;
 };
 
-/// How far a label is indented, and the column it fills. At most 32 each.
+/// How far a label is indented, and the column it fills.
 struct Form {
     int indent, column;
 };

@@ -28,7 +28,7 @@ struct DIGEST {
 };
 
 /// Writes n samples as floats, n at least 1, and takes their digest in the same pass, of squares if wanted.
-VX_WIDE DIGEST write_floats(const int32_t* samples, size_t n, char* to, bool squares)
+VX_WIDE DIGEST write_and_digest(const int32_t* samples, size_t n, char* to, bool squares)
 {
     DIGEST d{samples[0], samples[0], 0, 0};
     for (size_t i = 0; i < n; ++i) {
@@ -139,7 +139,8 @@ double with_squares(double sum, const int32_t* samples, uint32_t n)
 /// double is a multiple of one unit. What an addition makes of it there depends on the last bit before
 /// (halves go to the even multiple), and on nothing else. So the samples are cut into runs, all runs are
 /// added up at once from an even and from an odd start, and then the gains that apply are put together.
-/// False, with the sum as it was, when it would reach the next power of two.
+/// False, with the sum as it was, when it would reach the next power of two. No gain is negative: a run that
+/// passed the power takes the total past it, whatever became of its last bit.
 bool add_squares_in_runs(double& sum, const int32_t* samples, uint32_t n)
 {
     const uint64_t first = bits_of(sum);
@@ -210,7 +211,8 @@ void add_samples_one_by_one(CHN_T* chn, const int32_t* samples, uint32_t n, char
 void add_samples(CHN_T* chn, const int32_t* samples, uint32_t n, char* to)
 {
     if (n == 0) return;
-    const DIGEST d = write_floats(samples, n, to, chn->sq_sum <= Exact_max);
+    const bool squares = chn->sq_sum <= Exact_max; // or they would not be taken as whole numbers anyway
+    const DIGEST d = write_and_digest(samples, n, to, squares);
     add_to_sum(chn, samples, n, d);
     add_to_squares(chn, samples, n, d);
     move_extremes(chn, samples, n, d);

@@ -11,5 +11,5 @@ struct CHN_T;
 void add_samples_one_by_one(CHN_T* chn, const int32_t* samples, uint32_t n, char* to);
 
 /// The same result, faster: whole numbers while sums are exact, several runs at a time where they are
-/// rounded. n at most 4096.
+/// rounded.
 void add_samples(CHN_T* chn, const int32_t* samples, uint32_t n, char* to);

@@ -106,8 +106,8 @@ struct FRAME {
     return to;
 }
 
-/// Half a frame of bytes, or of halves of words, widened. That is some whole vectors: unless it unrolls the
-/// loop too early, the compiler makes it of them alone.
+/// Half a frame of bytes, or of halves of words, widened. That is some whole vectors; a loop unrolled before
+/// the compiler comes to vectors would not become any.
 template <class FIELD>
 [[gnu::always_inline]] inline void widen(const uint8_t* half_frame, int32_t* to)
 {
