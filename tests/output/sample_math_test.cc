@@ -154,14 +154,20 @@ TEST(add_samples, does_nothing_for_no_sample)
     expect_same(pair.fast, pair.plain);
 }
 
+uint32_t word_at(const char* bytes)
+{
+    uint32_t word = 0;
+    for (int i = 0; i < 4; ++i) word = word << 8 | static_cast<unsigned char>(bytes[i]);
+    return word;
+}
+
 /// The word that a trace holds for a sample.
 uint32_t written(int32_t sample)
 {
     CHN_T chn;
-    unsigned char bytes[4];
-    add_samples(&chn, &sample, 1, reinterpret_cast<char*>(bytes));
-    return static_cast<uint32_t>(bytes[0]) << 24 | static_cast<uint32_t>(bytes[1]) << 16 |
-           static_cast<uint32_t>(bytes[2]) << 8 | bytes[3];
+    char bytes[4];
+    add_samples(&chn, &sample, 1, bytes);
+    return word_at(bytes);
 }
 
 TEST(add_samples, writes_the_nearest_float_and_ties_to_even)
@@ -175,22 +181,18 @@ TEST(add_samples, writes_the_nearest_float_and_ties_to_even)
     EXPECT_EQ(written(-2147483647 - 1), 0xCF000000U);
 }
 
-TEST(add_samples, writes_every_length_like_single_samples)
+TEST(add_samples, writes_every_sample_of_every_length_and_nothing_behind)
 {
     std::mt19937 random(10);
     for (uint32_t n = 0; n <= 70; ++n) {
         std::vector<int32_t> samples(n);
         for (int32_t& x : samples) x = static_cast<int32_t>(random());
-        std::vector<unsigned char> out(4 * n + 4, 0xEE);
+        std::vector<char> out(4 * n + 4, '\xEE');
         CHN_T chn;
-        add_samples(&chn, samples.data(), n, reinterpret_cast<char*>(out.data()));
-        for (uint32_t i = 0; i < n; ++i) {
-            const uint32_t word = static_cast<uint32_t>(out[4 * i]) << 24 |
-                                  static_cast<uint32_t>(out[4 * i + 1]) << 16 |
-                                  static_cast<uint32_t>(out[4 * i + 2]) << 8 | out[4 * i + 3];
-            ASSERT_EQ(word, written(samples[i]));
-        }
-        EXPECT_EQ(out[4 * n], 0xEE);
+        add_samples(&chn, samples.data(), n, out.data());
+        for (uint32_t i = 0; i < n; ++i)
+            ASSERT_EQ(word_at(&out[4 * i]), std::bit_cast<uint32_t>(static_cast<float>(samples[i])));
+        EXPECT_EQ(word_at(&out[4 * n]), 0xEEEEEEEEU);
     }
 }
 
