@@ -6,6 +6,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
+
+// Each ending settles first what the writing thread was given: a trace that lost bytes before is why the run
+// ends.
 
 // The shared vocabulary of endings, kept whole: also what nothing raises, and the SCSI texts of a
 // disk-reading tool.
@@ -53,6 +57,7 @@ void end_run(int status)
 
 void shut_down(uint8_t code, const char* name, uint8_t* status_byte)
 {
+    out_settle();
     if (status_byte) *status_byte = code;
     vx::fcloseall();
     print_message(message_of(code), name);
@@ -62,8 +67,8 @@ void shut_down(uint8_t code, const char* name, uint8_t* status_byte)
 uint16_t vx::fcloseall()
 {
     uint16_t closed = 0;
-    if (FdIn) {
-        fclose(FdIn);
+    if (FILE* const in = std::exchange(FdIn, nullptr)) {
+        fclose(in);
         ++closed;
     }
     for (OUT_FILE* file : {&FdQcc, &FdLog}) {
@@ -76,18 +81,21 @@ uint16_t vx::fcloseall()
 
 void end_without_event_memory()
 {
+    out_settle();
     printf("\n\nOut of Heap allocating Event pointer");
     end_run(255);
 }
 
 void end_without_channel_memory()
 {
+    out_settle();
     printf(" Out of Heap allocating CHNLST_T pointer");
     end_run(FATAL_MEMORY);
 }
 
 void end_without_name()
 {
+    out_settle();
     printf("\n\nERROR!!!!!\n   Unable to create an unique filename.");
     vx::fcloseall();
     end_run(FATAL_NO_NAME);
@@ -95,6 +103,7 @@ void end_without_name()
 
 void end_without_trace(const char* name)
 {
+    out_settle();
     printf("\n\nERROR!!!!\n   unable to open %s for output.", name);
     vx::fcloseall();
     end_run(FATAL_OPEN);

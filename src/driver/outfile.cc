@@ -1,6 +1,7 @@
 #include "driver/outfile.h"
 
 #include "driver/fatal.h"
+#include "driver/pieces.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -12,6 +13,7 @@
 #include <string>
 #include <sys/resource.h>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 
@@ -23,7 +25,7 @@ struct TIER {
     uint32_t made = 0;     ///< allocated so far
     char* spare = nullptr; ///< those not lent, chained through their first bytes
 };
-TIER Tiers[] = {{65536, 64}, {16384, 192}, {Out_room_max, 768}};
+TIER Tiers[] = {{Piece_max, 64}, {16384, 192}, {Out_room_max, 768}};
 
 constexpr uint32_t Slots_max = 64 + 192 + 768;
 constexpr uint32_t Descriptors_kept = 24; ///< left for input, INI file, console and what the host wants
@@ -32,6 +34,8 @@ uint32_t Slots_allowed; ///< 0 until the first file asks
 uint32_t Slots_lent;
 OUT_FILE* Newest;
 OUT_FILE* Oldest;
+uint64_t Since_closing;    ///< bytes of full buffers since a file was last closed
+uint64_t Between_closings; ///< and before that, back to the closing before
 bool Lost;
 bool Ending; ///< the run is being ended: a further loss cannot end it again
 
@@ -48,6 +52,14 @@ uint32_t slots_by_limit()
     }
     if (limit.rlim_cur <= Descriptors_kept + 2) return 2;
     return static_cast<uint32_t>(std::min<rlim_t>(limit.rlim_cur - Descriptors_kept, Slots_max));
+}
+
+/// The system's table of descriptors grows with their number, and once there are two threads each step of its
+/// growth takes some ten milliseconds. It grows now, by a copy of standard input.
+void widen_descriptor_table()
+{
+    const int last = fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, static_cast<int>(Slots_max + Descriptors_kept - 1));
+    if (last >= 0) ::close(last);
 }
 
 void unlink_slot(OUT_FILE& file)
@@ -97,29 +109,37 @@ void lose(OUT_FILE& file)
     if (file.broken) return;
     file.broken = true;
     file.used = 0;
-    if (file.on_loss == ON_LOSS::end_run && !Ending) shut_down(FATAL_WRITE, file.name, nullptr);
+    if (file.on_loss == ON_LOSS::end_run && !Ending) {
+        Ending = true;
+        shut_down(FATAL_WRITE, file.name, nullptr);
+    }
     Lost = true;
     fprintf(stderr, "\nFile write error for '%s'", file.name);
 }
 
-bool write_all(int fd, const char* bytes, size_t n)
-{
-    while (n > 0) {
-        const ssize_t done = ::write(fd, bytes, n);
-        if (done < 0 && errno == EINTR) continue;
-        if (done <= 0) return false;
-        bytes += done;
-        n -= static_cast<size_t>(done);
-    }
-    return true;
-}
-
+/// Writes what is collected, behind all that was handed over before.
 void write_collected(OUT_FILE& file)
 {
+    out_settle();
     if (file.used == 0) return;
     const uint32_t n = file.used;
     file.used = 0; // also when it fails: the ending that follows must not try again
     if (!file.broken && !write_all(file.fd, file.buf, n)) lose(file);
+}
+
+/// The thread pays where long traces are written: each closing of a file waits for it, which costs as much as
+/// it gains with some ten pieces.
+bool thread_pays()
+{
+    constexpr uint64_t least = 16 * Piece_max;
+    return std::max(Since_closing, Between_closings) >= least;
+}
+
+/// Makes room in a buffer that is full.
+void empty_buffer(OUT_FILE& file)
+{
+    Since_closing += file.used;
+    if (!thread_pays() || !hand_over(file)) write_collected(file);
 }
 
 /// Writes what is collected and takes the slot back. The file stays open in its owner's eyes.
@@ -127,6 +147,7 @@ void take_slot(OUT_FILE& file)
 {
     if (!file.buf) return;
     write_collected(file);
+    if (Since_closing > 0) Between_closings = std::exchange(Since_closing, 0);
     const bool closed = ::close(file.fd) == 0;
     file.fd = -1;
     unlink_slot(file);
@@ -159,7 +180,10 @@ int how_to_open(OUT_MODE mode)
 /// Gives a file a buffer to the descriptor it has got.
 bool lend_slot(OUT_FILE& file, int fd)
 {
-    if (Slots_allowed == 0) Slots_allowed = slots_by_limit();
+    if (Slots_allowed == 0) {
+        Slots_allowed = slots_by_limit();
+        widen_descriptor_table();
+    }
     while (Slots_lent >= Slots_allowed && out_give_up_oldest()) {
     }
     do {
@@ -225,12 +249,18 @@ void out_close_all()
 
 bool out_overwrite_start(const char* name, std::string_view bytes)
 {
+    out_settle();
     const int fd = open_somehow(name, O_RDWR);
     if (fd < 0) return false;
     const bool written = write_all(fd, bytes.data(), bytes.size());
     const bool closed = ::close(fd) == 0 || errno == EINTR;
     if (!written || !closed) shut_down(FATAL_WRITE, name, nullptr);
     return true;
+}
+
+void out_settle()
+{
+    finish_pieces(lose);
 }
 
 bool out_lost_bytes()
@@ -261,7 +291,7 @@ char* OUT_FILE::room(uint32_t n)
         unlink_slot(*this);
         link_newest(*this);
     }
-    if (cap - used < n) write_collected(*this);
+    if (cap - used < n) empty_buffer(*this);
     return broken ? waste() : buf + used;
 }
 

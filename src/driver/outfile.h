@@ -6,7 +6,9 @@
 // traces may be open at once, while memory and descriptors stay bounded.
 //
 // A failed write never passes unseen. For a trace it ends the run (status 22). For a log it is told
-// once on standard error, the file keeps its whole prefix, and the run's status shows it.
+// once on standard error, the file keeps its whole prefix, and the run's status shows it. Full buffers
+// are written by a thread while the run goes on (driver/pieces): their failing is noticed somewhat later,
+// at the same place each time.
 #pragma once
 
 #include <cstddef>
@@ -61,6 +63,9 @@ void out_close_all();
 /// Overwrites the first bytes of a finished file through a descriptor of its own, without truncating.
 /// False when the file cannot be opened; a failed write is a loss as for any trace.
 bool out_overwrite_start(const char* name, std::string_view bytes);
+
+/// Waits until all that the thread was given is written. A loss is told now, or ends the run.
+void out_settle();
 
 /// True once a file lost bytes and the run went on.
 bool out_lost_bytes();

@@ -7,9 +7,11 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <cstdio>
 #include <string>
 #include <sys/mman.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 namespace {
@@ -109,6 +111,41 @@ TEST(shut_down, keeps_what_was_shown_before)
             shut_down(21, nullptr, nullptr);
         },
         21, "\r0000001\nFile read error for '(null)'");
+}
+
+/// What comes up after a file has lost bytes that the writing thread was given.
+void end_after_a_loss(const std::string& path, ON_LOSS on_loss, void (*ending)())
+{
+    signal(SIGXFSZ, SIG_IGN);
+    rlimit size{};
+    if (getrlimit(RLIMIT_FSIZE, &size) != 0) _exit(99);
+    size.rlim_cur = 1'500'000; // the thread is there by then
+    if (setrlimit(RLIMIT_FSIZE, &size) != 0) _exit(98);
+    OUT_FILE file;
+    if (!out_open(file, path.c_str(), OUT_MODE::truncate, on_loss)) _exit(97);
+    file.write(std::string(2'000'000, 'x'));
+    ending();
+}
+
+TEST(Every_ending, is_for_a_trace_that_lost_bytes_before)
+{
+    void (*const endings[])() = {[] { shut_down(21, nullptr, nullptr); }, end_without_event_memory,
+                                 end_without_channel_memory, end_without_name,
+                                 [] { end_without_trace("another"); }};
+    const kit::Scratch scratch;
+    const std::string path = scratch.path("trace");
+    for (const auto ending : endings)
+        expect_ending([&] { end_after_a_loss(path, ON_LOSS::end_run, ending); }, 22,
+                      "\nFile write error for '" + path + "'");
+}
+
+TEST(Every_ending, keeps_its_status_where_a_log_lost_bytes_before)
+{
+    const kit::Scratch scratch;
+    const std::string path = scratch.path("log");
+    expect_ending([&] { end_after_a_loss(path, ON_LOSS::tell_once, end_without_name); }, 23,
+                  "\n\nERROR!!!!!\n   Unable to create an unique filename.",
+                  "\nFile write error for '" + path + "'");
 }
 
 TEST_F(Run_wide_files, are_whole_after_a_fatal_error)

@@ -605,6 +605,44 @@ TEST_F(Out_file, of_a_trace_that_lost_bytes_does_not_keep_the_others_from_their_
     EXPECT_EQ(scratch.read("file"), "whole");
 }
 
+int threads()
+{
+    int n = 0;
+    for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator("/proc/self/task")) ++n;
+    return n;
+}
+
+/// Writes so many files of a length, one after the other, and fails where the number of threads is not this
+/// one.
+void write_files(const kit::Scratch& scratch, int count, size_t length, int threads_expected)
+{
+    const std::string bytes = some_bytes(length);
+    for (int i = 0; i < count; ++i) {
+        const std::string name = scratch.path("file" + std::to_string(length) + "-" + std::to_string(i));
+        OUT_FILE file;
+        if (!out_open(file, name.c_str(), OUT_MODE::create_new, ON_LOSS::end_run)) _exit(99);
+        file.write(bytes);
+        if (threads() != threads_expected) _exit(98);
+        out_close(file);
+        if (kit::read_file(name) != bytes) _exit(97);
+    }
+}
+
+TEST(Out_thread, is_there_once_files_are_long_and_not_while_they_are_short)
+{
+    const kit::Scratch scratch;
+    kit::expect_ending(
+        [&] {
+            const int before = threads();
+            write_files(scratch, 20, 1'000'000, before);
+            write_files(scratch, 2, 1'200'000, before + 1);
+            write_files(scratch, 20, 200'000, before + 1);
+            write_files(scratch, 2, 3'000'000, before + 1);
+            exit(0);
+        },
+        0, "");
+}
+
 TEST(Out_overwrite_start, replaces_the_first_bytes_and_keeps_the_rest)
 {
     const kit::Scratch scratch;

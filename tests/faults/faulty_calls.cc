@@ -138,11 +138,13 @@ ssize_t write_to(KIND kind, int fd, const void* from, size_t n)
     return syscall(SYS_write, fd, from, n);
 }
 
-/// As Linux does it: the descriptor is gone also when closing fails. Files that are only read have nothing to
-/// lose and do not count.
+/// As Linux does it: the descriptor is gone also when closing fails. Files that are only read, and devices,
+/// have nothing to lose and do not count.
 int close_it(int fd)
 {
-    const bool written = (fcntl(fd, F_GETFL) & O_ACCMODE) != O_RDONLY;
+    struct stat64 what {};
+    const bool is_file = fstatat64(fd, "", &what, AT_EMPTY_PATH) == 0 && S_ISREG(what.st_mode);
+    const bool written = is_file && (fcntl(fd, F_GETFL) & O_ACCMODE) != O_RDONLY;
     const bool bad = written && fails(CLOSE);
     const auto status = static_cast<int>(syscall(SYS_close, fd));
     if (bad) errno = Error;

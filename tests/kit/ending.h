@@ -1,6 +1,7 @@
 // What a piece of the program shows, and how it ends the process.
 #pragma once
 
+#include "driver/pieces.h"
 #include "kit/scratch.h"
 
 #include <gmock/gmock.h>
@@ -38,6 +39,7 @@ void expect_ending(What what, int status, const std::string& out, const std::str
     const testing::ScopedTrace trace(file, line, "ending");
     const Scratch scratch;
     const std::string path = scratch.write("stdout", "");
+    end_pieces(); // the process that ends is made by a fork
     EXPECT_EXIT(
         {
             if (!freopen(path.c_str(), "w", stdout)) abort();

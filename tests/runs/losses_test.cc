@@ -1,6 +1,7 @@
 // Bytes that cannot be written, names that others hold: no loss passes with status 0.
 #include "runs/common.h"
 
+#include <bit>
 #include <sys/resource.h>
 #include <thread>
 #include <unistd.h>
@@ -31,6 +32,19 @@ Outcome with_full(const Scratch& scratch, const Recording& recording, const std:
     Args args = {"rec.pkt", "out"};
     args.insert(args.end(), more.begin(), more.end());
     return run_vx(scratch.dir(), args);
+}
+
+/// Samples of so many packets, and the packets of an event that never ends.
+Recording long_event(unsigned packets, std::vector<int32_t>& all)
+{
+    Recording recording = Eh().event(12).usual().packet();
+    for (unsigned i = 0; i < packets; ++i) {
+        const int first = static_cast<int>(i % 100);
+        const std::vector<int32_t> samples = counting(first, first + 249);
+        all.insert(all.end(), samples.begin(), samples.end());
+        recording += Dt().event(12).samples(samples);
+    }
+    return recording;
 }
 
 bool device_is_there()
@@ -82,6 +96,112 @@ TEST(Losses, logs_that_cannot_grow_are_told_once_each_and_the_traces_are_whole)
                            sac_file(Sac().rate(100).stats(1, 50, 25.5f), counting(1, 50))));
     EXPECT_TRUE(same_bytes(mask_run_date(run.file("2004123101530250_STA01_1A1.sac")),
                            sac_file(Sac().rate(100).stats(4, 6, 5), {4, 5, 6})));
+}
+
+TEST(Losses, a_long_trace_that_cannot_grow_ends_the_run_at_the_same_packet_each_time)
+{
+    constexpr unsigned long Most = 2'000'000;
+    std::vector<int32_t> samples;
+    const Recording recording = long_event(4000, samples);
+    const Converted run = convert(recording, {"-L-"}, at_most(Most));
+    EXPECT_EQ(run.status, 22);
+    EXPECT_TRUE(ends_with(run.out, Told + Name_1_1 + "'"));
+    EXPECT_EQ(run.err, "");
+    const std::string& trace = run.file(Name_1_1);
+    EXPECT_EQ(trace.size(), Most) << "all that fits is there";
+    EXPECT_TRUE(same_bytes(trace.substr(632), sac_samples(samples).substr(0, Most - 632)));
+    const auto progress = [](const Converted& c) { return c.out.substr(c.out.find("  Block ")); };
+    for (int i = 0; i < 5; ++i)
+        EXPECT_TRUE(same_bytes(progress(convert(recording, {"-L-"}, at_most(Most))), progress(run))) << i;
+}
+
+const std::string Three_names[] = {Name_1_1, "2004123101530250_STA01_1_2.sac",
+                                   "2004123101530250_STA01_1_3.sac"};
+
+/// Three traces that grow at the same time; not ended.
+Recording three_long_traces(int packets)
+{
+    Recording recording = Eh().event(12).usual().packet();
+    for (int i = 0; i < packets; ++i)
+        for (int channel = 0; channel < 3; ++channel)
+            recording += Dt().event(12)
+                             .channel(static_cast<unsigned>(channel))
+                             .samples(counting(i + channel, i + channel + 249));
+    return recording;
+}
+
+TEST(Losses, several_long_traces_at_the_same_time_are_whole)
+{
+    const Converted run = convert(three_long_traces(1200));
+    EXPECT_EQ(run.status, 0);
+    for (int channel = 0; channel < 3; ++channel) {
+        std::vector<int32_t> samples;
+        for (int i = 0; i < 1200; ++i)
+            for (const int32_t x : counting(i + channel, i + channel + 249)) samples.push_back(x);
+        // From i to i + 249 the mean is i + 124.5, and that of i from 0 to 1199 is 599.5.
+        const auto c = static_cast<float>(channel);
+        const std::string& trace = run.file(Three_names[channel]);
+        EXPECT_TRUE(same_bytes(trace.substr(632), sac_samples(samples)));
+        EXPECT_EQ(header_int(trace, 79), 1200 * 250);
+        EXPECT_EQ(header_bits(trace, 56), std::bit_cast<uint32_t>(724.0F + c));
+        EXPECT_EQ(header_bits(trace, 1), std::bit_cast<uint32_t>(c));
+        EXPECT_EQ(header_bits(trace, 2), std::bit_cast<uint32_t>(1448.0F + c));
+    }
+}
+
+TEST(Losses, several_long_traces_that_cannot_grow_end_the_run_once_and_its_logs_are_whole)
+{
+    constexpr unsigned long Most = 600'000;
+    const Converted run = convert(three_long_traces(1200), {}, at_most(Most));
+    EXPECT_EQ(run.status, 22);
+    EXPECT_TRUE(ends_with(run.out, Told + Three_names[0] + "'"));
+    EXPECT_EQ(run.err, Told + Three_names[1] + "'" + Told + Three_names[2] + "'");
+    for (const std::string& trace : Three_names) EXPECT_EQ(run.file(trace).size(), Most) << trace;
+    EXPECT_TRUE(ends_with(run.file("rec.vxl"), "\r\n"));
+    EXPECT_GT(run.file("rec.vxl").size(), 50'000U);
+    EXPECT_TRUE(ends_with(run.file("ID9A2F.vxl"), usual_dump()));
+}
+
+TEST(Losses, a_long_trace_that_cannot_grow_is_why_a_run_ends_that_would_end_otherwise_soon_after)
+{
+    std::vector<int32_t> samples;
+    const Recording recording = long_event(2000, samples) + one_event(13, {1, 2});
+    Scratch scratch;
+    scratch.write("rec.pkt", recording);
+    for (char letter = 'A'; letter <= 'X'; ++letter)
+        scratch.write(std::string("out/2004123101530250_STA01_1") + letter + "1.sac", "taken");
+    const Outcome free = run_vx(scratch.dir(), {"rec.pkt", "out", "-L-"});
+    EXPECT_EQ(free.status, 23) << "no name is left for the second event";
+    ASSERT_EQ(unlink(scratch.path(std::string("out/") + Name_1_1).c_str()), 0);
+
+    const Outcome run = run_vx(scratch.dir(), {"rec.pkt", "out", "-L-"}, at_most(1'900'000).run);
+    EXPECT_EQ(run.status, 22);
+    EXPECT_TRUE(ends_with(run.out, Told + Name_1_1 + "'"));
+    EXPECT_EQ(run.err, "");
+}
+
+TEST(Losses, long_logs_that_cannot_grow_are_told_once_each_and_the_traces_are_whole)
+{
+    constexpr unsigned long Most = 450'000;
+    Recording recording = three_long_traces(400) + Et().event(12).usual().packet();
+    const std::string line = std::string(100, 'x') + "\r\n";
+    for (int i = 0; i < 5000; ++i) recording += Sh(line);
+    const Converted run = convert(recording, {}, at_most(Most));
+    EXPECT_EQ(run.status, 22);
+    EXPECT_EQ(run.err.size(), 2 * Told.size() + std::string("rec.vxl'ID9A2F.vxl'").size());
+    EXPECT_EQ(count(run.err, Told + "rec.vxl'"), 1U) << run.err;
+    EXPECT_EQ(count(run.err, Told + "ID9A2F.vxl'"), 1U) << run.err;
+    EXPECT_TRUE(ends_with(run.out, progress_sh(6202, "9A2F") + "\r\n"));
+
+    const Converted whole = convert(recording);
+    EXPECT_EQ(whole.status, 0);
+    for (const char* log : {"rec.vxl", "ID9A2F.vxl"}) {
+        const size_t header = log_header(settings_of(run)).size();
+        EXPECT_EQ(run.file(log).size(), Most) << log;
+        EXPECT_TRUE(same_bytes(run.file(log).substr(header), whole.file(log).substr(header, Most - header)));
+    }
+    for (const std::string& trace : Three_names)
+        EXPECT_TRUE(same_bytes(mask_run_date(run.file(trace)), mask_run_date(whole.file(trace))));
 }
 
 TEST(Losses, a_full_device_under_the_run_wide_log_is_told)
