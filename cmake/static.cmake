@@ -1,5 +1,5 @@
 # Programs without a library of the host's: what the option VX_STATIC asks for. Sets how vx_program is linked.
-if(VX_TESTS OR VX_SHARED OR VX_SANITIZE OR VX_MEMORY_SANITIZER)
+if(VX_TESTS OR VX_SHARED OR VX_SANITIZE OR VX_MEMORY_SANITIZER OR VX_THREAD_SANITIZER)
     message(FATAL_ERROR "VX_STATIC is for the programs alone: not with tests, shared libraries or sanitizers")
 endif()
 block()

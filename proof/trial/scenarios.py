@@ -43,6 +43,12 @@ def steim(build):
     return Scenario("steim, two units, station file", recording, [], station_file((0x9A01, 0x9A02)))
 
 
+def long_traces(build):
+    """Traces that the writing thread sees to, closed in the middle of the run and at its end."""
+    recording = build.recording("--size", "1200K", "--format", "c2", "--units", "1", "--streams", "1", "--events", "2")
+    return Scenario("long traces", recording, ["-DY"])
+
+
 def statistics(build):
     recording = build.recording("--seconds", "3", "--units", "2", "--events", "2", "--interleave")
     return Scenario("statistics, data in the logs, parameters", recording, ["-QY", "-DY"])
@@ -90,4 +96,4 @@ def again(place):
 
 def all_of(place):
     build = place.build
-    return [steim(build), statistics(build), many_events(build), corrupt(build), limits(build), again(place)]
+    return [steim(build), long_traces(build), statistics(build), many_events(build), corrupt(build), limits(build), again(place)]

@@ -2,7 +2,8 @@
 // the program starts. Integers and single operations only: both give the same bits.
 #pragma once
 
-#if defined(__x86_64__) && defined(__linux__) && !defined(__SANITIZE_ADDRESS__) && !defined(__clang__)
+#if defined(__x86_64__) && defined(__linux__) && !defined(__SANITIZE_ADDRESS__) &&                           \
+    !defined(__SANITIZE_THREAD__) && !defined(__clang__)
 #define VX_WIDE __attribute__((target_clones("avx2", "default")))
 #else
 #define VX_WIDE
