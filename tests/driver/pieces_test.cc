@@ -257,7 +257,7 @@ TEST(Pieces, are_not_taken_where_no_thread_can_be_had)
 #endif
     Place place("file");
     const std::string path = place.scratch.path("written");
-    const std::string bytes = some_bytes(500'000, 1);
+    const std::string bytes = some_bytes(2'000'000, 1); // long enough for a thread
     kit::expect_ending(
         [&] {
             OUT_FILE file;
