@@ -2,6 +2,7 @@
 #include "driver/outfile.h"
 
 #include "driver/fatal.h"
+#include "kit/bytes.h"
 #include "kit/ending.h"
 #include "kit/scratch.h"
 
@@ -24,15 +25,7 @@
 namespace {
 
 using namespace std::string_view_literals;
-
-/// Bytes of all values, without a short period.
-std::string some_bytes(size_t n, uint32_t seed = 1)
-{
-    std::mt19937 random(seed);
-    std::string bytes(n, '\0');
-    for (char& c : bytes) c = static_cast<char>(random());
-    return bytes;
-}
+using kit::some_bytes;
 
 std::string letters(size_t n, char first = 'a')
 {

@@ -2,6 +2,7 @@
 #include "driver/pieces.h"
 
 #include "driver/outfile.h"
+#include "kit/bytes.h"
 #include "kit/ending.h"
 #include "kit/scratch.h"
 
@@ -11,7 +12,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
-#include <random>
 #include <string>
 #include <string_view>
 #include <sys/resource.h>
@@ -21,15 +21,9 @@
 
 namespace {
 
-constexpr int On_their_way = 16; ///< pieces at most
+using kit::some_bytes;
 
-std::string some_bytes(size_t n, uint32_t seed)
-{
-    std::mt19937 random(seed);
-    std::string bytes(n, '\0');
-    for (char& c : bytes) c = static_cast<char>(random());
-    return bytes;
-}
+constexpr int On_their_way = 16; ///< pieces at most
 
 /// The files that lost pieces, in the order in which they are told.
 std::vector<const OUT_FILE*> Told;

@@ -2,6 +2,7 @@
 #include "packet/input.h"
 
 #include "driver/settings.h"
+#include "kit/bytes.h"
 #include "kit/ending.h"
 #include "kit/scratch.h"
 
@@ -9,7 +10,6 @@
 
 #include <csignal>
 #include <cstdio>
-#include <random>
 #include <string>
 #include <sys/socket.h>
 #include <sys/time.h>
@@ -18,13 +18,7 @@
 
 namespace {
 
-std::string some_bytes(size_t n)
-{
-    std::mt19937 random(7);
-    std::string bytes(n, '\0');
-    for (char& c : bytes) c = static_cast<char>(random());
-    return bytes;
-}
+using kit::some_bytes;
 
 class Input : public testing::Test {
 protected:

@@ -47,6 +47,21 @@ Recording long_event(unsigned packets, std::vector<int32_t>& all)
     return recording;
 }
 
+const std::string Three_names[] = {Name_1_1, "2004123101530250_STA01_1_2.sac",
+                                   "2004123101530250_STA01_1_3.sac"};
+
+/// Three traces that grow at the same time; not ended.
+Recording three_long_traces(int packets)
+{
+    Recording recording = Eh().event(12).usual().packet();
+    for (int i = 0; i < packets; ++i)
+        for (int channel = 0; channel < 3; ++channel)
+            recording += Dt().event(12)
+                             .channel(static_cast<unsigned>(channel))
+                             .samples(counting(i + channel, i + channel + 249));
+    return recording;
+}
+
 bool device_is_there()
 {
     return access("/dev/full", W_OK) == 0;
@@ -113,21 +128,6 @@ TEST(Losses, a_long_trace_that_cannot_grow_ends_the_run_at_the_same_packet_each_
     const auto progress = [](const Converted& c) { return c.out.substr(c.out.find("  Block ")); };
     for (int i = 0; i < 5; ++i)
         EXPECT_TRUE(same_bytes(progress(convert(recording, {"-L-"}, at_most(Most))), progress(run))) << i;
-}
-
-const std::string Three_names[] = {Name_1_1, "2004123101530250_STA01_1_2.sac",
-                                   "2004123101530250_STA01_1_3.sac"};
-
-/// Three traces that grow at the same time; not ended.
-Recording three_long_traces(int packets)
-{
-    Recording recording = Eh().event(12).usual().packet();
-    for (int i = 0; i < packets; ++i)
-        for (int channel = 0; channel < 3; ++channel)
-            recording += Dt().event(12)
-                             .channel(static_cast<unsigned>(channel))
-                             .samples(counting(i + channel, i + channel + 249));
-    return recording;
 }
 
 TEST(Losses, several_long_traces_at_the_same_time_are_whole)
