@@ -1,18 +1,25 @@
 # shellcheck shell=bash
 # What the proofs share. Each is a command: proof/NAME looks as long as every commit can afford, proof/NAME --full
 # as long as a release deserves. Status 0: nothing was found. Status 77: it could not be run here; the last line
-# says why. The last line on standard output is the finding in figures: "NAME: ...".
+# says why. The last line on standard output is the finding in figures: "NAME: ...". A proof of several kinds names
+# them in the list `kinds` before it reads this file: proof/NAME [--full] [KIND...]. Those asked for stand there then.
 # shellcheck source=scripts/common.sh
 source "$(dirname -- "${BASH_SOURCE[0]}")/../scripts/common.sh"
 
 proof=${0##*/}
+[[ -v kinds ]] || kinds=()
 full=0
+asked=()
 for argument in "$@"; do
-    case $argument in
-    --full) full=1 ;;
-    *) die "usage: proof/$proof [--full]" ;;
-    esac
+    if [[ $argument == --full ]]; then
+        full=1
+    elif [[ " ${kinds[*]} " == *" $argument "* ]]; then
+        asked+=("$argument")
+    else
+        die "usage: proof/$proof [--full]${kinds:+ [KIND...], KIND being one of: ${kinds[*]}}"
+    fi
 done
+((${#asked[@]} == 0)) || kinds=("${asked[@]}")
 
 # By depth of the look: either QUICK FULL.
 either() { if ((full)); then say "$2"; else say "$1"; fi; }
