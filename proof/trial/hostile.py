@@ -18,8 +18,7 @@ MEMORY_PER_INI = 20  # bytes kept per byte of station file, where every line beg
 FILE_MOST = 256 * MEGABYTE  # of one output file; the status is then 22
 TYPES = ("EH", "ET", "DT", "SH", "SC", "DS", "CD", "OM", "AD", "DR", "NH", "NT", "FD")
 FILLS = (b"\x00", b"\xff", b"\x0a", b"\xa0", b"\xaa", b"\x99", b"\x39", b" ", b"-", b"%", b"\x01\x00", b"ON ")
-DUMPS = ("event", "stream", "station", "medium")
-SOURCES = ("src/packet/layout.h", *(f"src/output/dump_{dump}.cc" for dump in DUMPS))
+TABLES = (trial.ROOT / "src/packet/layout.h", *sorted((trial.ROOT / "src/output").glob("dump*.cc")))
 
 
 class Case:
@@ -36,9 +35,8 @@ class Case:
 def fields(scale):
     """Where the program's own tables say that fields lie, and a grid for what they leave out."""
     found = set()
-    for name in SOURCES:
-        text = (trial.ROOT / name).read_text()
-        for at, length, count in re.findall(r"\{(\d+), (\d+)(?:, (\d+))?\}", text):
+    for table in TABLES:
+        for at, length, count in re.findall(r"\{(\d+), (\d+)(?:, (\d+))?\}", table.read_text()):
             for i in range(int(count or 1)):
                 found.add((int(at) + i * int(length), int(length)))
     assert len(found) > 150, "the tables of fields are written otherwise now"

@@ -308,16 +308,6 @@ constexpr Relation Relations[] = {
     RELATION(recordings_joined_give_what_both_give),
 };
 
-Recording made(const Args& options)
-{
-    const kit::Scratch scratch;
-    kit::RunOptions run;
-    run.program = VX_MKREC_PROGRAM;
-    run.argv0 = "vx_mkrec";
-    kit::run_vx(scratch.dir(), joined(options, {"made.pkt"}), run);
-    return scratch.read("made.pkt");
-}
-
 Stream made_stream(Chance& chance)
 {
     const auto number = [&](unsigned first, unsigned last) {
@@ -338,7 +328,7 @@ Stream made_stream(Chance& chance)
     if (chance.one_in(2)) options.push_back("--interleave");
     if (chance.one_in(3)) options.push_back("--no-parameters");
     if (chance.one_in(6)) options.push_back("--bad-check");
-    in.recording = made(options);
+    in.recording = made_well(options);
     in.well = true;
     for (const std::string& option : options) in.how += option + " ";
     return in;
@@ -396,7 +386,7 @@ int main(int argc, char** argv)
         return argc > i ? strtoull(argv[i], nullptr, 10) : otherwise;
     };
     const uint64_t count = number(1, 0), seed = number(2, 1), first = number(3, 1);
-    const Recording base = made({"--seconds", "20", "--interleave"});
+    const Recording base = made_well({"--seconds", "20", "--interleave"});
     if (base.empty()) return 1;
 
     Account account;

@@ -78,6 +78,17 @@ kit::Args switches(Chance& chance)
 
 } // namespace
 
+kit::Recording made_well(kit::Args options)
+{
+    const kit::Scratch scratch;
+    kit::RunOptions run;
+    run.program = VX_MKREC_PROGRAM;
+    run.argv0 = "vx_mkrec";
+    options.push_back("made.pkt");
+    kit::run_vx(scratch.dir(), options, run);
+    return scratch.read("made.pkt");
+}
+
 Input make_input(Chance& chance, const std::vector<kit::Recording>& bases)
 {
     Input in;

@@ -18,6 +18,9 @@ struct Input {
     bool slow = false; ///< may hold a station name with "/", which is tried for seconds before it is refused
 };
 
+/// What vx_mkrec writes with these options.
+kit::Recording made_well(kit::Args options);
+
 /// One input. `bases` are well-made recordings, to be spoilt.
 Input make_input(Chance& chance, const std::vector<kit::Recording>& bases);
 

@@ -9,8 +9,8 @@ namespace {
 using namespace kit;
 using namespace std::string_view_literals;
 
-constexpr const char* Types[] = {"EH", "ET", "DT", "DT", "DT", "SH", "SC", "DS",
-                                 "CD", "OM", "AD", "DR", "NH", "NT", "FD", "XX"};
+constexpr const char* Parameters[] = {"SC", "DS", "CD", "OM", "AD", "DR", "NH", "NT", "FD"};
+constexpr const char* Other_types[] = {"EH", "ET", "DT", "DT", "DT", "SH", "XX"};
 constexpr unsigned Formats[] = {0x16, 0x17, 0x01, 0x32, 0x33, 0x00, 0xC0, 0xC1, 0x02, 0x03, 0xC2, 0xC3, 0x20};
 constexpr unsigned Units[] = {0x9A2F, 0x9A30, 0x0000, 0xFFFF, 0x0001};
 constexpr unsigned Events[] = {0, 1, 12, 13, 9999};
@@ -39,11 +39,17 @@ struct Field {
     int at, len;
 };
 constexpr Field Fields[] = {
-    {0, 2},   {2, 1},    {3, 1},   {4, 2},    {6, 6},    {12, 2},   {14, 2},   {16, 2},   {18, 1},  {19, 1},
-    {20, 2},  {22, 1},   {23, 1},  {24, 4},   {46, 1},   {57, 1},   {58, 1},   {59, 5},   {64, 24}, {88, 4},
-    {88, 8},  {92, 4},   {96, 16}, {112, 16}, {128, 16}, {144, 16}, {160, 8},  {288, 8},  {416, 1}, {464, 4},
-    {544, 6}, {848, 12}, {860, 2}, {862, 40}, {918, 26}, {1016, 6}, {64, 4},   {68, 4},   {72, 4},  {128, 4},
-    {16, 64}, {25, 1},   {26, 2},  {28, 2},   {30, 4},   {82, 24},  {230, 16}, {500, 50}, {936, 88}};
+    {0, 2},   {2, 1},    {3, 1},   {4, 2},    {6, 6},    {12, 2},   {14, 2},   {16, 2},   {18, 1},   {19, 1},
+    {20, 2},  {22, 1},   {23, 1},  {24, 4},   {46, 1},   {57, 1},   {58, 1},   {59, 5},   {64, 24},  {88, 4},
+    {88, 8},  {92, 4},   {96, 16}, {112, 16}, {128, 16}, {144, 16}, {160, 8},  {288, 8},  {416, 1},  {464, 4},
+    {544, 6}, {848, 12}, {860, 2}, {862, 40}, {918, 26}, {1016, 6}, {64, 4},   {68, 4},   {72, 4},   {128, 4},
+    {16, 64}, {25, 1},   {26, 2},  {28, 2},   {30, 4},   {82, 24},  {230, 16}, {500, 50}, {936, 88}, {59, 1},
+    {60, 4},  {16, 16},  {32, 72}, {64, 64},  {128, 64}, {288, 128}};
+
+const char* any_type(Chance& chance)
+{
+    return chance.one_in(2) ? chance.of(Parameters) : chance.of(Other_types);
+}
 
 std::string any_bytes(Chance& chance, size_t n)
 {
@@ -136,7 +142,7 @@ std::string data(Chance& chance)
 
 std::string parameters(Chance& chance)
 {
-    Params packet(chance.of({"SC", "DS", "CD", "OM", "AD", "DR", "NH", "NT", "FD"}));
+    Params packet(chance.of(Parameters));
     common(chance, packet);
     const unsigned how = chance.below(4);
     if (how == 1) packet.fill(16, Packet_len, '\0');
@@ -210,37 +216,49 @@ size_t place(Chance& chance, const Recording& recording)
     return chance.below(static_cast<unsigned>(recording.size()));
 }
 
+/// Where a whole packet begins.
 size_t packet_start(Chance& chance, const Recording& recording)
 {
-    return place(chance, recording) / Packet_len * Packet_len;
+    return chance.below(static_cast<unsigned>(recording.size() / Packet_len)) * size_t{Packet_len};
 }
 
+/// Gives a packet numbers that others have too.
+void let_meet(Chance& chance, Recording& r, size_t packet)
+{
+    r.replace(packet + 4, 2, big_endian(chance.of(Units), 2));
+    r.replace(packet + 16, 2, bcd(chance.below(4), 4));
+    r.replace(packet + 18, 1, bcd(chance.below(3), 2));
+    r.replace(packet + 19, 1, bcd(chance.below(chance.one_in(4) ? 100 : 4), 2));
+    if (r.compare(packet, 2, "DT") == 0) r[packet + 23] = static_cast<char>(chance.of(Formats));
+}
+
+void add_copy(Chance& chance, Recording& r, const std::string& packet)
+{
+    const size_t to = packet_start(chance, r);
+    r.insert(to, packet);
+    if (chance.one_in(2)) let_meet(chance, r, to);
+}
+
+void swap_packets(Recording& r, size_t a, size_t b)
+{
+    const auto packet = [&](size_t at) { return r.begin() + static_cast<std::ptrdiff_t>(at); };
+    if (a != b) std::swap_ranges(packet(a), packet(a) + Packet_len, packet(b));
+}
+
+/// One change that may also move all packets behind it off their places.
 void spoil_once(Chance& chance, Recording& r)
 {
     if (r.size() < Packet_len) return;
-    const size_t at = packet_start(chance, r);
-    const std::string one = r.substr(at, Packet_len);
     switch (chance.below(12)) {
-    case 0: r.erase(at, Packet_len); break;
-    case 1: r.insert(packet_start(chance, r), one); break;
-    case 2: r.replace(packet_start(chance, r), one.size(), one); break;
-    case 3: r.replace(at, 2, chance.of(Types)); break;
-    case 4: r.resize(place(chance, r)); break;
-    case 5: r.insert(place(chance, r), chance.bytes(chance.from_to(1, 40))); break; // no packet fits any more
-    case 6: r[place(chance, r)] = chance.byte(); break;
-    case 7: {
+    case 0: r.resize(place(chance, r)); break;
+    case 1: r.insert(place(chance, r), chance.bytes(chance.from_to(1, 40))); break;
+    case 2: r[place(chance, r)] = chance.byte(); break;
+    case 3: {
         char& c = r[place(chance, r)];
         c = static_cast<char>(c ^ (1 << chance.below(8)));
         break;
     }
-    default: {
-        const Field& f = chance.of(Fields);
-        const size_t from = at + static_cast<size_t>(f.at);
-        if (from < r.size()) {
-            const size_t n = std::min(static_cast<size_t>(f.len), r.size() - from);
-            r.replace(from, n, any_bytes(chance, n));
-        }
-    }
+    default: change(chance, r, [&](char* bytes, size_t n) { any_bytes(chance, n).copy(bytes, n); });
     }
 }
 
@@ -250,7 +268,7 @@ Recording noise(Chance& chance)
 {
     Recording recording;
     for (unsigned n = chance.below(40); n > 0; --n) {
-        std::string packet = chance.bytes(Packet_len).replace(0, 2, chance.of(Types));
+        std::string packet = chance.bytes(Packet_len).replace(0, 2, any_type(chance));
         if (chance.one_in(2)) packet.replace(4, 2, big_endian(chance.of(Units), 2));
         if (chance.one_in(2)) packet.replace(16, 2, bcd(chance.of(Events), 4));
         recording += packet;
@@ -296,6 +314,30 @@ Recording spoilt(Chance& chance, const Recording& base)
     for (unsigned times = chance.from_to(1, chance.of({3U, 30U, 300U})); times > 0; --times)
         spoil_once(chance, recording);
     return recording;
+}
+
+void change(Chance& chance, Recording& r, const Rewrite& rewrite)
+{
+    const size_t at = packet_start(chance, r);
+    switch (chance.below(20)) {
+    case 0:
+        if (r.size() >= 2 * Packet_len) r.erase(at, Packet_len);
+        break;
+    case 1: add_copy(chance, r, r.substr(at, Packet_len)); break;
+    case 2: swap_packets(r, at, packet_start(chance, r)); break;
+    case 3:
+    case 4: r.replace(at, 2, any_type(chance)); break;
+    case 5:
+    case 6: let_meet(chance, r, at); break;
+    case 7:
+    case 8: rewrite(&r[at + 2], Packet_len - 2); break;
+    case 9:
+    case 10: rewrite(&r[at + 64], Packet_len - 64); break; // all Steim frames
+    default: {
+        const Field& f = chance.of(Fields);
+        rewrite(&r[at + static_cast<size_t>(f.at)], static_cast<size_t>(f.len));
+    }
+    }
 }
 
 bool spare_slashes(Chance& chance, Recording& recording)

@@ -1,10 +1,21 @@
-// Recordings for the stress run, each kind its own way of being hostile.
+// Recordings by chance, each kind its own way of being hostile: for the stress run, for the relations between
+// runs (metamorphic), and, by change(), for the fuzz target of whole streams. What grows to a limit, or goes
+// through all limits of all fields, is made by proof/trial/hostile.py.
 #pragma once
 
 #include "kit/packets.h"
 #include "stress/chance.h"
 
+#include <functional>
+
 namespace stress {
+
+/// Puts other bytes in the place of `n`.
+using Rewrite = std::function<void(char* bytes, size_t n)>;
+
+/// One change of a recording of at least one packet: of a packet's type, numbers or fields, or of which
+/// packets there are, and in which order. Packets keep their places, and there is one left.
+void change(Chance& chance, kit::Recording& recording, const Rewrite& rewrite);
 
 /// Random bytes under valid type letters.
 kit::Recording noise(Chance& chance);

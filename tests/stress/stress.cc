@@ -183,12 +183,7 @@ void one_case(uint64_t seed, uint64_t number, const std::vector<kit::Recording>&
 /// A made recording of every data format, and the real ones where they are.
 std::vector<kit::Recording> base_recordings()
 {
-    const kit::Scratch scratch;
-    kit::RunOptions options;
-    options.program = VX_MKREC_PROGRAM;
-    options.argv0 = "vx_mkrec";
-    kit::run_vx(scratch.dir(), {"--seconds", "20", "--interleave", "made.pkt"}, options);
-    std::vector<kit::Recording> bases = {scratch.read("made.pkt")};
+    std::vector<kit::Recording> bases = {made_well({"--seconds", "20", "--interleave"})};
     for (const char* name : {"rec1.pkt", "rec2.pkt", "rec3.pkt", "rec4.pkt"}) {
         const std::string path = std::string(VX_SHARED_DATA) + "/" + name;
         if (fs::exists(path)) bases.push_back(kit::read_file(path));
