@@ -1,29 +1,21 @@
-// A heap that runs out when it is told to, linked in place of the usual one. Two entries of the environment:
-//     VX_FAIL_NEW_FROM=n    the n-th allocation fails, and so do all behind it; without it none fails
-//     VX_FAIL_NEW_SIZE=s    only allocations of exactly s bytes count, and only they fail
+// A heap that runs out when it is told to, linked in place of the usual one. With VX_FAIL_NEW_FROM=n in the
+// environment the n-th allocation fails, and so do all behind it; without it none fails.
 #include <cstdlib>
 #include <new>
 
 namespace {
 
-unsigned long number_of(const char* name)
+bool is_to_fail()
 {
-    const char* text = getenv(name);
-    return text ? strtoul(text, nullptr, 10) : 0;
-}
-
-bool is_to_fail(std::size_t size)
-{
-    static const unsigned long from = number_of("VX_FAIL_NEW_FROM");
-    static const unsigned long only = number_of("VX_FAIL_NEW_SIZE");
+    static const char* const from = getenv("VX_FAIL_NEW_FROM");
+    static const unsigned long first = from ? strtoul(from, nullptr, 10) : 0;
     static unsigned long count = 0;
-    if (from == 0 || (only != 0 && size != only)) return false;
-    return ++count >= from;
+    return first != 0 && ++count >= first;
 }
 
 void* allocate(std::size_t size)
 {
-    return is_to_fail(size) ? nullptr : malloc(size ? size : 1);
+    return is_to_fail() ? nullptr : malloc(size ? size : 1);
 }
 
 } // namespace
