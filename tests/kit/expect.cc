@@ -329,7 +329,8 @@ namespace {
 std::string readable(std::string_view bytes)
 {
     std::string text;
-    for (unsigned char c : bytes) {
+    for (const char byte : bytes) {
+        const auto c = static_cast<uint8_t>(byte);
         if (c == '\r')
             text += "\\r";
         else if (c == '\n')

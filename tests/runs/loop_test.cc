@@ -258,14 +258,14 @@ TEST(Loop, data_format_chooses_the_decoder)
         EXPECT_TRUE(same_bytes(run.file("2004123101530250_09A2F_1_1.sac").substr(632), sac_samples(samples)))
             << code;
     }
-    for (const unsigned code : {0x02, 0x03, 0xC0, 0xC1}) {
+    for (const unsigned code : {0x02U, 0x03U, 0xC0U, 0xC1U}) {
         const Dt dt = Dt().event(1).steim1(100, 104, {four(0, 1, -1, 2), two(5, -3)}).format(code).count(6);
         const Converted run = convert(dt, {"-L-", "-NI"});
         EXPECT_TRUE(same_bytes(run.file("2004123101530250_09A2F_1_1.sac").substr(632),
                                sac_samples({100, 101, 100, 102, 107, 104})))
             << code;
     }
-    for (const unsigned code : {0xC2, 0xC3}) {
+    for (const unsigned code : {0xC2U, 0xC3U}) {
         const Dt dt =
             Dt().event(1).steim2(100, 95, {sub(2, 2, {0, 2}), sub(3, 2, {-1, -1, -1, -1, -1, -1, -1})});
         const Converted run = convert(Dt(dt).format(code).count(9), {"-L-", "-NI"});

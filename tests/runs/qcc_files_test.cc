@@ -267,7 +267,8 @@ TEST(Qcc_files, open_events_of_a_unit_are_reported_from_the_current_one_onward)
 TEST(Qcc_files, units_with_open_events_are_reported_from_the_current_one_onward)
 {
     Recording recording;
-    for (unsigned unit : {0xA, 0xB, 0xC}) recording += Dt().unit(unit).event(unit).samples({1, 2}).packet();
+    for (unsigned unit : {0xAU, 0xBU, 0xCU})
+        recording += Dt().unit(unit).event(unit).samples({1, 2}).packet();
     const Converted run = convert(recording, {"-Q+"});
     expect_in_order(run.out, {no_trailer("000C", 12), no_trailer("000A", 10), no_trailer("000B", 11)});
     expect_in_order(run_qcc(run), {"\r\n   000C     0:", "\r\n   000A     0:", "\r\n   000B     0:"});

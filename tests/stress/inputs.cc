@@ -35,8 +35,8 @@ constexpr const char* Values[] = {
     "../../x",
     "47.55 ; degrees",
     "\xc3\xa9\xff",
-    "aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa"
-    "aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa"};
+    ("aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa"
+     "aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa")};
 constexpr const char* Sections[] = {"[9A2F]", "[9a2f]", "[0001]", "[FFFF]", "[0000]",  "[9A30",  "[ 9A2F ]",
                                     "[]",     "[",      "]",      "[GGGG]", "[9A2FF]", "[8F21]", "[91D4]"};
 

@@ -119,6 +119,8 @@ TEST(Trace_header, the_rate_is_the_shortest_number_that_gives_the_interval)
     EXPECT_EQ(rate(10.0F), 0.1);
     EXPECT_EQ(rate(1.0F / 199.8743F), 199.8743);
     EXPECT_EQ(rate(0.0001F), 10000.0);
+    EXPECT_EQ(rate(1e-20F), 1e20);
+    EXPECT_EQ(rate(4e20F), 2.5e-21);
 }
 
 TEST(Trace_header, an_interval_that_is_no_positive_number_gives_no_rate)

@@ -1,5 +1,6 @@
 #include "trace/header.h"
 
+#include "driver/number.h"
 #include "output/qcc.h"
 
 #include <algorithm>
@@ -104,8 +105,7 @@ std::optional<double> rate_of(const SACHDR_T& header)
     for (int digits = 1; digits <= 9; ++digits) {
         char text[32];
         const auto end = std::to_chars(text, text + sizeof text, inverse, std::chars_format::general, digits);
-        double rate = 0.0;
-        std::from_chars(text, end.ptr, rate);
+        const double rate = to_double({text, end.ptr});
         if (1.0F / static_cast<float>(rate) == delta) return rate;
     }
     return inverse;
