@@ -10,6 +10,7 @@
 #include "model/unit.h"
 #include "output/sac.h"
 
+#include <cstdio>
 #include <string>
 #include <sys/mman.h>
 #include <unistd.h>
@@ -18,20 +19,26 @@ namespace {
 
 using fuzz::demand;
 
-/// The file, which has a name but stands nowhere.
-class Memory_file {
+/// The file, which has a name but stands in no directory. Some systems open such a name where the descriptor
+/// was left, so that this goes back to the start.
+class Nameless_file {
 public:
     void hold(std::string_view text) const
     {
-        demand(ftruncate(fd_, 0) == 0, "the file can be emptied");
+        demand(ftruncate(fd_, 0) == 0 && lseek(fd_, 0, SEEK_SET) == 0, "the file can be emptied");
         demand(pwrite(fd_, text.data(), text.size(), 0) == static_cast<ssize_t>(text.size()),
                "the file can be written");
     }
     const std::string& name() const { return name_; }
 
 private:
+#ifdef MFD_CLOEXEC // in memory
     int fd_ = memfd_create("vxu.ini", MFD_CLOEXEC);
     std::string name_ = "/proc/self/fd/" + std::to_string(fd_);
+#else
+    int fd_ = fileno(tmpfile());
+    std::string name_ = "/dev/fd/" + std::to_string(fd_);
+#endif
 };
 
 template <size_t N>
@@ -94,7 +101,7 @@ void read_station(uint16_t id, uint16_t channel, std::string_view file)
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     static const bool silent = (fuzz::silence(), true);
-    static const Memory_file file;
+    static const Nameless_file file;
     if (!silent || size < 1) return -1;
 
     fuzz::Bytes in(data, size);

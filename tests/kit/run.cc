@@ -175,6 +175,9 @@ Outcome run_vx(const std::string& dir, const Args& args, const RunOptions& optio
     rusage used{};
     wait4(child, &state, 0, &used);
     run.seconds = since(start);
+#ifdef __APPLE__ // which counts bytes
+    used.ru_maxrss /= 1024;
+#endif
     run.peak_kb = used.ru_maxrss;
     if (WIFEXITED(state)) run.status = WEXITSTATUS(state);
     if (WIFSIGNALED(state)) run.signal = WTERMSIG(state);

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <unistd.h>
 
 namespace fs = std::filesystem;
 
@@ -58,6 +59,11 @@ void write_file(const std::string& path, std::string_view bytes)
     out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     out.close();
     EXPECT_TRUE(out) << "cannot write " << path;
+}
+
+bool full_device_is_there()
+{
+    return access("/dev/full", W_OK) == 0;
 }
 
 std::string read_file(const std::string& path)

@@ -32,6 +32,7 @@ private:
 };
 
 void write_file(const std::string& path, std::string_view bytes);
+bool full_device_is_there(); ///< /dev/full, which takes no byte, as a full disk does; some systems have none
 std::string read_file(const std::string& path); ///< a file that cannot be read fails the test
 Tree read_tree(const std::string& dir);
 std::string names(const Tree& tree); ///< the paths, one per line

@@ -62,11 +62,6 @@ Recording three_long_traces(int packets)
     return recording;
 }
 
-bool device_is_there()
-{
-    return access("/dev/full", W_OK) == 0;
-}
-
 } // namespace
 
 TEST(Losses, a_trace_that_cannot_grow_ends_the_run_with_status_22)
@@ -206,7 +201,7 @@ TEST(Losses, long_logs_that_cannot_grow_are_told_once_each_and_the_traces_are_wh
 
 TEST(Losses, a_full_device_under_the_run_wide_log_is_told)
 {
-    if (!device_is_there()) GTEST_SKIP() << "no /dev/full";
+    if (!full_device_is_there()) GTEST_SKIP() << "no /dev/full";
     Scratch scratch;
     const Outcome run = with_full(scratch, one_event(12, {1, 2}), {"rec.vxl"}, {});
     EXPECT_EQ(run.status, 22);
@@ -218,7 +213,7 @@ TEST(Losses, a_full_device_under_the_run_wide_log_is_told)
 
 TEST(Losses, a_full_device_under_unit_and_statistics_files_is_told_per_file)
 {
-    if (!device_is_there()) GTEST_SKIP() << "no /dev/full";
+    if (!full_device_is_there()) GTEST_SKIP() << "no /dev/full";
     Scratch scratch;
     const Recording recording = one_event(12, {1, 2}) + Fd().unit(0xB) + Fd() + Fd().unit(0xB);
     const Outcome run = with_full(scratch, recording, {"ID9A2F.vxl", "ID9A2F.qcc", "rec.qcc"}, {"-Q+"});
@@ -231,7 +226,7 @@ TEST(Losses, a_full_device_under_unit_and_statistics_files_is_told_per_file)
 
 TEST(Losses, a_status_other_than_0_stays_when_a_log_is_lost)
 {
-    if (!device_is_there()) GTEST_SKIP() << "no /dev/full";
+    if (!full_device_is_there()) GTEST_SKIP() << "no /dev/full";
     Scratch scratch;
     const Outcome run = with_full(scratch, "", {"rec.vxl"}, {});
     EXPECT_EQ(run.status, 1);

@@ -36,7 +36,8 @@ bool is_alive(const std::string& pid)
 {
     std::ifstream state("/proc/" + pid + "/stat");
     std::string text;
-    return std::getline(state, text) && text.find(") Z") == text.npos;
+    if (std::getline(state, text)) return text.find(") Z") == text.npos;
+    return kill(std::stoi(pid), 0) == 0; // it is gone, or this system has no such files
 }
 
 /// Columns of the table, by input.

@@ -4,6 +4,10 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#ifdef __APPLE__ // POSIX's name for it is not the one there
+#define st_mtim st_mtimespec
+#endif
+
 namespace trace {
 
 INPUT::~INPUT()
