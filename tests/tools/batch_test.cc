@@ -41,8 +41,8 @@ bool is_alive(const std::string& pid)
 }
 
 /// Columns of the table, by input.
-using Row = std::map<std::string, std::string>;
-using Table = std::map<std::string, Row>;
+using Columns = std::map<std::string, std::string>;
+using Table = std::map<std::string, Columns>;
 
 class Batch : public testing::Test {
 protected:
@@ -92,7 +92,7 @@ protected:
     }
 
     /// What a finished folder holds against a run by hand under the path that its console text names.
-    void expect_as_alone(const Row& row, const kit::Args& switches = {}) const
+    void expect_as_alone(const Columns& row, const kit::Args& switches = {}) const
     {
         const std::string& folder = row.at("folder");
         const std::string& input = row.at("input");

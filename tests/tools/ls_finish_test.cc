@@ -168,10 +168,10 @@ std::string with_statistics(std::string header, const std::vector<float>& sample
     return with_word(header, NPTS, static_cast<uint32_t>(samples.size()));
 }
 
+} // namespace
+
 class Ls_finish_killed : public testing::TestWithParam<size_t> {};
 INSTANTIATE_TEST_SUITE_P(Console_buffers, Ls_finish_killed, testing::Values(0, 1, 2, 3));
-
-} // namespace
 
 TEST_P(Ls_finish_killed, a_killed_runs_traces_become_the_starts_of_the_whole_runs)
 {
