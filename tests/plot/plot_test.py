@@ -50,24 +50,16 @@ class Section:
     """A picture of vx_plot, addressed by row of traces and by parts of the axis of time and of the row's height."""
 
     def __init__(self, path, rows):
-        self.picture = picture = Picture(path)
-        lines = [y for y in range(picture.height) if self.black_in(y) > picture.width * 0.6]
+        picture = Picture(path)
+        self.width, self.height = picture.width, picture.height
+        black = picture.where(lambda colours: max(colours) < 190 and max(colours) - min(colours) < 20)
+        self.ink = picture.where(lambda colours: max(colours) - min(colours) > 40)
+        lines = [y for y in range(self.height) if sum(black[y]) > self.width * 0.6]
         self.top, self.bottom = lines[0], lines[-1]
-        inside = range(self.top, self.bottom, 5)
-        sides = [x for x in range(picture.width) if sum(self.is_black(x, y) for y in inside) > 0.9 * len(inside)]
+        inside = black[self.top : self.bottom : 5]
+        sides = [x for x, column in enumerate(zip(*inside)) if sum(column) > 0.9 * len(inside)]
         self.left, self.right = sides[0], sides[-1]
         self.rows = rows
-
-    def is_black(self, x, y):
-        colours = self.picture.pixel(x, y)
-        return max(colours) < 190 and max(colours) - min(colours) < 20
-
-    def black_in(self, y):
-        return sum(self.is_black(x, y) for x in range(self.picture.width))
-
-    def is_ink(self, x, y):
-        colours = self.picture.pixel(x, y)
-        return max(colours) - min(colours) > 40
 
     def x_of(self, part):
         return round(self.left + part * (self.right - self.left))
@@ -82,7 +74,7 @@ class Section:
         ys = self.band(row)
         xs = range(max(self.x_of(begin), self.left), min(self.x_of(end), self.right) + 1)
         width = self.right - self.left
-        return [((x - self.left) / width, (y - ys.start) / len(ys)) for y in ys for x in xs if self.is_ink(x, y)]
+        return [((x - self.left) / width, (y - ys.start) / len(ys)) for y in ys for x in xs if self.ink[y][x]]
 
 
 class Case(unittest.TestCase):
@@ -250,7 +242,7 @@ class PICTURES(Case):
                 section = self.section(*paths[:rows])
                 empty = [row for row in range(rows) if not section.inked(row, 0.9, 1.0)]
                 self.assertEqual(empty, [])
-                self.assertLess(section.picture.width, 1800)
+                self.assertLess(section.width, 1800)
         self.assertEqual(self.plot(self.picture, *paths).returncode, 0)
         self.assertLess(size_of(self.picture)[1], 4800)
 

@@ -1,4 +1,5 @@
 """A PNG as GMT writes it, unpacked: eight bits a colour, without transparency, not interlaced."""
+import functools
 import struct
 import zlib
 
@@ -28,10 +29,23 @@ class Picture:
         self.palette = palette
         self.rows = unfiltered(zlib.decompress(packed), self.width, self.height, 1 if palette else 3)
 
-    def pixel(self, x, y):
+    def where(self, holds):
+        """A row of bytes for each row of pixels, 1 where the pixel's colour (red, green, blue) holds, else 0."""
         if self.palette:
-            return self.palette[self.rows[y][x]]
-        return tuple(self.rows[y][3 * x : 3 * x + 3])
+            table = bytes(map(holds, self.palette)).ljust(256, b"\0")
+            return [row.translate(table) for row in self.rows]
+        known = functools.cache(holds)
+        return [bytes(map(known, zip(row[::3], row[1::3], row[2::3]))) for row in self.rows]
+
+
+def nearest(a, b, c):
+    """Which of the bytes left, above, and left of that one is nearest to a + b - c."""
+    if b == c:
+        return a
+    if a == c:
+        return b
+    p = a + b - c
+    return min((abs(p - a), 0, a), (abs(p - b), 1, b), (abs(p - c), 2, c))[2]
 
 
 def unfiltered(data, width, height, size):
@@ -44,17 +58,15 @@ def unfiltered(data, width, height, size):
             for i in range(size, length):
                 row[i] = (row[i] + row[i - size]) & 255
         elif kind == 2:
-            for i in range(length):
-                row[i] = (row[i] + above[i]) & 255
+            like_above = row.count(0) == length  # as most rows are
+            row = above if like_above else bytearray((r + b) & 255 for r, b in zip(row, above))
         elif kind == 3:
             for i in range(length):
                 row[i] = (row[i] + ((row[i - size] if i >= size else 0) + above[i]) // 2) & 255
         elif kind == 4:
             for i in range(length):
                 a, b, c = (row[i - size], above[i], above[i - size]) if i >= size else (0, above[i], 0)
-                p = a + b - c
-                pa, pb, pc = abs(p - a), abs(p - b), abs(p - c)
-                row[i] = (row[i] + (a if pa <= pb and pa <= pc else b if pb <= pc else c)) & 255
+                row[i] = (row[i] + nearest(a, b, c)) & 255
         rows.append(row)
         above = row
     return rows
