@@ -15,6 +15,13 @@ die()
     exit 1
 }
 
+# For checks that cannot be run here: status 77, and why.
+leave_out()
+{
+    say "${0##*/}: left out, $*"
+    exit 77
+}
+
 # step NAME LOG COMMAND...: runs the command with its output in the file LOG. One line when it went well, the end
 # of the output and the command's status when it did not.
 step()
