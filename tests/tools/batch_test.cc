@@ -1,4 +1,5 @@
-// vx_batch from outside: many recordings, each converted as if it were alone, also after an interruption.
+// vx_batch and vx_array from outside: many recordings, each converted as if it were alone, also after an
+// interruption and in a results folder that somebody else has written to.
 #include "kit/expect.h"
 #include "kit/run.h"
 
@@ -6,13 +7,19 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
 #include <fstream>
 #include <map>
 #include <memory>
 #include <sstream>
 #include <string>
+#include <sys/file.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 #include <vector>
 
 namespace {
@@ -40,6 +47,22 @@ bool is_alive(const std::string& pid)
     return kill(std::stoi(pid), 0) == 0; // it is gone, or this system has no such files
 }
 
+/// What a shell command prints, without its last line end.
+std::string said_by(const std::string& command)
+{
+    std::string text;
+    FILE* pipe = popen(command.c_str(), "r");
+    for (int c; pipe && (c = getc(pipe)) != EOF;) text.push_back(static_cast<char>(c));
+    EXPECT_EQ(pipe ? pclose(pipe) : -1, 0) << command;
+    while (text.ends_with('\n')) text.pop_back();
+    return text;
+}
+
+size_t lines_in(const std::string& text)
+{
+    return split(text, '\n').size();
+}
+
 /// Columns of the table, by input.
 using Columns = std::map<std::string, std::string>;
 using Table = std::map<std::string, Columns>;
@@ -48,23 +71,40 @@ class Batch : public testing::Test {
 protected:
     void SetUp() override
     {
-        if (system("parallel --version 2>/dev/null | grep -q ^GNU && perl -MDigest::SHA -e 1") != 0)
-            GTEST_SKIP() << "GNU parallel is not installed (scripts/setup batch)";
+        if (system("python3 -c 'import sys; sys.exit(sys.version_info < (3, 11))' 2>/dev/null") != 0)
+            GTEST_SKIP() << "Python 3.11 is not installed (scripts/setup batch)";
     }
 
-    kit::Outcome batch(kit::Args args) const
+    kit::Outcome batch(const kit::Args& args, kit::RunOptions options = {}) const
     {
-        kit::RunOptions options;
         options.program = VX_TOOLS_BIN "/vx_batch";
         options.argv0 = "vx_batch";
-        options.env = {"HOME=" + here.dir()};
-        return run_vx(here.dir(), args, options);
+        options.env.push_back("HOME=" + here.dir());
+        return kit::run_vx(here.dir(), args, options);
     }
 
-    kit::Outcome batch_with(const std::string& program, kit::Args args) const
+    kit::Outcome batch_with(const std::string& program, kit::Args args,
+                            const kit::RunOptions& options = {}) const
     {
         args.insert(args.begin(), {"--program", program});
-        return batch(args);
+        return batch(args, options);
+    }
+
+    /// vx_sac on these inputs, into out.
+    kit::Outcome convert_all(kit::Args args, const kit::RunOptions& options = {}) const
+    {
+        args.insert(args.begin(), {"-o", "out"});
+        return batch_with(VX_SAC_PROGRAM, args, options);
+    }
+
+    /// A refusal in so many words, with nothing changed.
+    void expect_refused(const kit::Outcome& run, const std::string& complaint, const kit::Tree& before) const
+    {
+        EXPECT_EQ(run.status, 2) << complaint;
+        EXPECT_THAT(run.err, testing::HasSubstr(complaint));
+        for (const std::string& line : split(run.err, '\n')) EXPECT_TRUE(line.starts_with("vx_")) << run.err;
+        EXPECT_EQ(run.out, "");
+        EXPECT_EQ(here.tree(), before) << complaint;
     }
 
     /// A program that does `first` and then all that vx_sac does, but for the trial with an empty input.
@@ -109,7 +149,7 @@ protected:
         args.insert(args.end(), switches.begin(), switches.end());
         kit::RunOptions options;
         options.argv0 = VX_SAC_PROGRAM;
-        const kit::Outcome alone = run_vx(here.dir(), args, options);
+        const kit::Outcome alone = kit::run_vx(here.dir(), args, options);
         EXPECT_EQ(row.at("status"), std::to_string(alone.status));
         EXPECT_EQ(console, alone.out);
         EXPECT_EQ(found["run.err"], alone.err);
@@ -195,8 +235,9 @@ TEST_F(Batch, ended_by_a_signal_it_takes_its_jobs_along_and_goes_on_when_started
         kit::Args shell = {"-c", "echo $$ >batch; exec \"$0\" \"$@\"", VX_TOOLS_BIN "/vx_batch", "--program",
                            program};
         shell.insert(shell.end(), args.begin(), args.end());
-        const kit::Outcome run = run_vx(here.dir(), shell, options);
-        EXPECT_EQ(run.status, 128 + signal) << run.err;
+        const kit::Outcome run = kit::run_vx(here.dir(), shell, options);
+        EXPECT_EQ(run.status, 128 + signal);
+        EXPECT_EQ(run.err, "vx_batch: interrupted; started again, it goes on\n");
         const std::vector<std::string> stuck = split(here.read("stuck"), '\n');
         EXPECT_EQ(stuck.size(), 2U);
         for (const std::string& pid : stuck) EXPECT_FALSE(is_alive(pid)) << pid;
@@ -212,23 +253,25 @@ TEST_F(Batch, failures_are_told_and_stay_until_they_are_to_be_retried)
 {
     here.write("good.pkt", recording(0x9A2F, {1, 2, 3}));
     here.write("empty.pkt", "");
-    const kit::Args args = {"-o", "out", "good.pkt", "empty.pkt", "absent.pkt"};
-    EXPECT_EQ(batch_with(VX_SAC_PROGRAM, args).status, 1);
+    here.write("closed.pkt", recording(0x9A2F, {5}));
+    const std::string program = program_that("[ \"$1\" != closed.pkt ] || exit 20");
+    const kit::Args all = {"-o", "out", "good.pkt", "empty.pkt", "closed.pkt"};
+    EXPECT_EQ(batch_with(program, all).status, 1);
     Table rows = table();
     EXPECT_EQ(rows["empty.pkt"]["status"] + " " + rows["empty.pkt"]["meaning"], "1 the input is empty");
-    EXPECT_EQ(rows["absent.pkt"]["status"] + " " + rows["absent.pkt"]["meaning"],
+    EXPECT_EQ(rows["closed.pkt"]["status"] + " " + rows["closed.pkt"]["meaning"],
               "20 a file could not be opened");
 
     here.write("empty.pkt", recording(0x9A30, {4}));
-    EXPECT_EQ(batch_with(VX_SAC_PROGRAM, args).status, 1);
+    EXPECT_EQ(batch_with(program, all).status, 1);
     EXPECT_EQ(table()["empty.pkt"]["status"], "1");
 
-    kit::Args again = args;
+    kit::Args again = all;
     again.push_back("--retry-failed");
-    EXPECT_EQ(batch_with(VX_SAC_PROGRAM, again).status, 1);
+    EXPECT_EQ(batch_with(program, again).status, 1);
     rows = table();
     EXPECT_EQ(rows["empty.pkt"]["status"], "0");
-    EXPECT_EQ(rows["absent.pkt"]["status"], "20");
+    EXPECT_EQ(rows["closed.pkt"]["status"], "20");
     expect_as_alone(rows["empty.pkt"]);
 }
 
@@ -276,22 +319,425 @@ TEST_F(Batch, what_makes_no_sense_is_refused_before_anything_is_begun)
         {{"-o", "out", "a\nb"}, "a name with a line end"},
         {{"-o", std::string(120, 'x'), "in"}, "too long"},
     };
-    for (const auto& [args, complaint] : cases) {
-        const kit::Outcome run = batch_with(VX_SAC_PROGRAM, args);
-        EXPECT_EQ(run.status, 2) << complaint;
-        EXPECT_THAT(run.err, testing::HasSubstr(complaint));
-        EXPECT_EQ(run.out, "");
-        EXPECT_EQ(here.tree(), before) << complaint;
+    for (const auto& [args, complaint] : cases)
+        expect_refused(batch_with(VX_SAC_PROGRAM, args), complaint, before);
+    expect_refused(batch_with("nosuch", {"-o", "out", "in"}), "there is no program nosuch", before);
+}
+
+TEST_F(Batch, inputs_that_cannot_be_converted_are_told_before_anything_is_begun)
+{
+    here.write("good.pkt", recording(0x9A2F, {1}));
+    here.write("x", recording(0x9A2F, {1}));
+    here.write("in/two\nlines", recording(0x9A2F, {1}));
+    mkfifo(here.path("fifo").c_str(), 0600);
+    const kit::Scratch there; // which no tree is read of
+    std::filesystem::create_symlink("circle.pkt", there.path("circle.pkt"));
+    here.make_dir("turn/deep");
+    std::filesystem::create_directory_symlink("..", here.path("turn/deep/back"));
+    const kit::Tree before = here.tree();
+    const std::vector<std::pair<kit::Args, std::string>> cases = {
+        {{"good.pkt", "absent.pkt"},
+         "vx_batch: absent.pkt: No such file or directory\nvx_batch: 1 of 2 inputs"},
+        {{"good.pkt", "fifo"}, "fifo: no regular file"},
+        {{there.path("circle.pkt")}, "/circle.pkt: Too many levels of symbolic links"},
+        {{"x\n"}, "a name with a line end: 'x\\n'"},
+        {{"in"}, "a name with a line end: 'in/two\\nlines'"},
+        {{"turn"}, "turn/deep/back leads back to a folder above it"},
+        {{"--include", "*.sac", "in"}, "no inputs that --include lets in"},
+    };
+    for (const auto& [args, complaint] : cases) expect_refused(convert_all(args), complaint, before);
+}
+
+TEST_F(Batch, a_station_file_that_cannot_be_read_is_told_before_anything_is_begun)
+{
+    here.write("rec.pkt", recording(0x9A2F, {1}));
+    const kit::Scratch there; // which no tree is read of
+    std::filesystem::create_symlink("circle", there.path("circle"));
+    mkfifo(here.path("vxu.ini").c_str(), 0600);
+    kit::Tree before = here.tree();
+    expect_refused(convert_all({"rec.pkt"}), "the station file vxu.ini is no regular file", before);
+    kit::RunOptions options;
+    options.env = {"VXU==" + there.path("circle")};
+    expect_refused(convert_all({"rec.pkt"}, options), "/circle cannot be read: Too many levels", before);
+    if (geteuid() == 0) return; // who may read everything
+    unlink(here.path("vxu.ini").c_str());
+    here.write("vxu.ini", "[9A2F]\n");
+    before = here.tree();
+    chmod(here.path("vxu.ini").c_str(), 0);
+    const kit::Outcome run = convert_all({"rec.pkt"});
+    chmod(here.path("vxu.ini").c_str(), 0600);
+    expect_refused(run, "the station file vxu.ini cannot be read: Permission denied", before);
+}
+
+TEST_F(Batch, a_path_too_long_for_vx_sac_works_by_a_link)
+{
+    const std::string deep = std::string(90, 'd') + "/" + std::string(60, 'e');
+    here.write(deep + "/rec.pkt", recording(0x9A2F, {1, 2, 3}));
+    here.write(deep + "/plain", recording(0x9A30, {4, 5}));
+    EXPECT_EQ(convert_all({deep, "--", "-P1"}).status, 0);
+    const Table rows = table();
+    for (const std::string name : {"rec.pkt", "plain"}) {
+        const Row& row = rows.at(deep + "/" + name);
+        const kit::Tree found = here.tree(row.at("folder"));
+        EXPECT_EQ(found.count(name == "plain" ? "plain.vxl" : "rec.vxl"), 1U) << kit::names(found);
+        EXPECT_EQ(found.count("in"), 0U) << "the link is gone";
+        EXPECT_EQ(row.at("traces"), "1");
     }
-    EXPECT_EQ(batch_with("nosuch", {"-o", "out", "in"}).status, 2);
+    EXPECT_EQ(convert_all({"--dry-run", deep, "--", "-P1"}).out,
+              "0 of 2 inputs would be converted, 2 are done\n");
+}
+
+TEST_F(Batch, a_long_path_without_room_for_a_link_is_told_before_anything_is_begun)
+{
+    const std::string name = std::string(120, 'n') + ".pkt";
+    here.write("folder/in/" + name, recording(0x9A2F, {1}));
+    const kit::Tree before = here.tree();
+    expect_refused(convert_all({"folder/../folder/in"}), "leaves no room for a link", before);
+    EXPECT_EQ(convert_all({"folder"}).status, 2) << "134 characters";
+    std::filesystem::rename(here.path("folder"), here.path("f"));
+    EXPECT_EQ(convert_all({"f"}).status, 0) << "129 characters";
+}
+
+TEST_F(Batch, what_somebody_wrote_into_run_status_runs_nothing_and_counts_as_not_finished)
+{
+    here.write("good.pkt", recording(0x9A2F, {1, 2, 3}));
+    here.write("odd.pkt", recording(0x9A30, {4, 5}));
+    ASSERT_EQ(convert_all({"good.pkt", "odd.pkt"}).status, 0);
+    Table rows = table();
+    const std::string good = rows["good.pkt"]["folder"], odd = rows["odd.pkt"]["folder"];
+    const std::string whole = here.read(odd + "/run.status");
+    const auto with = [&](const std::string& line, const std::string& other) {
+        std::string text = whole;
+        const size_t at = text.find("\n" + line) + 1;
+        return text.replace(at, text.find('\n', at) - at, other);
+    };
+    const std::vector<std::string> plants = {
+        with("status", "status\tUID[$(touch PWNED)0]"),
+        with("status", "status\t256"),
+        with("status", "status\t"),
+        with("status", "status\t-0"),
+        with("traces", "traces\tUID[$(touch PWNED)0]"),
+        with("read", "read\t0; touch PWNED"),
+        with("of", "of\t$(touch PWNED)"),
+        with("seconds", "seconds\tx"),
+        whole.substr(0, whole.find("program_sum")),
+        whole.substr(0, whole.find("status")),
+        whole.substr(0, whole.size() - 1),
+        "",
+        std::string("\0\xff\n\t\n", 5),
+        std::string(200000, '\n') + whole,
+    };
+    for (const std::string& planted : plants)
+        for (const bool again : {false, true}) {
+            here.write(odd + "/run.status", planted);
+            here.write(good + "/mark", "");
+            kit::Args args = {"good.pkt", "odd.pkt"};
+            if (again) args.push_back("--retry-failed");
+            const kit::Outcome run = convert_all(args);
+            EXPECT_EQ(run.status, 0) << planted.substr(0, 400);
+            EXPECT_EQ(run.err, "");
+            EXPECT_FALSE(here.exists("PWNED")) << planted;
+            EXPECT_TRUE(here.exists(good + "/mark")) << "left alone";
+            EXPECT_EQ(lines_in(here.read(odd + "/run.status")), lines_in(whole)) << "done anew";
+        }
+    rows = table();
+    unlink(here.path(good + "/mark").c_str());
+    for (const auto& [input, row] : rows) expect_as_alone(row);
+}
+
+TEST_F(Batch, a_pipe_in_the_place_of_a_status_is_not_waited_for)
+{
+    here.write("rec.pkt", recording(0x9A2F, {1, 2, 3}));
+    ASSERT_EQ(convert_all({"rec.pkt"}).status, 0);
+    const std::string path = here.path(table()["rec.pkt"]["folder"] + "/run.status");
+    unlink(path.c_str());
+    mkfifo(path.c_str(), 0600);
+    kit::RunOptions options;
+    options.timeout = 20;
+    EXPECT_EQ(convert_all({"rec.pkt"}, options).status, 0);
+    EXPECT_EQ(table()["rec.pkt"]["status"], "0");
+}
+
+TEST_F(Batch, goes_on_in_a_folder_that_version_1_0_0_began)
+{
+    here.write("in/a rec.pkt", recording(0x9A2F, {1, 2, 3}));
+    here.write("in/new.pkt", recording(0x9A30, {4, 5}));
+    const std::string key =
+        said_by("printf %s '" + here.path("in/a rec.pkt") + "' | sha256sum | cut -c 1-16");
+    const std::string folder = "out/a_rec.pkt-" + key;
+    const std::string sum = said_by("sha256sum <'" VX_SAC_PROGRAM "' | cut -c 1-64");
+    const std::string status =
+        "input\tin/a rec.pkt\nof\t" + said_by("stat -c '%s %.9Y' '" + here.path("in/a rec.pkt") + "'") +
+        "\nstatus\t0\ntraces\t7\nread\t3072\nwritten\t9\nseconds\t0.010\nprogram_sum\t" + sum + "\n";
+    here.write(folder + "/run.status", status);
+    here.write("out/settings", "program\t" VX_SAC_PROGRAM "\nprogram_sum\t" + sum +
+                                   "\nstation_sum\tnone\nswitch\t-P1\nswitch\t-VN\n");
+    here.write("out/work/lock", "");
+    here.write("out/work/" + key + ".123/half.sac", "");
+    const kit::Outcome run = convert_all({"in", "--", "-P1", "-VN"});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.err, "");
+    Table rows = table();
+    EXPECT_EQ(rows["in/a rec.pkt"]["folder"], folder);
+    EXPECT_EQ(rows["in/a rec.pkt"]["traces"], "7") << "left as it is";
+    EXPECT_EQ(here.read(folder + "/run.status"), status);
+    EXPECT_EQ(rows["in/new.pkt"]["traces"], "1");
+}
+
+TEST_F(Batch, the_table_keeps_a_row_for_every_run_folder)
+{
+    for (const std::string name : {"a.pkt", "b\tb.pkt", "c.pkt"}) here.write(name, recording(0x9A2F, {1, 2}));
+    ASSERT_EQ(convert_all({"a.pkt", "b\tb.pkt", "c.pkt"}).status, 0);
+    const Table before = table();
+    const kit::Outcome run = convert_all({"a.pkt"});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_THAT(run.out,
+                testing::HasSubstr("1 of 1 inputs converted to the end, 0 not; the table, with 2 earlier "
+                                   "runs, is out/summary.tsv"));
+    EXPECT_EQ(table(), before);
+
+    here.write(before.at("c.pkt").at("folder") + "/run.status", "input\t$(touch PWNED)\n");
+    here.write("b\tb.pkt", recording(0x9A2F, {1, 2}) + recording(0x9A30, {1}));
+    EXPECT_EQ(convert_all({"a.pkt"}).status, 0) << "others do not count";
+    const Table after = table();
+    EXPECT_EQ(after.at("-").at("folder"), before.at("c.pkt").at("folder"));
+    EXPECT_EQ(after.at("-").at("meaning"), "not finished; to be done again");
+    EXPECT_EQ(after.at("b\\tb.pkt").at("meaning"), "the input has changed since");
+    EXPECT_EQ(after.size(), 3U);
+}
+
+TEST_F(Batch, include_lets_only_some_files_of_folders_in)
+{
+    for (const std::string name : {"in/a.pkt", "in/deep/b.PKT", "in/notes.pdf", "in/.pkt/c", "other"})
+        here.write(name, recording(0x9A2F, {1}));
+    EXPECT_EQ(convert_all({"--include", "*.pkt", "in", "--include=*.PKT", "other"}).status, 0);
+    std::vector<std::string> inputs;
+    for (const auto& [input, row] : table()) inputs.push_back(input);
+    EXPECT_EQ(inputs, (std::vector<std::string>{"in/a.pkt", "in/deep/b.PKT", "other"}));
+}
+
+TEST_F(Batch, a_dry_run_tells_what_is_to_be_done_and_changes_nothing)
+{
+    for (const std::string name : {"a.pkt", "b.pkt", "c.pkt"}) here.write(name, recording(0x9A2F, {1}));
+    kit::Tree before = here.tree();
+    kit::Outcome run = convert_all({"--dry-run", "a.pkt", "b.pkt"});
+    EXPECT_EQ(run.out, "a.pkt\nb.pkt\n2 of 2 inputs would be converted, 0 are done\n");
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(here.tree(), before);
+    ASSERT_EQ(convert_all({"b.pkt"}).status, 0);
+    before = here.tree();
+    EXPECT_EQ(convert_all({"--dry-run", "a.pkt", "b.pkt", "c.pkt"}).out,
+              "a.pkt\nc.pkt\n2 of 3 inputs would be converted, 1 are done\n");
+    EXPECT_EQ(convert_all({"--dry-run", "a.pkt", "--", "-P1"}).status, 2) << "other switches";
+    EXPECT_EQ(here.tree(), before);
+}
+
+TEST_F(Batch, quiet_tells_only_what_was_not_converted)
+{
+    here.write("good.pkt", recording(0x9A2F, {1}));
+    here.write("empty.pkt", "");
+    kit::Outcome run = convert_all({"--quiet", "good.pkt"});
+    EXPECT_EQ(run.out + run.err, "");
+    EXPECT_EQ(run.status, 0);
+    run = convert_all({"--quiet", "good.pkt", "empty.pkt"});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(lines_in(run.out), 2U) << run.out;
+    EXPECT_THAT(run.out, testing::HasSubstr("  empty.pkt: the input is empty\n1 of 2 inputs converted"));
+    EXPECT_EQ(table().size(), 2U);
+}
+
+TEST_F(Batch, only_one_works_in_a_folder_at_a_time)
+{
+    here.write("rec.pkt", recording(0x9A2F, {1}));
+    ASSERT_EQ(convert_all({"rec.pkt"}).status, 0);
+    const int lock = open(here.path("out/work/lock").c_str(), O_RDWR);
+    ASSERT_EQ(flock(lock, LOCK_EX | LOCK_NB), 0);
+    expect_refused(convert_all({"rec.pkt"}), "another vx_batch is at work in out", here.tree());
+    close(lock);
+    EXPECT_EQ(convert_all({"rec.pkt"}).status, 0);
+}
+
+TEST_F(Batch, what_does_not_heed_the_signal_is_killed)
+{
+    here.write("rec.pkt", recording(0x9A2F, {1}));
+    const std::string program = program_that(
+        "trap '' TERM; echo $$ >stuck; while :; do sleep 1; done & echo $! >deeper; wait; sleep 50");
+    kit::RunOptions options;
+    options.signal = SIGTERM;
+    options.signal_after = 3;
+    const kit::Outcome run = batch_with(program, {"-o", "out", "rec.pkt"}, options);
+    EXPECT_EQ(run.status, 143);
+    EXPECT_EQ(run.err, "vx_batch: interrupted; started again, it goes on\n");
+    for (const char* file : {"stuck", "deeper"}) EXPECT_FALSE(is_alive(split(here.read(file), '\n').at(0)));
+    EXPECT_EQ(convert_all({"rec.pkt"}).status, 0);
+}
+
+TEST_F(Batch, what_cannot_be_written_is_told_in_a_sentence)
+{
+    here.write("rec.pkt", recording(0x9A2F, {1, 2, 3}));
+    kit::RunOptions options;
+    options.limits = {{RLIMIT_FSIZE, 100}};
+    const kit::Outcome run = convert_all({"rec.pkt"}, options);
+    EXPECT_EQ(run.status, 2);
+    EXPECT_EQ(run.err, "vx_batch: out/settings: File too large\n");
+
+    kit::RunOptions shell;
+    shell.program = "/bin/sh";
+    const kit::Outcome gone =
+        kit::run_vx(here.dir(),
+                    {"-c", "\"$0\" \"$@\" | true; test -s out/summary.tsv", VX_TOOLS_BIN "/vx_batch",
+                     "--program", VX_SAC_PROGRAM, "-o", "out", "rec.pkt"},
+                    shell);
+    EXPECT_EQ(gone.status, 0);
+    EXPECT_EQ(gone.err, "") << "who does not want to read the table is left alone";
 }
 
 TEST_F(Batch, help_and_version_are_told)
 {
     EXPECT_EQ(batch({"--version"}).out, "vx_batch " VX_VERSION "\n");
-    const kit::Outcome help = batch({"--help"});
-    EXPECT_EQ(help.status, 0);
-    EXPECT_TRUE(help.out.starts_with("Usage: vx_batch "));
+    for (const char* asked : {"-h", "--help"}) {
+        const kit::Outcome help = batch({asked});
+        EXPECT_EQ(help.status, 0);
+        EXPECT_TRUE(help.out.starts_with("Usage: vx_batch "));
+    }
+}
+
+/// vx_array with a Slurm that runs each job at once, from a copy of its file, as Slurm does.
+class Array : public Batch {
+protected:
+    void SetUp() override
+    {
+        Batch::SetUp();
+        program_in_path("scontrol", "echo 'MaxArraySize            = 3'");
+        program_in_path("sbatch",
+                        "tasks=\n"
+                        "while case $1 in --*) : ;; *) false ;; esac; do\n"
+                        "    case $1 in --array=0-*) tasks=${1#--array=0-} ;; esac\n"
+                        "    echo \"$1\" >>options; shift\n"
+                        "done\n"
+                        "cp \"$1\" job; chmod +x job; shift\n"
+                        "[ ! -e before ] || . ./before\n"
+                        "if [ -n \"$tasks\" ]; then\n"
+                        "    for n in $(seq 0 ${tasks%%\"%\"*}); do\n"
+                        "        SLURM_ARRAY_TASK_ID=$n ./job \"$@\" >>tasks.log 2>&1; echo $? >>statuses\n"
+                        "    done; echo '17;cluster'\n"
+                        "else ./job \"$@\" >summary.log 2>&1; echo 18; fi");
+    }
+
+    void program_in_path(const std::string& name, const std::string& text) const
+    {
+        chmod(here.write("bin/" + name, "#!/bin/sh\n" + text + "\n").c_str(), 0755);
+    }
+
+    kit::Outcome array_with_path(const std::string& path, const kit::Args& args) const
+    {
+        kit::Args words = {"PATH=" + path, VX_TOOLS_BIN "/vx_array"};
+        words.insert(words.end(), args.begin(), args.end());
+        kit::RunOptions options;
+        options.program = "/usr/bin/env";
+        return kit::run_vx(here.dir(), words, options);
+    }
+
+    kit::Outcome array(kit::Args args) const
+    {
+        args.insert(args.begin(), {"--program", VX_SAC_PROGRAM});
+        return array_with_path(here.path("bin") + ":" + getenv("PATH"), args);
+    }
+
+    /// Seven good inputs and an empty one, named in the file list.
+    void write_inputs() const
+    {
+        for (const std::string n : {"1", "2", "3", "4", "5", "6", "7"})
+            here.write("in/rec " + n + ".pkt", recording(0x9A2F, {1, 2, 3}));
+        here.write("empty.pkt", "");
+        here.write("list", "in\nempty.pkt\n");
+    }
+};
+
+TEST_F(Array, converts_as_vx_batch_does)
+{
+    write_inputs();
+    const kit::Outcome run = array({"-t", "2", "-s", "--comment=x y", "list", "out", "--", "-P1", "-VN"});
+    EXPECT_EQ(run.err, "");
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.out, "array 17: 8 inputs in 3 tasks of 3\nsummary 18: out/slurm/18.log\n");
+    EXPECT_EQ(here.read("statuses"), "0\n0\n1\n") << "the empty one is in the last task";
+    const std::string options = here.read("options");
+    for (const std::string option : {"--array=0-2%2", "--comment=x y", "--dependency=afterany:17"})
+        EXPECT_THAT(options, testing::HasSubstr(option + "\n"));
+    const Table rows = table();
+    EXPECT_EQ(rows.size(), 8U);
+    EXPECT_EQ(rows.at("empty.pkt").at("status"), "1");
+    expect_as_alone(rows.at("in/rec 3.pkt"), {"-P1", "-VN"});
+
+    const kit::Outcome again = array({"list", "out", "--", "-P1", "-VN"});
+    EXPECT_EQ(again.status, 1) << "the empty one";
+    EXPECT_THAT(again.out, testing::HasSubstr("7 of 8 inputs converted to the end"));
+    EXPECT_EQ(here.read("statuses"), "0\n0\n1\n") << "nothing was submitted";
+}
+
+TEST_F(Array, what_somebody_writes_into_the_folder_while_jobs_wait_is_not_run)
+{
+    write_inputs();
+    const std::string evil = here.write("evil", "#!/bin/sh\ntouch PWNED\n");
+    chmod(evil.c_str(), 0755);
+    here.write("before", "sed -i 's|^program\t.*|program\t" + evil +
+                             "|' out/settings\n"
+                             "sed -i '1s|^[^\t]*|../../stray|' out/work/jobs.*/pending\n");
+    const kit::Outcome run = array({"list", "out"});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_FALSE(here.exists("PWNED"));
+    EXPECT_EQ(here.read("statuses"), "2\n0\n1\n") << "a task whose lines are not as they were does nothing";
+    EXPECT_THAT(here.read("tasks.log"), testing::HasSubstr("is not as vx_array wrote it"));
+    EXPECT_THAT(here.read("summary.log"), testing::HasSubstr("4 of 8 inputs converted to the end"));
+}
+
+TEST_F(Array, a_dry_run_submits_nothing)
+{
+    write_inputs();
+    const kit::Tree before = here.tree();
+    const kit::Outcome run = array({"--dry-run", "--include", "*3.pkt", "list", "out"});
+    EXPECT_EQ(run.out,
+              "in/rec 3.pkt\nempty.pkt\n2 of 2 inputs would be converted, 0 are done\n2 tasks of 1\n");
+    EXPECT_EQ(here.tree(), before);
+}
+
+TEST_F(Array, quiet_says_nothing_of_jobs)
+{
+    write_inputs();
+    const kit::Outcome run = array({"--quiet", "list", "out"});
+    EXPECT_EQ(run.out + run.err, "");
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(table().size(), 8U);
+}
+
+TEST_F(Array, mistakes_are_told_in_its_own_name)
+{
+    write_inputs();
+    kit::Tree before = here.tree();
+    const std::vector<std::pair<kit::Args, std::string>> cases = {
+        {{"list"}, "vx_array: a list and an output folder are wanted"},
+        {{"-c", "0", "list", "out"}, "vx_array: -c takes a number from 1"},
+        {{"-x", "list", "out"}, "vx_array: unknown option '-x' (see vx_array --help"},
+        {{"list", "out", "--", "-Z"}, "vx_array: vx_sac does not take these switches: -Z"},
+        {{"nosuch", "out"}, "vx_array: cannot read the list nosuch: No such file or directory"},
+        {{"list", "o\\ut"}, "vx_array: sbatch takes no backslash in the output path"},
+    };
+    for (const auto& [args, complaint] : cases) expect_refused(array(args), complaint, before);
+
+    const std::string python = said_by("python3 -c 'import sys; print(sys.executable)'");
+    here.make_dir("bare");
+    std::filesystem::create_symlink(python, here.path("bare/python3"));
+    before = here.tree();
+    expect_refused(array_with_path(here.path("bare"), {"list", "out"}),
+                   "vx_array: sbatch is needed and not installed (on Debian: apt-get install slurm-client)",
+                   before);
+}
+
+TEST_F(Array, help_and_version_are_told)
+{
+    EXPECT_EQ(array({"--version"}).out, "vx_array " VX_VERSION "\n");
+    EXPECT_TRUE(array({"-h"}).out.starts_with("Usage: vx_array "));
 }
 
 } // namespace

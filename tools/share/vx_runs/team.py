@@ -1,0 +1,69 @@
+"""Many inputs, several at a time, and what becomes of them when a signal breaks in. Begin with run_all."""
+import concurrent.futures
+import os
+import signal
+import sys
+import time
+from typing import Iterator
+
+from vx_runs.console import Interrupted, to_be_ended
+from vx_runs.inputs import Item
+from vx_runs.run import Runner
+
+PATIENCE = 5  # seconds that an interrupted vx_sac gets to end
+
+
+class Bar:
+    """How far it has come, on a terminal."""
+
+    def __init__(self, runner: Runner, items: list[Item], is_wanted: bool):
+        self.runner, self.inputs = runner, len(items)
+        self.bytes = sum(os.stat(item.input).st_size for item in items)
+        self.is_wanted = is_wanted and sys.stderr is not None and sys.stderr.isatty()
+
+    def put(self, text: str) -> None:
+        if self.is_wanted:
+            sys.stderr.write("\r\033[K" + text)
+            sys.stderr.flush()
+
+    def show(self) -> None:
+        self.put(f"{self.runner.ended} of {self.inputs} inputs, "
+                 f"{self.runner.bytes_read / 1e6:.0f} of {self.bytes / 1e6:.0f} MB")
+
+
+def work_off(runner: Runner, items: Iterator[Item]) -> bool:
+    """What each thread does; they share the iterator. True when all went well."""
+    good = True
+    for item in items:
+        if runner.stopped:
+            return False
+        good = runner.run(item) and good
+    return good
+
+
+def end_early(runner: Runner, threads: list[concurrent.futures.Future]) -> None:
+    """vx_sac is asked to end, then made to."""
+    runner.end(signal.SIGTERM)
+    until = time.monotonic() + PATIENCE
+    while concurrent.futures.wait(threads, timeout=0.1).not_done:
+        if time.monotonic() > until:
+            runner.end(signal.SIGKILL)
+
+
+def run_all(runner: Runner, items: list[Item], at_a_time: int, with_bar: bool) -> bool:
+    """True when all went well. On Interrupted, nothing runs any more when it gets out of here."""
+    bar = Bar(runner, items, with_bar)
+    to_be_ended.append(runner.end)
+    left = iter(items)
+    with concurrent.futures.ThreadPoolExecutor(at_a_time) as pool:
+        threads = []
+        try:
+            threads += [pool.submit(work_off, runner, left) for _ in range(min(at_a_time, len(items)))]
+            while concurrent.futures.wait(threads, timeout=0.5).not_done:
+                bar.show()
+        except Interrupted:
+            end_early(runner, threads)
+            raise
+        finally:
+            bar.put("")
+    return all([thread.result() for thread in threads])
