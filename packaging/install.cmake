@@ -21,7 +21,8 @@ foreach(script ${scripts})
     list(APPEND programs ${name})
 endforeach()
 if(IS_DIRECTORY ${PROJECT_SOURCE_DIR}/tools/share)
-    install(DIRECTORY tools/share/ DESTINATION ${CMAKE_INSTALL_DATADIR}/vx-sac USE_SOURCE_PERMISSIONS)
+    install(DIRECTORY tools/share/ DESTINATION ${CMAKE_INSTALL_DATADIR}/vx-sac USE_SOURCE_PERMISSIONS
+        PATTERN __pycache__ EXCLUDE)
     file(CONFIGURE OUTPUT version CONTENT "@PROJECT_VERSION@\n" @ONLY) # scripts ask for it there
     install(FILES ${CMAKE_CURRENT_BINARY_DIR}/version DESTINATION ${CMAKE_INSTALL_DATADIR}/vx-sac)
 endif()
