@@ -64,9 +64,15 @@ def tell(text: str, end: str = "\n") -> None:
 def on_signal(number: int, _: object) -> None:
     """The first signal that asks to end is raised, the next one ends the program at once. SIGHUP counts as SIGTERM."""
     number = signal.SIGTERM if number == signal.SIGHUP else number
-    for again in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
-        signal.signal(again, lambda *_: end_at_once(number))
+    watch_signals(lambda *_: end_at_once(number))
     raise Interrupted(number)
+
+
+def watch_signals(handler: Callable[[int, object], None]) -> None:
+    """What was ignored from the start (nohup) stays ignored."""
+    for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
+        if signal.getsignal(number) != signal.SIG_IGN:
+            signal.signal(number, handler)
 
 
 def end_at_once(number: int) -> None:
@@ -83,9 +89,7 @@ def start(tool: str, work: Callable[[list[str]], int]) -> int:
         if stream:
             stream.reconfigure(encoding=sys.getfilesystemencoding(), errors="surrogateescape")
     try:
-        for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
-            if signal.getsignal(number) != signal.SIG_IGN:  # as nohup asks
-                signal.signal(number, on_signal)
+        watch_signals(on_signal)
         status = work(sys.argv[1:])
     except Answered:
         status = 0

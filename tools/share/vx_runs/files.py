@@ -35,6 +35,10 @@ def state_of(path: str) -> str:
     return f"{state.st_size} {'-' if state.st_mtime_ns < 0 else ''}{seconds}.{rest:09d}"
 
 
+def size_of(path: str) -> int:
+    return int(state_of(path).partition(" ")[0])
+
+
 def open_regular(path: str) -> Optional[int]:
     """A descriptor for reading; nothing where no regular file stands. Never waits for whoever writes into a pipe."""
     descriptor = os.open(path, os.O_RDONLY | os.O_NONBLOCK)

@@ -74,8 +74,10 @@ def plan_inputs(out: str, names: Iterable[str], globs: list[str]) -> list[Item]:
     """Each input once, however often it is named."""
     plan: dict[str, Item] = {}
     for name in expand(out, names, globs):
-        if "\n" in name or "\0" in name:
+        if "\n" in name:
             raise Refusal(f"a name with a line end: {name!r}")
+        if "\0" in name:
+            raise Refusal(f"a name with a zero byte: {name!r}")
         item = item_of(name)
         other = plan.setdefault(item.folder, item)
         if other is not item and full_path(other.input) != full_path(name):

@@ -102,6 +102,8 @@ def check_output(out: str) -> None:
 
 def settings_there(out: str) -> list[str]:
     path = f"{out}/settings"
+    if os.path.exists(path) and not os.path.isfile(path):
+        raise Refusal(f"{shown(path)} is no regular file")
     return read_text(path).split("\n") if os.path.exists(path) else []
 
 

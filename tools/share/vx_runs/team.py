@@ -1,12 +1,12 @@
 """Many inputs, several at a time, and what becomes of them when a signal breaks in. Begin with run_all."""
 import concurrent.futures
-import os
 import signal
 import sys
 import time
 from typing import Iterator
 
 from vx_runs.console import Interrupted, to_be_ended
+from vx_runs.files import size_of
 from vx_runs.inputs import Item
 from vx_runs.run import Runner
 
@@ -18,8 +18,8 @@ class Bar:
 
     def __init__(self, runner: Runner, items: list[Item], is_wanted: bool):
         self.runner, self.inputs = runner, len(items)
-        self.bytes = sum(os.stat(item.input).st_size for item in items)
         self.is_wanted = is_wanted and sys.stderr is not None and sys.stderr.isatty()
+        self.bytes = sum(size_of(item.input) for item in items) if self.is_wanted else 0
 
     def put(self, text: str) -> None:
         if self.is_wanted:
