@@ -496,6 +496,14 @@ TEST_F(Batch, the_table_keeps_a_row_for_every_run_folder)
                                    "runs, is out/summary.tsv"));
     EXPECT_EQ(table(), before);
 
+    here.write("d.pkt", recording(0x9A2F, {1, 2}));
+    const std::string killed = program_that("[ \"$1\" != d.pkt ] || kill -KILL $$");
+    EXPECT_EQ(batch_with(killed, {"-o", "out", "d.pkt"}).status, 1);
+    EXPECT_EQ(batch_with(killed, {"-o", "out", "a.pkt"}).status, 0);
+    EXPECT_EQ(table().at("d.pkt").at("meaning"), "ended by signal 9; to be done again");
+    EXPECT_EQ(convert_all({"d.pkt"}).status, 0);
+    EXPECT_EQ(table().size(), 4U);
+
     here.write(before.at("c.pkt").at("folder") + "/run.status", "input\t$(touch PWNED)\n");
     here.write("b\tb.pkt", recording(0x9A2F, {1, 2}) + recording(0x9A30, {1}));
     EXPECT_EQ(convert_all({"a.pkt"}).status, 0) << "others do not count";
@@ -503,7 +511,7 @@ TEST_F(Batch, the_table_keeps_a_row_for_every_run_folder)
     EXPECT_EQ(after.at("-").at("folder"), before.at("c.pkt").at("folder"));
     EXPECT_EQ(after.at("-").at("meaning"), "not finished; to be done again");
     EXPECT_EQ(after.at("b\\tb.pkt").at("meaning"), "the input has changed since");
-    EXPECT_EQ(after.size(), 3U);
+    EXPECT_EQ(after.size(), 4U);
 }
 
 TEST_F(Batch, include_lets_only_some_files_of_folders_in)

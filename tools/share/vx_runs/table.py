@@ -76,14 +76,24 @@ def row_of_input(out: str, item: Item, halves: dict[str, str]) -> Row:
     return row_of(item.input, folder, ended, bool(ended) and ended.of != state_of(item.input))
 
 
-def row_of_folder(out: str, name: str) -> Row:
+def row_of_folder(folder: str, key: str) -> Row:
     """A run of an input that this call did not name. The input is looked at only where its name, seen from here,
     still leads to this folder."""
-    ended = read_status(f"{out}/{name}")
+    ended = read_status(folder)
     if not ended:
-        return row_of("-", f"{out}/{name}", None, False)
-    is_seen = "\0" not in ended.input and item_of(ended.input).folder == name
-    return row_of(ended.input, f"{out}/{name}", ended, is_seen and ended.of != state_of(ended.input))
+        return row_of("-", folder, None, False)
+    is_seen = "\0" not in ended.input and item_of(ended.input).key == key
+    return row_of(ended.input, folder, ended, is_seen and ended.of != state_of(ended.input))
+
+
+def other_folders(out: str, plan: list[Item], halves: dict[str, str]) -> Iterator[tuple[str, str]]:
+    """Run folders, and their keys, of inputs that are not in the plan; what only a half of is there stands behind."""
+    keys = {item.key for item in plan}
+    for name in sorted(entries_of(out)):
+        if FOLDER_FORM.fullmatch(name) and (key := name[-KEY_LENGTH:]) not in keys:
+            keys.add(key)
+            yield f"{out}/{name}", key
+    yield from ((folder, key) for key, folder in halves.items() if key not in keys)
 
 
 def line_of(row: Row) -> str:
@@ -116,10 +126,9 @@ class Summary:
             if not self.quiet or row.meaning != GOOD:
                 tell_row(row)
             yield line_of(row)
-        for name in sorted(set(entries_of(self.out)) - {item.folder for item in self.plan}):
-            if FOLDER_FORM.fullmatch(name):
-                self.others += 1
-                yield line_of(row_of_folder(self.out, name))
+        for folder, key in other_folders(self.out, self.plan, halves):
+            self.others += 1
+            yield line_of(row_of_folder(folder, key))
 
     def closing_line(self) -> str:
         more = f", with {self.others} earlier runs," if self.others else ""
