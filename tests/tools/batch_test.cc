@@ -600,6 +600,26 @@ TEST_F(Batch, what_cannot_be_written_is_told_in_a_sentence)
     EXPECT_EQ(gone.err, "") << "who does not want to read the table is left alone";
 }
 
+TEST_F(Batch, a_table_that_cannot_be_written_is_shown_all_the_same)
+{
+    kit::Args inputs;
+    for (const std::string n : {"1", "2", "3", "4", "5", "6", "7", "8", "9", "10", "11", "12", "13", "14"})
+        inputs.push_back("recording" + n + ".pkt");
+    for (const std::string& input : inputs) here.write(input, recording(0x9A2F, {1}));
+    ASSERT_EQ(convert_all(inputs).status, 0);
+    const std::string before = here.read("out/summary.tsv");
+    kit::RunOptions options;
+    options.limits = {{RLIMIT_FSIZE, 1000}};
+    ASSERT_GT(before.size(), 1000U);
+    const kit::Outcome run = convert_all(inputs, options);
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.err, "vx_batch: the table cannot be written: out/summary.tsv: File too large\n");
+    EXPECT_EQ(lines_in(run.out), 16U);
+    EXPECT_THAT(run.out,
+                testing::HasSubstr("14 of 14 inputs converted to the end, 0 not; the table is not written"));
+    EXPECT_EQ(here.read("out/summary.tsv"), before);
+}
+
 TEST_F(Batch, help_and_version_are_told)
 {
     EXPECT_EQ(batch({"--version"}).out, "vx_batch " VX_VERSION "\n");

@@ -156,6 +156,7 @@ class Runner:
         self.out, self.program, self.again = out, program, again
         self.held = held  # descriptors that vx_sac gets, too: a lock is held as long as one of its runs lives
         self.stopped = False
+        self.is_full = False  # the output folder takes no more
         self.children: set[subprocess.Popen] = set()
         self.lock = threading.Lock()
         self.ended = self.bytes_read = 0  # runs, and the size of their inputs
@@ -168,6 +169,7 @@ class Runner:
         try:
             return self.run_anew(item) == 0
         except OSError as error:
+            self.is_full = self.is_full or error.errno in (errno.ENOSPC, errno.EDQUOT, errno.EROFS)
             note(f"the run of {shown(item.input)} cannot be kept: {reason(error)}")
             return False
 

@@ -130,10 +130,11 @@ class Summary:
             self.others += 1
             yield line_of(row_of_folder(folder, key))
 
-    def closing_line(self) -> str:
+    def closing_line(self, is_written: bool) -> str:
         more = f", with {self.others} earlier runs," if self.others else ""
+        where = f"is {shown(self.out)}/summary.tsv" if is_written else "is not written"
         return (f"{self.good} of {len(self.plan)} inputs converted to the end, {len(self.plan) - self.good} not; "
-                f"the table{more} is {shown(self.out)}/summary.tsv")
+                f"the table{more} {where}")
 
 
 def summarize(out: str, plan: list[Item], quiet: bool = False) -> bool:
@@ -151,5 +152,5 @@ def summarize(out: str, plan: list[Item], quiet: bool = False) -> bool:
         is_written = False
         collections.deque(lines, maxlen=0)  # people see it all the same
     if not quiet or summary.good < len(plan):
-        tell(summary.closing_line())
+        tell(summary.closing_line(is_written))
     return is_written and summary.good == len(plan)

@@ -35,7 +35,7 @@ def work_off(runner: Runner, items: Iterator[Item]) -> bool:
     """What each thread does; they share the iterator. True when all went well."""
     good = True
     for item in items:
-        if runner.stopped:
+        if runner.stopped or runner.is_full:
             return False
         good = runner.run(item) and good
     return good
