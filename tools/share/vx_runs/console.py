@@ -1,10 +1,11 @@
 """What people see and type: messages, standard output, the command line, signals. Begin with start."""
+import contextlib
 import errno
 import os
 import re
 import signal
 import sys
-from typing import Callable, NamedTuple
+from typing import Callable, Iterator, NamedTuple, Optional
 
 SHARE = os.path.dirname(os.path.dirname(os.path.realpath(__file__)))
 
@@ -14,6 +15,7 @@ STEERING = dict.fromkeys([*range(32), *range(127, 160), *range(0x202A, 0x202F), 
 to_be_ended: list[Callable[[int], None]] = []  # whom on_signal tells of a second signal
 _tool = "vx_batch"  # the one that speaks; set by start
 _output_lost = False  # standard output takes no more
+_held: Optional[list[int]] = None  # of signals_held
 
 
 class Refusal(Exception):
@@ -65,7 +67,23 @@ def on_signal(number: int, _: object) -> None:
     """The first signal that asks to end is raised, the next one ends the program at once. SIGHUP counts as SIGTERM."""
     number = signal.SIGTERM if number == signal.SIGHUP else number
     watch_signals(lambda *_: end_at_once(number))
-    raise Interrupted(number)
+    if _held is None:
+        raise Interrupted(number)
+    _held.append(number)
+
+
+@contextlib.contextmanager
+def signals_held() -> Iterator[list[int]]:
+    """Within, the first signal goes into the list and is raised at the end: among threads that share locks an
+    exception out of nowhere could leave one locked."""
+    global _held
+    _held = told = []
+    try:
+        yield told
+    finally:
+        _held = None
+    if told:
+        raise Interrupted(told[0])
 
 
 def watch_signals(handler: Callable[[int, object], None]) -> None:

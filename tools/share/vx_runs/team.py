@@ -5,7 +5,7 @@ import sys
 import time
 from typing import Iterator
 
-from vx_runs.console import Interrupted, to_be_ended
+from vx_runs.console import signals_held, to_be_ended
 from vx_runs.files import size_of
 from vx_runs.inputs import Item
 from vx_runs.run import Runner
@@ -55,15 +55,11 @@ def run_all(runner: Runner, items: list[Item], at_a_time: int, with_bar: bool) -
     bar = Bar(runner, items, with_bar)
     to_be_ended.append(runner.end)
     left = iter(items)
-    with concurrent.futures.ThreadPoolExecutor(at_a_time) as pool:
-        threads = []
-        try:
-            threads += [pool.submit(work_off, runner, left) for _ in range(min(at_a_time, len(items)))]
-            while concurrent.futures.wait(threads, timeout=0.5).not_done:
-                bar.show()
-        except Interrupted:
+    with signals_held() as told, concurrent.futures.ThreadPoolExecutor(at_a_time) as pool:
+        threads = [pool.submit(work_off, runner, left) for _ in range(min(at_a_time, len(items)))]
+        while concurrent.futures.wait(threads, timeout=0.2).not_done and not told:
+            bar.show()
+        if told:
             end_early(runner, threads)
-            raise
-        finally:
-            bar.put("")
+        bar.put("")
     return all([thread.result() for thread in threads])
