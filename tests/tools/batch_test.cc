@@ -223,9 +223,10 @@ TEST_F(Batch, ended_by_a_signal_it_takes_its_jobs_along_and_goes_on_when_started
     for (const std::string& input : {args[3], args[4], args[5]})
         here.write(input, recording(0x9A2F, {1, 2, 3}));
     // All but a.pkt get stuck; the second of them ends the batch.
-    const std::string program = program_that("[ -e go ] || [ \"$1\" = a.pkt ] || { echo $$ >>stuck\n"
-                                             "[ $(wc -l <stuck) -lt 2 ] || kill -$(cat signal) $(cat batch)\n"
-                                             "exec sleep 50; }");
+    const std::string program = program_that(
+        "[ -e go ] || [ \"$1\" = a.pkt ] || { echo $$ >>stuck\n"
+        "[ $(wc -l <stuck) -lt 2 ] || ! mkdir told.$(cat signal) || kill -$(cat signal) $(cat batch)\n"
+        "exec sleep 50; }");
     for (const int signal : {SIGTERM, SIGINT}) {
         here.write("stuck", "");
         here.write("signal", std::to_string(signal));
