@@ -1,11 +1,12 @@
 // What the steps that run for every packet or sample cost alone: decoders, sample conversion with statistics,
 // the summary line, the progress line. Input is a made signal in Steim frames.
-#include "driver/settings.h"
+#include "driver/base/fatal.h"
+#include "driver/base/settings.h"
 #include "mkrec/steim_encode.h"
-#include "model/records.h"
+#include "model/record/records.h"
 #include "output/log.h"
 #include "output/sample_math.h"
-#include "packet/progress.h"
+#include "packet/loop/progress.h"
 #include "packet/samples.h"
 
 #include <benchmark/benchmark.h>
@@ -48,23 +49,25 @@ struct MADE {
         bytes[20] = bcd_byte(samples / 100);
         bytes[21] = bcd_byte(samples % 100);
     }
-    PACKET packet() const { return {bytes.data()}; }
+    PACKET packet() const { return PACKET(bytes.data()); }
 };
 
-using DECODER = void (*)(CHN_T*, const PACKET&, DATA_BUF&);
+using DECODER = Decoded (*)(const PACKET&, uint32_t&, DATA_BUF&);
+
+DATA_BUF Data_buf;
 
 template <DECODER decode, mkrec::STEIM level>
 void steim(benchmark::State& state)
 {
     const MADE made(level, static_cast<int>(state.range(0)));
-    Log_on = 0;
-    CHN_T chn;
+    const PACKET packet = made.packet();
+    bool sound = true;
     for (auto _ : state) {
-        chn.last = 0;
-        decode(&chn, made.packet(), Data_buf);
+        uint32_t last = 0;
+        sound &= decode(packet, last, Data_buf).sound;
         benchmark::DoNotOptimize(Data_buf.sample[0]);
     }
-    if (chn.discontinuous) state.SkipWithError("the packet failed its check");
+    if (!sound) state.SkipWithError("the packet failed its check");
     state.SetItemsProcessed(state.iterations() * made.samples);
 }
 BENCHMARK(steim<Buf_c0, mkrec::STEIM::level1>)->Arg(7)->Arg(14);
@@ -72,14 +75,14 @@ BENCHMARK(steim<Buf_c0_by_word, mkrec::STEIM::level1>)->Arg(7)->Arg(14);
 BENCHMARK(steim<Buf_c2, mkrec::STEIM::level2>)->Arg(4)->Arg(8)->Arg(14);
 BENCHMARK(steim<Buf_c2_by_word, mkrec::STEIM::level2>)->Arg(4)->Arg(8)->Arg(14);
 
-template <DECODER decode, int count>
+template <void (*decode)(const PACKET&, DATA_BUF&), int count>
 void plain(benchmark::State& state)
 {
     std::array<uint8_t, Packet_size> bytes{};
     bytes[20] = bcd_byte(count / 100);
-    CHN_T chn;
+    const PACKET packet(bytes.data());
     for (auto _ : state) {
-        decode(&chn, PACKET{bytes.data()}, Data_buf);
+        decode(packet, Data_buf);
         benchmark::DoNotOptimize(Data_buf.sample[0]);
     }
     state.SetItemsProcessed(state.iterations() * count);
@@ -89,17 +92,17 @@ BENCHMARK(plain<Buf_32, 200>);
 
 /// Samples around an offset on their way into a trace: far from zero the squares leave the exact integers
 /// soon.
-template <void (*add)(CHN_T*, const int32_t*, uint32_t, char*)>
+template <void (*add)(Statistics&, uint32_t, const int32_t*, uint32_t, char*)>
 void into_trace(benchmark::State& state)
 {
     const auto x = walk(10, static_cast<int32_t>(state.range(0)));
     std::array<char, 4 * 700> out;
-    CHN_T chn;
+    Statistics stats;
     for (auto _ : state) {
-        chn.sum = 0.0;
-        chn.sq_sum = state.range(0) ? 3e17 : 0.0; // a long trace far from zero, or a young one around it
-        add(&chn, x.data(), 700, out.data());
-        benchmark::DoNotOptimize(chn.sum);
+        stats.sum = 0.0;
+        stats.sq_sum = state.range(0) ? 3e17 : 0.0; // a long trace far from zero, or a young one around it
+        add(stats, 0, x.data(), 700, out.data());
+        benchmark::DoNotOptimize(stats.sum);
         benchmark::ClobberMemory();
     }
     state.SetItemsProcessed(state.iterations() * 700);
@@ -111,19 +114,19 @@ void summary_line(benchmark::State& state)
 {
     const MADE made(mkrec::STEIM::level2, 8);
     OUT_FILE log;
-    if (!out_open(log, "/dev/null", OUT_MODE::append, ON_LOSS::tell_once))
-        state.SkipWithError("no /dev/null");
-    for (auto _ : state) log_head(log, made.packet(), PKT_DT, 0);
+    if (!out_open(log, "/dev/null", OUT_MODE::append, log_lost)) state.SkipWithError("no /dev/null");
+    const PACKET packet = made.packet();
+    for (auto _ : state) log_head(log, packet, ' ');
     out_close(log);
 }
 BENCHMARK(summary_line);
 
 void progress_line(benchmark::State& state)
 {
-    Verbose = 1;
+    Verbose = true;
     UNIT_T unit;
     CHN_T chn;
-    for (auto _ : state) Progress_data(&unit, &chn);
+    for (auto _ : state) Progress_data(unit, chn);
 }
 BENCHMARK(progress_line);
 

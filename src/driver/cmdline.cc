@@ -1,9 +1,10 @@
 #include "driver/cmdline.h"
 
-#include "driver/console.h"
-#include "driver/fatal.h"
-#include "driver/number.h"
-#include "driver/settings.h"
+#include "driver/base/ascii.h"
+#include "driver/base/console.h"
+#include "driver/base/fatal.h"
+#include "driver/base/number.h"
+#include "driver/base/settings.h"
 
 #include <algorithm>
 
@@ -11,22 +12,17 @@ namespace {
 
 constexpr int Usage_status = 2;
 
-char upper(char c)
-{
-    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-}
-
 // Each setter takes a switch's value, the text behind its letter, and says whether it is a good one.
 
 /// Y and + set, N and - clear; only the first character counts.
 template <auto& flag>
 bool set_flag(const char* value)
 {
-    switch (upper(value[0])) {
+    switch (to_upper(value[0])) {
     case 'Y':
-    case '+': flag = 1; return true;
+    case '+': flag = true; return true;
     case 'N':
-    case '-': flag = 0; return true;
+    case '-': flag = false; return true;
     default: return false;
     }
 }
@@ -34,7 +30,7 @@ bool set_flag(const char* value)
 /// kept: dash-n-means-auto. "-" and "N" do not switch naming off, they choose Auto.
 bool set_name_option(const char* value)
 {
-    switch (upper(value[0])) {
+    switch (to_upper(value[0])) {
     case '0':
     case 'A':
     case '-':
@@ -96,7 +92,7 @@ constexpr SWITCH Switches[] = {
 
 bool set_switch(const char* argument)
 {
-    const char letter = upper(argument[1]);
+    const char letter = to_upper(argument[1]);
     const SWITCH* found = std::find_if(std::begin(Switches), std::end(Switches),
                                        [=](const SWITCH& s) { return s.letter == letter; });
     return found != std::end(Switches) && found->set(argument + 2);
@@ -128,5 +124,5 @@ void read_command_line(int argc, char** argv)
         }
     }
     if (FileIn.empty()) usage_error();
-    if (named == 2 && DirOut.empty()) shut_down(FATAL_NO_DIRECTORY, "", nullptr);
+    if (named == 2 && DirOut.empty()) shut_down(FATAL_NO_DIRECTORY, "");
 }

@@ -1,21 +1,22 @@
 // The run from first to last.
+#include "driver/base/console.h"
+#include "driver/base/fatal.h"
+#include "driver/base/settings.h"
 #include "driver/cmdline.h"
-#include "driver/console.h"
-#include "driver/fatal.h"
-#include "driver/settings.h"
 #include "driver/setup.h"
-#include "packet/convert.h"
+#include "packet/loop/convert.h"
 
 #include <csignal>
 #include <new>
 
+/// The exit status: 1 for an input that is empty, else 0.
 static int convert_all()
 {
     if (!open_input()) return 1;
-    const int result = vx_cvt();
+    vx_cvt();
     vx::fcloseall();
     printf("\r\n");
-    return result;
+    return 0;
 }
 
 int main(int argc, char** argv)
@@ -27,10 +28,10 @@ try {
     set_defaults();
     read_command_line(argc, argv);
     settle_paths();
-    find_ini_file(argv[0]); // where argc is 0, the run has ended
+    find_ini_file(argv[0]); // there is one: without arguments read_command_line ends the run
     open_run_files();
     print_summary();
     end_run(convert_all());
 } catch (const std::bad_alloc&) {
-    shut_down(FATAL_MEMORY, nullptr, nullptr);
+    shut_down(FATAL_MEMORY, nullptr);
 }

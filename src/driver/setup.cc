@@ -1,8 +1,9 @@
 #include "driver/setup.h"
 
-#include "driver/fatal.h"
-#include "driver/file.h"
-#include "driver/settings.h"
+#include "driver/base/fatal.h"
+#include "driver/base/file.h"
+#include "driver/base/run_files.h"
+#include "driver/base/settings.h"
 #include "output/log.h"
 #include "output/qcc.h"
 
@@ -49,14 +50,13 @@ std::string base_name(const std::string& path)
 /// A log of the same name as the input would empty it.
 void refuse_input(const char* path)
 {
-    if (same_file(path, FileIn.c_str())) shut_down(FATAL_OPEN, path, nullptr);
+    if (same_file(path, FileIn.c_str())) shut_down(FATAL_OPEN, path);
 }
 
 void open_run_file(OUT_FILE& file, const std::string& path, void (*write_header)(OUT_FILE&))
 {
     refuse_input(path.c_str());
-    if (!out_open_vx(file, path.c_str(), OUT_MODE::truncate, ON_LOSS::tell_once))
-        shut_down(FATAL_OPEN, path.c_str(), nullptr);
+    if (!out_open_vx(file, path.c_str(), OUT_MODE::truncate, log_lost)) shut_down(FATAL_OPEN, path.c_str());
     write_header(file);
 }
 
@@ -64,18 +64,17 @@ void open_run_file(OUT_FILE& file, const std::string& path, void (*write_header)
 
 void settle_paths()
 {
-    if (FileIn.size() > Path_max) shut_down(FATAL_OPEN, FileIn.c_str(), nullptr);
+    if (FileIn.size() > Path_max) shut_down(FATAL_OPEN, FileIn.c_str());
     DirOrg = working_directory();
     if (DirOut.empty()) {
-        if (DirOrg.empty()) shut_down(FATAL_NO_DIRECTORY, ".", nullptr);
+        if (DirOrg.empty()) shut_down(FATAL_NO_DIRECTORY, ".");
         DirOut = DirOrg;
     } else if (!fexist(DirOut.c_str())) {
-        shut_down(FATAL_NO_DIRECTORY, DirOut.c_str(), nullptr);
+        shut_down(FATAL_NO_DIRECTORY, DirOut.c_str());
     }
     const bool slash_missing = DirOut.back() != '/';
-    if (DirOut.size() + slash_missing > Path_max) shut_down(FATAL_NO_DIRECTORY, DirOut.c_str(), nullptr);
+    if (DirOut.size() + slash_missing > Path_max) shut_down(FATAL_NO_DIRECTORY, DirOut.c_str());
     if (slash_missing) DirOut += Dir_sep;
-    Fn_dir = DirOut;
 }
 
 void find_ini_file(const char* argv0)
@@ -107,7 +106,7 @@ void open_run_files()
 bool open_input()
 {
     FdIn = fopen_vx(FileIn.c_str(), "rb");
-    if (!FdIn) shut_down(FATAL_OPEN, FileIn.c_str(), nullptr);
+    if (!FdIn) shut_down(FATAL_OPEN, FileIn.c_str());
     struct stat what;
     return fstat(fileno(FdIn), &what) != 0 || what.st_size != 0;
 }

@@ -1,134 +1,115 @@
 #include "model/channel.h"
 
-#include "driver/fatal.h"
-#include "driver/settings.h"
-#include "model/catalogue.h"
-#include "model/open_files.h"
-#include "model/records.h"
-#include "model/ring.h"
+#include "driver/base/fatal.h"
+#include "driver/base/file.h"
+#include "driver/base/settings.h"
+#include "model/record/catalogue.h"
+#include "model/record/records.h"
+#include "model/record/ring.h"
 #include "output/log.h"
-#include "output/qcc.h"
 #include "output/sac.h"
-#include "packet/kind.h"
 
 #include <cerrno>
+#include <cstring>
 #include <memory>
 #include <new>
 #include <strings.h>
 
 namespace {
 
-void note_channel_range(EVT_T* evt, uint16_t channel)
+void note_channel_range(EVT_T& evt, uint16_t channel)
 {
-    if (channel > evt->hi) evt->hi = channel;
-    if (evt->lo == 99 || channel < evt->lo) evt->lo = channel;
+    if (channel > evt.hi) evt.hi = channel;
+    if (evt.lo == 99 || channel < evt.lo) evt.lo = channel;
 }
 
 /// An event begins with the earliest first packet of its channels.
-void note_first_time(EVT_T* evt, const TIMESTR& time)
+void note_first_time(EVT_T& evt, const TIMESTR& time)
 {
-    const bool full = evt->t_first.length() == 16;
-    if (!full || strncasecmp(time.s, evt->t_first.s, 16) <= 0) evt->t_first = time;
+    TIMESTR& first = evt.times.t_first;
+    const bool full = first.length() == 16;
+    if (!full || strncasecmp(time.s, first.s, 16) <= 0) first = time;
 }
 
-CHN_T* add_channel(EVT_T* evt, const PACKET& pkt, uint16_t channel, const TIMESTR& time)
+CHN_T& add_channel(EVT_T& evt, const PACKET& pkt)
 {
-    CHN_T* chn = Chn_create(evt, channel, bcd(pkt, EVT::Number), bcd(pkt, EVT::Stream), time);
-    ring_join(evt->chn, chn);
-    ++evt->chn_cnt;
-    chn->word_bits = byte(pkt, EVT::Format) == Format_16_bit ? 16 : 32;
-    chn->t_first = chn->t_nxt = time;
-    note_first_time(evt, time);
+    CHN_T& chn = *Chn_create(evt, pkt);
+    ring_join(evt.chn, &chn);
+    ++evt.chn_cnt;
+    note_first_time(evt, pkt.time);
     return chn;
 }
 
-/// Breaks are marked, not mended: samples are appended as they arrive.
-void check_continuity(CHN_T* chn, const TIMESTR& time)
+/// Breaks in time are marked, not filled: samples are appended as they arrive.
+void check_continuity(CHN_T& chn, const TIMESTR& time)
 {
-    sign = strcmp(time.s, chn->t_nxt.s);
-    if (sign) chn->time_tear = 1;
+    const int comparison = strcmp(time.s, chn.times.t_nxt.s);
+    mark_continuity(comparison);
+    if (comparison) chn.time_tear = true;
 }
 
 /// kept: rate-before-estimate. The expected time uses the rate as it is before this packet's estimate.
-void move_times_on(CHN_T* chn, const PACKET& pkt, const TIMESTR& time)
+void move_times_on(CHN_T& chn, const PACKET& pkt)
 {
-    chn->evt->t_last = time;
-    chn->t_prv = time;
-    chn->t_nxt = time;
-    add_str_tim(chn->t_nxt.s, chn->evt->smp_rate, pkt.bytes + EVT::Samples.at);
-    chn->seq = bcd(pkt, HDR::Seq);
+    chn.evt->times.t_last = pkt.time;
+    chn.times.t_prv = pkt.time;
+    chn.times.t_nxt = pkt.time;
+    add_str_tim(chn.times.t_nxt, chn.evt->smp_rate, pkt.samples);
+    chn.seq = pkt.seq;
 }
 
-/// Makes the trace. Another run may take the name at the last moment: then the next free one is. A name that
-/// is taken and yet looks free cannot be had.
-void create_trace(CHN_T* chn)
+/// Creates the trace with its provisional header. If another run took the name meanwhile, the next free one
+/// is used. If the name is taken and yet is the next free one, no trace can be made.
+void create_trace(CHN_T& chn)
 {
-    while (!Chn_file_open(chn, TRACE_MODE::create)) {
+    while (!Chn_file_open(chn)) {
         const bool taken = errno == EEXIST;
-        const std::string refused = chn->name;
-        if (taken) Chn_name(chn, chn->t_first);
-        if (chn->name == refused) end_without_trace(refused.c_str());
+        const std::string refused = chn.name;
+        if (taken) Chn_name(chn);
+        if (chn.name == refused) end_without_trace(refused.c_str());
     }
     Sac_dhdr_out(chn);
 }
 
-void open_trace(CHN_T* chn, CHN_T* current)
-{
-    if (chn->file_open || Smp_limit == 0) return;
-    make_room(current, chn);
-    if (chn->file_made)
-        Chn_file_open(chn, TRACE_MODE::append);
-    else
-        create_trace(chn);
-}
-
 /// Without an event header the rate comes from the samples written and the time they took. Every step is
 /// rounded to single precision.
-void estimate_rate(EVT_T* evt, const CHN_T* chn)
+void estimate_rate(EVT_T& evt, const CHN_T& chn)
 {
-    if (evt->eh_seen) return;
-    const float ms = Time_update(chn->t_first.s, chn->t_prv.s) * 1000.0F;
-    evt->smp_rate = chn->cnt == 0 ? 0.0F : 1000.0F / (ms / static_cast<float>(chn->cnt));
-    if (evt->smp_rate != 0.0F) evt->eh_seen = 1;
+    if (evt.eh_seen) return;
+    const float ms = Time_update(chn.times.t_first, chn.times.t_prv) * 1000.0F;
+    evt.smp_rate = chn.cnt == 0 ? 0.0F : 1000.0F / (ms / static_cast<float>(chn.cnt));
+    if (evt.smp_rate != 0.0F) evt.eh_seen = true;
 }
 
 } // namespace
 
-CHN_T* Chn_find(EVT_T* evt, const PACKET& pkt)
+CHN_T& Chn_find(EVT_T& evt, const PACKET& pkt)
 {
-    const uint16_t channel = bcd(pkt, EVT::Channel);
-    const TIMESTR time = header_time(pkt);
-    CHN_T* const current = evt->chn;
-
-    note_channel_range(evt, channel);
-    CHN_T* chn = ring_find(current, [=](const CHN_T& c) { return c.channel == channel; });
-    if (!chn) chn = add_channel(evt, pkt, channel, time);
-    check_continuity(chn, time);
-    move_times_on(chn, pkt, time);
-    open_trace(chn, current);
-    evt->chn = chn;
+    note_channel_range(evt, pkt.channel);
+    CHN_T* const known = ring_find(evt.chn, [&](const CHN_T& c) { return c.id.channel == pkt.channel; });
+    CHN_T& chn = known ? *known : add_channel(evt, pkt);
+    check_continuity(chn, pkt.time);
+    move_times_on(chn, pkt);
+    if (!chn.fp.open && Smp_limit != 0) create_trace(chn);
+    evt.chn = &chn;
     estimate_rate(evt, chn);
     return chn;
 }
 
-CHN_T* Chn_create(EVT_T* evt, uint16_t channel, uint16_t event, uint16_t stream, const TIMESTR& time)
+CHN_T* Chn_create(EVT_T& evt, const PACKET& pkt)
 try {
     auto chn = std::make_unique<CHN_T>();
-    chn->evt = evt;
-    chn->unit = evt->unit;
-    chn->unit_id = evt->unit_id;
-    chn->lat = chn->unit->lat;
-    chn->lon = chn->unit->lon;
-    chn->alt = chn->unit->alt;
+    chn->evt = &evt;
+    chn->unit = evt.unit;
+    chn->id = {evt.unit_id, pkt.event, pkt.stream, pkt.channel};
+    chn->word_bits = byte(pkt, EVT::Format) == Format_16_bit ? 16 : 32;
+    chn->position = evt.unit->position;
+    chn->times.t_first = chn->times.t_nxt = pkt.time;
     chn->trash = Smp_skip;
-    chn->event = event;
-    chn->stream = stream;
-    chn->channel = channel;
-    chn->axis = Axis[channel % 6];
-    Qcc_init(chn.get());
-    Chn_ini(chn.get());
-    Chn_ehet(chn.get()); // the event header overrides the INI file
-    Chn_name(chn.get(), time);
+    chn->set.axis = Axis[pkt.channel % 6];
+    Chn_ini(*chn);
+    Chn_ehet(*chn); // the event header overrides the INI file
+    Chn_name(*chn);
     return chn.release();
 } catch (const std::bad_alloc&) {
     end_without_channel_memory();

@@ -1,14 +1,14 @@
-// What the event header tells of a channel, applied to its record. A field that begins with a blank is not
+// What the event header says of a channel, applied to its record. A field that begins with a blank is not
 // given.
-#include "driver/number.h"
-#include "model/catalogue.h"
+#include "driver/base/number.h"
 #include "model/channel.h"
-#include "model/records.h"
+#include "model/record/catalogue.h"
+#include "model/record/records.h"
 
 static constexpr int Bank_channels = 16;
 
 /// Volts per count, from a text such as "15.89 uV".
-static void take_bit_weight(CHN_T* chn, std::string_view nominal, std::string_view true_weight)
+static void take_bit_weight(CHN_T& chn, std::string_view nominal, std::string_view true_weight)
 {
     const std::string_view told = given(true_weight) ? true_weight : nominal;
     if (!given(told)) return;
@@ -19,14 +19,14 @@ static void take_bit_weight(CHN_T* chn, std::string_view nominal, std::string_vi
     case 'n': weight *= 0.000000001; break;
     default: break; // kept: pico-is-one. A "p" does not scale.
     }
-    chn->tbw = weight;
+    chn.set.tbw = weight;
 }
 
 /// kept: gain-plain-digit. The digit's distance from "0", so "A" (17) is no gain here, and ":" is number 10.
-static void take_gain(CHN_T* chn, char code)
+static void take_gain(CHN_T& chn, char code)
 {
     const auto index = static_cast<uint8_t>(code - '0');
-    if (index < Gain_cnt) chn->gain_ndx = index;
+    if (index < Gain_cnt) chn.set.gain_ndx = index;
 }
 
 static uint8_t bits_of(char code)
@@ -66,30 +66,27 @@ static double sensor_full_scale_of(char code)
 }
 
 /// Band, instrument and orientation letter; a fourth character is free. A NUL is a letter like others.
-static void take_seed_letters(CHN_T* chn, std::string_view seed)
+static void take_seed_letters(CHN_T& chn, std::string_view seed)
 {
-    if (seed[0] != ' ') chn->band = seed[0];
-    if (seed[1] != ' ') {
-        chn->type = seed[1];
-        chn->type_code = seed[1] == 'G' || seed[1] == 'N' ? 1 : 3;
-    }
-    if (seed[2] != ' ') chn->axis = seed[2];
+    if (seed[0] != ' ') chn.set.band = seed[0];
+    if (seed[1] != ' ') chn.set.set_type(seed[1]);
+    if (seed[2] != ' ') chn.set.axis = seed[2];
 }
 
-void Chn_ehet(CHN_T* chn)
+void Chn_ehet(CHN_T& chn)
 {
-    const int half = chn->channel / Bank_channels;
-    const int i = chn->channel % Bank_channels;
-    if (half > 1 || !chn->evt->bank[half]) return;
-    const EHT_BANK& bank = *chn->evt->bank[half];
+    const int half = chn.id.channel / Bank_channels;
+    const int i = chn.id.channel % Bank_channels;
+    if (half > 1 || !chn.evt->bank[half]) return;
+    const EventBank& bank = *chn.evt->bank[half];
     const auto field = [&](const Row& row) { return bank.field(row[i]); };
 
     take_bit_weight(chn, field(EH::Bit_wght), field(EH::True_wght));
     take_gain(chn, field(EH::Gain)[0]);
-    if (given(field(EH::Res))) chn->bits = bits_of(field(EH::Res)[0]);
-    if (given(field(EH::Fsv))) chn->fsa = full_scale_of(field(EH::Fsv)[0]);
+    if (given(field(EH::Res))) chn.set.bits = bits_of(field(EH::Res)[0]);
+    if (given(field(EH::Fsv))) chn.set.fsa = full_scale_of(field(EH::Fsv)[0]);
     take_seed_letters(chn, field(EH::Seed));
-    if (given(field(EH::Sns_fsv))) chn->sns_fsa = sensor_full_scale_of(field(EH::Sns_fsv)[0]);
-    if (given(field(EH::Sns_vpu))) chn->vpu = scan_double(field(EH::Sns_vpu), 0, 6);
+    if (given(field(EH::Sns_fsv))) chn.set.sns_fsa = sensor_full_scale_of(field(EH::Sns_fsv)[0]);
+    if (given(field(EH::Sns_vpu))) chn.set.vpu = scan_double(field(EH::Sns_vpu), 0, 6);
     // A station channel number would follow the sensor units, but no header carries one: `stn_chn` stays.
 }

@@ -1,13 +1,12 @@
 // The channel keys of the INI file, and the constants of known sensors, taken into the channel's record.
-#include "driver/number.h"
-#include "model/catalogue.h"
+#include "driver/base/ascii.h"
+#include "driver/base/number.h"
 #include "model/channel.h"
 #include "model/ini.h"
-#include "model/records.h"
+#include "model/record/catalogue.h"
+#include "model/record/records.h"
 
-#include <cctype>
-#include <tuple>
-#include <unordered_map>
+#include <map>
 #include <utility>
 
 static const INI_KEY IniKeyChn[] = {
@@ -44,11 +43,6 @@ enum CHN_KEY {
 };
 static_assert(sizeof IniKeyChn / sizeof IniKeyChn[0] == STN_CHN + 2);
 
-static bool is_digit(char c)
-{
-    return c >= '0' && c <= '9';
-}
-
 /// The channel a line is about.
 struct LINE_HEAD {
     uint16_t number;      ///< counted from 1; may be anything
@@ -58,8 +52,7 @@ struct LINE_HEAD {
 /// Takes the head "Ch1", "Ch01" or "ChA" off a line. Number 0, which no channel has, when there is none.
 static LINE_HEAD line_head(std::string_view line)
 {
-    const auto upper = [&](size_t at) { return toupper(static_cast<unsigned char>(line[at])); };
-    if (line.size() < 3 || upper(0) != 'C' || upper(1) != 'H') return {0, {}};
+    if (line.size() < 3 || to_upper(line[0]) != 'C' || to_upper(line[1]) != 'H') return {0, {}};
     const auto letter = static_cast<unsigned char>(line[2]);
     if (letter > 0x7F) return {0, {}};
 
@@ -78,107 +71,69 @@ static void set_once(Number& field, Number value)
     if (field == 0) field = value;
 }
 
-static void set_type(CHN_T* chn, char letter)
-{
-    chn->type = static_cast<char>(toupper(static_cast<unsigned char>(letter)));
-    chn->type_code = chn->type == 'G' || chn->type == 'N' ? 1 : 3;
-}
-
 /// Looks a newly told model up, unless the channel has a row of its own already.
-static void take_sensor(CHN_T* chn)
+static void take_sensor(Settings& set)
 {
-    if (chn->sns_ndx != 0 && chn->sns_ndx != Sensor_unknown) return;
-    chn->sns_ndx = Sensor_find(chn);
-    const SENSOR& sensor = Sensor[chn->sns_ndx];
-    set_once(chn->freq, sensor.freq);
-    set_once(chn->damp, sensor.damp);
-    set_once(chn->vpu, sensor.vpu);
-    set_once(chn->sns_fsa, sensor.fsa);
+    if (set.sns_ndx != 0 && set.sns_ndx != Sensor_unknown) return;
+    set.sns_ndx = Sensor_find(set.make.s, set.model.s);
+    const SENSOR& sensor = Sensor[set.sns_ndx];
+    set_once(set.freq, sensor.freq);
+    set_once(set.damp, sensor.damp);
+    set_once(set.vpu, sensor.vpu);
+    set_once(set.sns_fsa, sensor.fsa);
 }
 
-static void apply(CHN_T* chn, int key, std::string_view value)
+static void apply(Settings& set, int key, std::string_view value)
 {
     const auto integer = [&] { return to_int32(value); };
     switch (key) {
-    case FULL_SCALE: chn->fsa = to_double(value); break;
-    case RES: chn->bits = static_cast<uint8_t>(integer()); break;
-    case BAND: chn->band = value.front(); break;
-    case TYPE: set_type(chn, value.front()); break;
-    case AXIS: chn->axis = value.front(); break;
+    case FULL_SCALE: set.fsa = to_double(value); break;
+    case RES: set.bits = static_cast<uint8_t>(integer()); break;
+    case BAND: set.band = value.front(); break;
+    case TYPE: set.set_type(to_upper(value.front())); break;
+    case AXIS: set.axis = value.front(); break;
     case SNS_MAKE:
-        if (chn->make.empty()) chn->make.put(value);
+        if (set.make.empty()) set.make.put(value);
         break;
     case SNS_MODEL:
-        chn->model.put(value);
-        take_sensor(chn);
+        set.model.put(value);
+        take_sensor(set);
         break;
-    case SNS_SN: chn->sn = static_cast<uint32_t>(integer()); break;
-    case SNS_FSA: set_once(chn->sns_fsa, to_double(value)); break;
-    case SNS_VPU: set_once(chn->vpu, to_double(value)); break;
-    case SNS_FREQ: set_once(chn->freq, to_double(value)); break;
-    case SNS_DAMP: set_once(chn->damp, to_double(value)); break;
-    case AZM: chn->azimuth = static_cast<uint16_t>(integer()); break;
-    case DEPTH: chn->depth = to_double(value); break;
-    case DIP: chn->dip = static_cast<int16_t>(integer()); break;
-    case SEIS_COMP: chn->SeisComp.put(value); break;
-    case STN_CHN: set_once(chn->stn_chn, static_cast<uint16_t>(integer())); break;
+    case SNS_SN: set.sn = static_cast<uint32_t>(integer()); break;
+    case SNS_FSA: set_once(set.sns_fsa, to_double(value)); break;
+    case SNS_VPU: set_once(set.vpu, to_double(value)); break;
+    case SNS_FREQ: set_once(set.freq, to_double(value)); break;
+    case SNS_DAMP: set_once(set.damp, to_double(value)); break;
+    case AZM: set.azimuth = static_cast<uint16_t>(integer()); break;
+    case DEPTH: set.depth = to_double(value); break;
+    case DIP: set.dip = static_cast<int16_t>(integer()); break;
+    case SEIS_COMP: set.SeisComp.put(value); break;
+    case STN_CHN: set_once(set.stn_chn, static_cast<uint16_t>(integer())); break;
     default: break; // known, and nothing is kept of it
     }
 }
 
-static void take_lines(CHN_T* chn, const INI_SECTION& section)
+/// What the lines of a section make of a channel.
+static Settings settings_by(const INI_SECTION& section, uint16_t channel, Settings set)
 {
     for (const std::string_view line : section.lines) {
         const LINE_HEAD head = line_head(line);
-        if (head.number != chn->channel + 1) continue;
+        if (head.number != channel + 1) continue;
         const int key = ini_key(head.key, IniKeyChn, 3);
         const auto value = ini_value(line);
-        if (key >= 0 && value && !value->empty()) apply(chn, key, *value);
+        if (key >= 0 && value && !value->empty()) apply(set, key, *value);
     }
+    return set;
 }
 
-/// Everything that lines can change.
-static auto told_fields(CHN_T& c)
+/// By section and channel: a section is walked once for a channel, however many events it has.
+static std::map<std::pair<uint32_t, uint16_t>, Settings> Known_settings;
+
+void Chn_ini(CHN_T& chn)
 {
-    return std::tie(c.fsa, c.bits, c.band, c.type, c.type_code, c.axis, c.make, c.model, c.sns_ndx, c.sn,
-                    c.sns_fsa, c.vpu, c.freq, c.damp, c.azimuth, c.depth, c.dip, c.SeisComp, c.stn_chn);
-}
-
-template <class... Field>
-static std::tuple<Field...> values_of(const std::tuple<Field&...>& fields)
-{
-    return fields;
-}
-using TOLD = decltype(values_of(told_fields(std::declval<CHN_T&>())));
-
-/// What a section once made of a channel.
-struct OUTCOME {
-    TOLD before, after;
-};
-
-/// A section so long is not walked for each new channel of the same number, but once.
-static constexpr size_t Long_section = 64;
-
-static std::unordered_map<uint64_t, OUTCOME> Known_outcomes; ///< by section and channel number
-
-static void take_long_section(CHN_T* chn, const INI_SECTION& section)
-{
-    const TOLD before = told_fields(*chn);
-    const uint64_t key = uint64_t{section.serial} << 16 | chn->channel;
-    if (const auto at = Known_outcomes.find(key); at != Known_outcomes.end() && at->second.before == before) {
-        told_fields(*chn) = at->second.after;
-        return;
-    }
-    take_lines(chn, section);
-    Known_outcomes[key] = {before, told_fields(*chn)};
-}
-
-void Chn_ini(CHN_T* chn)
-{
-    const INI_SECTION* section = ini_section(chn->unit);
+    const INI_SECTION* section = ini_section(chn.unit->unit_id, chn.unit->ini_first);
     if (!section) return;
-    if (section->lines.size() < Long_section)
-        take_lines(chn, *section);
-    else
-        take_long_section(chn, *section);
+    const auto [known, is_new] = Known_settings.try_emplace({section->serial, chn.id.channel});
+    if (is_new) known->second = settings_by(*section, chn.id.channel, chn.set);
+    chn.set = known->second;
 }

@@ -1,45 +1,44 @@
 // What an event header or trailer tells, taken into the event and its unit. Begin with Evt_info.
-#include "driver/fatal.h"
-#include "driver/number.h"
+#include "driver/base/fatal.h"
+#include "driver/base/number.h"
 #include "model/event.h"
-#include "model/records.h"
-#include "packet/kind.h"
+#include "model/record/records.h"
 
 #include <cstring>
 #include <new>
 
-static void take_rate_and_trigger(EVT_T* evt, const PACKET& pkt)
+static void take_rate_and_trigger(EVT_T& evt, const PACKET& pkt)
 {
     if (from_telemetry(pkt)) {
-        evt->smp_rate = stof(text(pkt, EH::Rate_telemetry), 0);
-        evt->trg_type.put("MIM ");
+        evt.smp_rate = stof(text(pkt, EH::Rate_telemetry), 0);
+        evt.trg_type.put("MIM ");
     } else {
-        evt->smp_rate = stof(text(pkt, EH::Rate), 0);
-        evt->trg_type.put(text(pkt, EH::Trg_type));
+        evt.smp_rate = stof(text(pkt, EH::Rate), 0);
+        evt.trg_type.put(text(pkt, EH::Trg_type));
     }
 }
 
 /// Keeps the fields of sixteen channels as they stand in the packet; a later packet of the bank replaces
 /// them.
-static void take_bank(EVT_T* evt, const PACKET& pkt)
+static void take_bank(EVT_T& evt, const PACKET& pkt)
 {
-    std::unique_ptr<EHT_BANK>& bank = evt->bank[flags(pkt) & FLAG::Second_bank ? 1 : 0];
-    if (!bank) bank.reset(new (std::nothrow) EHT_BANK);
+    std::unique_ptr<EventBank>& bank = evt.bank[flags(pkt) & FLAG::Second_bank ? 1 : 0];
+    if (!bank) bank.reset(new (std::nothrow) EventBank);
     if (!bank) end_without_event_memory();
-    memcpy(bank->bytes, pkt.bytes + EH::Bit_wght.at, sizeof bank->bytes);
+    memcpy(bank->bytes, bytes(pkt, EventBank::Place), sizeof bank->bytes);
 }
 
 /// kept: fifth-letter-before. The fifth character of a station name stands before the other four.
-static void take_station(EVT_T* evt, const PACKET& pkt)
+static void take_station(EVT_T& evt, const PACKET& pkt)
 {
     const std::string_view first_four = text(pkt, EH::Stn_name);
     if (given(first_four)) {
         char name[5];
         memcpy(name, first_four.data(), 4);
         name[4] = static_cast<char>(byte(pkt, EH::Stn_name_5th));
-        evt->unit->stn_name.put({name, sizeof name});
+        evt.unit->stn_name.put({name, sizeof name});
     }
-    evt->stn_name = evt->unit->stn_name;
+    evt.stn_name = evt.unit->stn_name;
 }
 
 static uint16_t days_since_lock(const PACKET& pkt)
@@ -57,30 +56,30 @@ static double degrees(std::string_view position, Span deg, Span min, char letter
     return (letter | 0x20) == negative ? -angle : angle;
 }
 
-static void take_position(UNIT_T* unit, const PACKET& pkt)
+static void take_position(UNIT_T& unit, const PACKET& pkt)
 {
     const std::string_view p = text(pkt, EH::Position);
     if (p.front() == ' ' || p.front() == '\0') return;
-    unit->lat = degrees(p, {POS::Lat_deg, 2}, {POS::Lat_min, 6}, p[POS::South], 's');
-    unit->lon = degrees(p, {POS::Lon_deg, 3}, {POS::Lon_min, 6}, p[POS::West], 'w');
-    unit->alt = scan_int32(p, POS::Elevation, 6);
+    unit.position.lat = degrees(p, {POS::Lat_deg, 2}, {POS::Lat_min, 6}, p[POS::South], 's');
+    unit.position.lon = degrees(p, {POS::Lon_deg, 3}, {POS::Lon_min, 6}, p[POS::West], 'w');
+    unit.position.alt = scan_int32(p, POS::Elevation, 6);
 }
 
-static void take_description(EVT_T* evt, const PACKET& pkt)
+static void take_description(EVT_T& evt, const PACKET& pkt)
 {
     take_rate_and_trigger(evt, pkt);
-    evt->strm_name.put(text(pkt, EH::Strm_name));
-    evt->t_trg.put(text(pkt, EH::T_trg));
-    evt->t_first.put(text(pkt, EH::T_first));
-    evt->t_detrg.put(text(pkt, EH::T_detrg));
-    evt->t_last.put(text(pkt, EH::T_last));
+    evt.strm_name.put(text(pkt, EH::Strm_name));
+    evt.times.t_trg.put(text(pkt, EH::T_trg));
+    evt.times.t_first.put(text(pkt, EH::T_first));
+    evt.times.t_detrg.put(text(pkt, EH::T_detrg));
+    evt.times.t_last.put(text(pkt, EH::T_last));
     take_bank(evt, pkt);
-    evt->cmnt.put(text(pkt, EH::Comment));
+    evt.cmnt.put(text(pkt, EH::Comment));
     take_station(evt, pkt);
     const std::string_view channels = text(pkt, EH::Chn_cnt);
-    if (given(channels)) evt->unit->eh_chn_cnt = static_cast<uint16_t>(scan_int16(channels, 0, 2));
-    evt->pll_days = days_since_lock(pkt);
-    take_position(evt->unit, pkt);
+    if (given(channels)) evt.unit->eh_chn_cnt = static_cast<uint16_t>(scan_int16(channels, 0, 2));
+    evt.pll_days = days_since_lock(pkt);
+    take_position(*evt.unit, pkt);
 }
 
 template <size_t N>
@@ -90,24 +89,23 @@ static void blank(Text<N>& field)
     field.s[N] = '\0';
 }
 
-static void blank_description(EVT_T* evt)
+static void blank_description(EVT_T& evt)
 {
-    blank(evt->trg_type);
-    blank(evt->strm_name);
-    blank(evt->t_trg);
-    blank(evt->t_first);
-    blank(evt->t_detrg);
-    blank(evt->t_last);
-    blank(evt->cmnt);
-    blank(evt->stn_name);
-    evt->smp_rate = 0.0F;
-    evt->chn_cnt = 0;
+    blank(evt.trg_type);
+    blank(evt.strm_name);
+    blank(evt.times.t_trg);
+    blank(evt.times.t_first);
+    blank(evt.times.t_detrg);
+    blank(evt.times.t_last);
+    blank(evt.cmnt);
+    blank(evt.stn_name);
+    evt.smp_rate = 0.0F;
+    evt.chn_cnt = 0;
 }
 
-void Evt_info(EVT_T* evt, const PACKET& pkt)
+void Evt_info(EVT_T& evt, const PACKET& pkt)
 {
-    const uint16_t kind = code_set(pkt);
-    if (kind == PKT_EH || kind == PKT_ET)
+    if (describes_event(pkt))
         take_description(evt, pkt);
     else
         blank_description(evt);

@@ -1,11 +1,11 @@
 // Reading the INI file, and taking lines apart. Begin with ini_section.
 #include "model/ini.h"
 
-#include "driver/fatal.h"
-#include "driver/file.h"
-#include "driver/settings.h"
-#include "driver/text.h"
-#include "model/records.h"
+#include "driver/base/ascii.h"
+#include "driver/base/fatal.h"
+#include "driver/base/file.h"
+#include "driver/base/settings.h"
+#include "driver/base/text.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -42,7 +42,7 @@ int next_character(FILE* file)
     for (;;) {
         const int c = getc(file);
         if (c != EOF || !ferror(file) || errno == EISDIR) return c;
-        if (errno != EINTR) shut_down(FATAL_READ, FileIni.c_str(), nullptr);
+        if (errno != EINTR) shut_down(FATAL_READ, FileIni.c_str());
         clearerr(file);
     }
 }
@@ -58,14 +58,6 @@ bool read_piece(FILE* file, std::string& piece)
         if (c == '\n') break;
     }
     return !piece.empty();
-}
-
-int hex_digit(char c)
-{
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    return -1;
 }
 
 /// The unit ID of a line that begins with "["; whatever follows the six characters of a section header is
@@ -112,7 +104,7 @@ void read_sections(FILE* file, INI_FILE& ini)
     ini.nothing.last = position(at);
 }
 
-/// True when the file stands in memory. One that does not exist is looked for once.
+/// True when the file is in memory. A file that does not exist is looked for once per run.
 bool have_file(int32_t from)
 {
     if (!Ini.path.empty() && Ini.path == FileIni) return Ini.there;
@@ -138,16 +130,13 @@ bool have_file(int32_t from)
 
 } // namespace
 
-const INI_SECTION* ini_section(UNIT_T* unit)
+const INI_SECTION* ini_section(uint16_t unit_id, int32_t from)
 {
-    if (!have_file(unit->ini_first)) return nullptr;
-    const auto found = Ini.units.find(unit->unit_id);
+    if (!have_file(from)) return nullptr;
+    const auto found = Ini.units.find(unit_id);
     if (found == Ini.units.end()) return &Ini.nothing;
-    for (const INI_SECTION& section : found->second) {
-        if (static_cast<uint32_t>(section.first) < static_cast<uint32_t>(unit->ini_first)) continue;
-        unit->ini_first = section.first;
-        return &section;
-    }
+    for (const INI_SECTION& section : found->second)
+        if (static_cast<uint32_t>(section.first) >= static_cast<uint32_t>(from)) return &section;
     return &Ini.nothing;
 }
 

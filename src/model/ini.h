@@ -8,8 +8,6 @@
 #include <string>
 #include <string_view>
 
-struct UNIT_T;
-
 /// Lines in the order of the file. Each costs a byte beside its text: a file may consist of short ones.
 class INI_LINES {
 public:
@@ -43,7 +41,7 @@ private:
     size_t count = 0;
 };
 
-/// What the file says of one unit. Positions are those of the file, kept to 32 bits.
+/// What the file says of one unit. Positions are byte offsets in the file, kept to 32 bits.
 struct INI_SECTION {
     uint32_t serial = 0; ///< no other section that was ever read has the same; 0: nothing of the file
     int32_t first = 0;   ///< of the header line
@@ -51,11 +49,11 @@ struct INI_SECTION {
     INI_LINES lines;     ///< between the two, each of at most 99 characters
 };
 
-/// The unit's section: the first one of its ID from the unit's `ini_first` onward, to which `ini_first` is
-/// moved. A unit without one gets no lines and the end of the file. Null when the file cannot be had:
-/// silently when it does not exist, with a warning on the console, each time anew, when opening or
-/// positioning fails. When reading fails on the way, fatal error 21 naming the file.
-const INI_SECTION* ini_section(UNIT_T* unit);
+/// The unit's section: the first one with its ID that begins at `from` or later. A unit without one gets a
+/// section without lines (serial 0) that ends at the end of the file. Null when there is no file (silently),
+/// and when it cannot be opened or positioned (with a warning on the console at each call). When reading
+/// fails half way, fatal error 21 naming the file.
+const INI_SECTION* ini_section(uint16_t unit_id, int32_t from);
 
 /// Forgets what was read, so that the file is read again; for tests.
 void ini_forget();

@@ -1,118 +1,76 @@
 #include "model/unit.h"
 
-#include "driver/fatal.h"
-#include "driver/file.h"
-#include "driver/settings.h"
-#include "model/open_files.h"
-#include "model/records.h"
-#include "model/ring.h"
+#include "driver/base/fatal.h"
+#include "driver/base/file.h"
+#include "driver/base/settings.h"
+#include "model/record/records.h"
+#include "model/record/ring.h"
 #include "output/log.h"
 #include "output/qcc.h"
 
-#include <cstdio>
 #include <memory>
 #include <new>
 
 namespace {
 
 UNIT_T* Start;          ///< the current unit: the one that the last packet belonged to
-UNIT_T* By_id[0x10000]; ///< the members of the ring, to find one at once
+UNIT_T* By_id[0x10000]; ///< the members of the ring
 
 /// kept: id-zero. No unit has the ID 0; such packets are filed under FFFF.
 uint16_t unit_id_of(const PACKET& pkt)
 {
-    const uint16_t id = raw_unit_id(pkt);
-    return id ? id : 0xFFFF;
+    return pkt.unit_id ? pkt.unit_id : 0xFFFF;
 }
 
-void leave_unit(UNIT_T* left)
+/// Opens a unit's log or QC file behind what it holds, for the rest of the run, and writes its header.
+void open_unit_file(const UNIT_T& unit, OUT_FILE& file, std::string& name, const char* extension,
+                    void (*write_header)(OUT_FILE&))
 {
-    if (!left) return; // the run's first unit leaves nobody
-    if (Qcc_on) Unit_file_close(left, UNIT_QCC);
-    if (Log_on) Unit_file_close(left, UNIT_LOG);
-}
-
-/// kept: qcc-follows-log. The QC file comes back only with a log.
-void enter_again(UNIT_T* unit)
-{
-    if (!Log_on) return;
-    unit->log_open = 1;
-    if (Qcc_on) unit->qcc_open = 1;
+    Text<6> base;
+    base.print("ID%04hX", unit.unit_id);
+    name = DirOut + base.s + extension;
+    if (same_file(name.c_str(), FileIn.c_str())) shut_down(FATAL_OPEN, name.c_str());
+    open_file(file, name.c_str());
+    write_header(file);
 }
 
 UNIT_T* new_unit(uint16_t id)
 try {
-    auto made = std::make_unique<UNIT_T>();
-    Text<5> name;
-    snprintf(name.s, sizeof name.s, "%05hX", id);
-    made->unit_id = id;
-    made->ini_last = -1;
-    made->stn_name = name;
-    Unit_ini(made.get());
-    UNIT_T* unit = made.release(); // its files are the writer's to see to from here on
-    if (Log_on) Unit_file_create(unit, UNIT_LOG);
-    if (Qcc_on) Unit_file_create(unit, UNIT_QCC);
-    return unit;
+    auto unit = std::make_unique<UNIT_T>();
+    unit->unit_id = id;
+    unit->ini_last = -1;
+    unit->stn_name.print("%05hX", id);
+    unit->qcc_open = Qcc_on;
+    Unit_ini(*unit);
+    return unit.release();
 } catch (const std::bad_alloc&) {
-    shut_down(FATAL_MEMORY, nullptr, nullptr);
+    shut_down(FATAL_MEMORY, nullptr);
 }
 
-/// Opens a unit's file behind what it holds. The file stays with the writer for the rest of the run; that
-/// it is the current one is the flag's to say.
-void open_unit_file(const UNIT_T* unit, OUT_FILE& file, std::string& name, const char* extension)
+void open_unit_files(UNIT_T& unit)
 {
-    char base[8];
-    snprintf(base, sizeof base, "ID%04hX", unit->unit_id);
-    name = DirOut + base + extension;
-    if (same_file(name.c_str(), FileIn.c_str())) shut_down(FATAL_OPEN, name.c_str(), nullptr);
-    open_file(file, name.c_str(), nullptr);
+    if (Log_on) open_unit_file(unit, unit.log_fp, unit.log_name, Fn_ext_log, Log_fhdr);
+    if (Qcc_on) open_unit_file(unit, unit.qcc_fp, unit.qcc_name, Fn_ext_qcc, Qcc_fhdr);
 }
 
 } // namespace
 
-UNIT_T* Unit_find(const PACKET& pkt)
+UNIT_T& Unit_find(const PACKET& pkt)
 {
     const uint16_t id = unit_id_of(pkt);
-    if (Start && Start->unit_id == id) return Start;
+    if (Start && Start->unit_id == id) return *Start;
 
     UNIT_T*& unit = By_id[id];
+    if (Start) Start->qcc_open = false;
     if (unit) {
-        leave_unit(Start);
-        enter_again(unit);
+        unit->qcc_open = Qcc_on && Log_on; // kept: qcc-follows-log. Without a log it stays closed.
     } else {
         unit = new_unit(id);
         ring_join(Start, unit);
-        leave_unit(Start);
+        open_unit_files(*unit);
     }
-    return Start = unit;
-}
-
-void Unit_file_create(UNIT_T* unit, uint16_t kind)
-{
-    if (kind == UNIT_LOG) {
-        open_unit_file(unit, unit->log_fp, unit->log_name, Fn_ext_log);
-        unit->log_open = 1;
-        Log_fhdr(unit->log_fp);
-    } else if (kind == UNIT_QCC) {
-        open_unit_file(unit, unit->qcc_fp, unit->qcc_name, Fn_ext_qcc);
-        unit->qcc_open = 1;
-        Qcc_fhdr(unit->qcc_fp);
-    }
-}
-
-void Unit_file_close(UNIT_T* unit, uint16_t kind)
-{
-    if (kind == UNIT_LOG) {
-        unit->log_open = 0;
-        Evt_close_files(unit->evt);
-    } else if (kind == UNIT_QCC) {
-        unit->qcc_open = 0;
-    }
-}
-
-void Unit_qcc_reopen(UNIT_T* unit)
-{
-    unit->qcc_open = 1;
+    Start = unit;
+    return *unit;
 }
 
 void Unit_forget_all()

@@ -1,7 +1,7 @@
 // The station keys of the INI file, taken into the unit's record.
-#include "driver/number.h"
+#include "driver/base/number.h"
 #include "model/ini.h"
-#include "model/records.h"
+#include "model/record/records.h"
 #include "model/unit.h"
 
 static const INI_KEY IniKeyUnit[] = {
@@ -38,30 +38,31 @@ static uint16_t to_uint16(std::string_view value)
     return static_cast<uint16_t>(to_int32(value));
 }
 
-static void apply(UNIT_T* unit, int key, std::string_view value)
+static void apply(UNIT_T& unit, int key, std::string_view value)
 {
     switch (key) {
-    case ALTITUDE: set_once(unit->alt, to_double(value)); break;
-    case LATITUDE: set_once(unit->lat, to_double(value)); break;
-    case LONGITUDE: set_once(unit->lon, to_double(value)); break;
-    case STATION: unit->stn_name.put_right(value); break;
-    case ORIENTATION: set_once(unit->orient, to_uint16(value)); break;
-    case STAT_DAS_CNT: set_once(unit->das_cnt, to_uint16(value)); break;
-    case STAT_CHN_CNT: set_once(unit->chn_cnt, to_uint16(value)); break;
-    case COS_GEOLOGY: unit->geol.put(value); break;
-    case COS_STN: unit->type = to_uint16(value); break;
+    case ALTITUDE: set_once(unit.position.alt, to_double(value)); break;
+    case LATITUDE: set_once(unit.position.lat, to_double(value)); break;
+    case LONGITUDE: set_once(unit.position.lon, to_double(value)); break;
+    case STATION: unit.stn_name.put_right(value); break;
+    case ORIENTATION: set_once(unit.orient, to_uint16(value)); break;
+    case STAT_DAS_CNT: set_once(unit.das_cnt, to_uint16(value)); break;
+    case STAT_CHN_CNT: set_once(unit.chn_cnt, to_uint16(value)); break;
+    case COS_GEOLOGY: unit.geol.put(value); break;
+    case COS_STN: unit.type = to_uint16(value); break;
     default: break; // known, and nothing is kept of it
     }
 }
 
-void Unit_ini(UNIT_T* unit)
+void Unit_ini(UNIT_T& unit)
 {
-    const INI_SECTION* section = ini_section(unit);
+    const INI_SECTION* section = ini_section(unit.unit_id, unit.ini_first);
     if (!section) return;
+    unit.ini_first = section->first;
     for (const std::string_view line : section->lines) {
         const int key = ini_key(line, IniKeyUnit, 0);
         const auto value = ini_value(line);
         if (key >= 0 && value) apply(unit, key, *value);
     }
-    unit->ini_last = section->last;
+    unit.ini_last = section->last;
 }

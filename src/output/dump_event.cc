@@ -1,6 +1,7 @@
 // The dumps of event headers and trailers, and of network headers and trailers, whose sample rate and
 // trigger type stand in the same places. Begin at log_eh_et.
-#include "model/catalogue.h"
+#include "driver/base/ascii.h"
+#include "model/record/catalogue.h"
 #include "output/dump.h"
 #include "output/form.h"
 #include "packet/timestr.h"
@@ -99,11 +100,8 @@ void log_time(OUT_FILE& log, const PACKET& pkt, const Time_line& line)
 /// The factor that a hexadecimal gain digit stands for; other characters count as 0.
 double gain_factor(uint8_t digit)
 {
-    int row = 0;
-    if (digit >= '0' && digit <= '9') row = digit - '0';
-    if (digit >= 'A' && digit <= 'F') row = digit - 'A' + 10;
-    if (digit >= 'a' && digit <= 'f') row = digit - 'a' + 10;
-    return static_cast<double>(Gain_info[row].factor);
+    const int row = hex_digit(static_cast<char>(digit));
+    return static_cast<double>(Gain_info[row < 0 ? 0 : row].factor);
 }
 
 void log_channel(OUT_FILE& log, const PACKET& pkt, int slot)

@@ -74,13 +74,6 @@ struct PAGE {
     std::string_view view() const { return {bytes, used}; }
 };
 
-/// The binary value of a field of 1, 2 or 4 bytes.
-uint32_t number(const PACKET& pkt, Span where)
-{
-    if (where.len == 1) return byte(pkt, where);
-    return reverse(pkt.bytes + where.at, static_cast<uint16_t>(where.len));
-}
-
 /// Adds the value of a field. `origin` is the block that locations count from.
 void put_value(PAGE& page, const PACKET& pkt, Span where, AS as, uint32_t origin)
 {
@@ -99,7 +92,7 @@ void put_time(PAGE& page, const PACKET& pkt, Span packed, Span millis)
 {
     if (number(pkt, packed) == 0) return;
     char digits[14];
-    secs_split(pkt.bytes + packed.at, digits);
+    secs_split(bytes(pkt, packed), digits);
     page.print("%4.4s:%3.3s:%2.2s:%2.2s:%2.2s.%.3u", digits, digits + 4, digits + 7, digits + 9, digits + 11,
                number(pkt, millis));
 }

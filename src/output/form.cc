@@ -1,6 +1,6 @@
 #include "output/form.h"
 
-#include "driver/text.h"
+#include "driver/base/text.h"
 
 #include <cstring>
 

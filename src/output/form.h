@@ -3,7 +3,7 @@
 // the line end. Nothing here knows a packet type.
 #pragma once
 
-#include "driver/outfile.h"
+#include "driver/base/outfile.h"
 #include "packet/packet.h"
 
 #include <span>

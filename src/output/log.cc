@@ -1,19 +1,18 @@
 #include "output/log.h"
 
-#include "driver/compose.h"
-#include "driver/settings.h"
-#include "driver/text.h"
-#include "packet/codec.h"
+#include "driver/base/compose.h"
+#include "driver/base/settings.h"
+#include "driver/base/text.h"
 #include "packet/input.h"
-#include "packet/kind.h"
 
 #include <algorithm>
 #include <cinttypes>
 #include <cstring>
-
-int sign;
+#include <utility>
 
 namespace {
+
+int Sign; ///< of the latest comparison; 0 again once taken
 
 /// Time of the run's start as ctime writes it, without its line end.
 Text<25> start_time()
@@ -24,61 +23,43 @@ Text<25> start_time()
     return shown;
 }
 
-/// The digits of BCD bytes, as they are.
-char* put_bcd(char* to, const PACKET& pkt, Span field)
+/// The three digits of the microseconds; only data packets with an extension tell them.
+char* put_micros(char* to, const PACKET& pkt)
 {
-    unbcd(to, pkt.bytes + field.at, static_cast<uint16_t>(field.len));
-    return to + 2 * field.len;
+    if (pkt.kind != PKT_DT) return put(to, "   ");
+    if (!(flags(pkt) & FLAG::Extension)) return put(to, "000");
+    char micros[2 * DT::Micros.len];
+    digits(pkt, DT::Micros, micros);
+    return put(to, {micros + 1, 3});
 }
 
 /// "DT 04:123:10:15:30.250000 X:07 U:9A2F"
-char* put_type_and_time(char* to, const PACKET& pkt, uint16_t type)
+char* put_type_and_time(char* to, const PACKET& pkt, char mark)
 {
     to = put(to, text(pkt, HDR::Type));
-    *to++ = sign == 0 ? ' ' : sign < 0 ? '-' : '+';
-    sign = 0;
-
-    char digits[12];
-    unbcd(digits, pkt.bytes + HDR::Time.at, HDR::Time.len);
-    to = put_bcd(to, pkt, HDR::Year);
-    *to++ = ':';
-    to = put(to, {digits, 3});
-    *to++ = ':';
-    to = put(to, {digits + 3, 2});
-    *to++ = ':';
-    to = put(to, {digits + 5, 2});
-    *to++ = ':';
-    to = put(to, {digits + 7, 2});
-    *to++ = '.';
-    to = put(to, {digits + 9, 3});
-
-    if (type != PKT_DT) {
-        to = put(to, "   ");
-    } else if (flags(pkt) & FLAG::Extension) {
-        unbcd(digits, pkt.bytes + DT::Micros.at, DT::Micros.len);
-        to = put(to, {digits + 1, 3});
-    } else {
-        to = put(to, "000");
-    }
-    to = put(to, " X:");
-    to = put_bcd(to, pkt, HDR::Experiment);
-    to = put(to, " U:");
-    return put_hex(to, raw_unit_id(pkt), 4);
+    *to++ = mark;
+    const char* const time = pkt.time.s;
+    to = put(to, {time + AT::Year + 2, 2});
+    to = put(put(to, ":"), {time + AT::Day, 3});
+    to = put(put(to, ":"), {time + AT::Hour, 2});
+    to = put(put(to, ":"), {time + AT::Minute, 2});
+    to = put(put(to, ":"), {time + AT::Second, 2});
+    to = put(put(to, "."), {time + AT::Milli, 3});
+    to = put_micros(to, pkt);
+    to = digits(pkt, HDR::Experiment, put(to, " X:"));
+    return put_hex(put(to, " U:"), pkt.unit_id, 4);
 }
 
 /// " E:0012 D:1 C:3 S:0250 F:32 G:00"
-char* put_event(char* to, const PACKET& pkt, uint16_t type)
+char* put_event(char* to, const PACKET& pkt)
 {
-    to = put(to, " E:");
-    to = put_bcd(to, pkt, EVT::Number);
-    to = put(to, " D:");
-    to = put_decimal<1>(to, bcd(pkt, EVT::Stream) + 1U);
-    if (type == PKT_DT) {
-        const unsigned channel = bcd(pkt, EVT::Channel) + 1U;
+    to = digits(pkt, EVT::Number, put(to, " E:"));
+    to = put_decimal<1>(put(to, " D:"), pkt.stream + 1U);
+    if (pkt.kind == PKT_DT) {
+        const unsigned channel = pkt.channel + 1U;
         to = put(to, " C:");
         *to++ = static_cast<char>(channel + (channel <= 9 ? '0' : '7'));
-        to = put(to, " S:");
-        to = put_decimal<4>(to, bcd(pkt, EVT::Samples));
+        to = put_decimal<4>(put(to, " S:"), pkt.samples);
     } else {
         to = put(to, "           ");
     }
@@ -86,11 +67,6 @@ char* put_event(char* to, const PACKET& pkt, uint16_t type)
     to = put_hex(to, byte(pkt, EVT::Format), 2);
     to = put(to, " G:");
     return put_hex(to, flags(pkt), 2);
-}
-
-bool belongs_to_event(uint16_t type)
-{
-    return type == PKT_EH || type == PKT_ET || type == PKT_DT || type == PKT_NH || type == PKT_NT;
 }
 
 /// The number of the block as a signed 32-bit one, at least ten characters wide.
@@ -139,7 +115,7 @@ void log_hex(OUT_FILE& file, const PACKET& pkt, int count)
         char* to = put(line, "     ");
         to = put_hex(to, static_cast<unsigned>(at), 3);
         to = put(to, "   ");
-        hex_str(to, pkt.bytes + at);
+        hex_str(to, bytes(pkt, {at, 16}));
         to = put(to + Hex_str_len, "\r\n");
         file.took(static_cast<uint32_t>(to - line));
     }
@@ -158,8 +134,9 @@ void Log_fhdr(OUT_FILE& file)
     file.print("\r\n    Output Path : %s", DirOut.c_str());
     file.print("\r\n    Path Option : %u", Path_option);
     file.print("\r\n    Name Option : %s", name_option_text());
-    file.print("\r\n         Gather : %s", yes_no(Flag_info.gather));
-    file.print("\r\n      trace Hdr : %s", yes_no(Flag_info.trace_hdr));
+    // kept: gather-and-trace-hdr. Switches of earlier releases; readers of logs expect their lines.
+    file.print("\r\n         Gather : NO");
+    file.print("\r\n      trace Hdr : YES");
     file.print("\r\n     Log enable : %s", yes_no(Log_on));
     file.print("\r\n    Log DT Blks : %s", yes_no(Log_dt));
     file.print("\r\n       Log File : %s", FileLog.c_str());
@@ -172,38 +149,36 @@ void Log_fhdr(OUT_FILE& file)
     file.print("\r\n\r\n");
 }
 
-void log_head(OUT_FILE& file, const PACKET& pkt, uint16_t type, uint16_t file_num)
+void mark_continuity(int comparison)
+{
+    Sign = comparison;
+}
+
+char take_mark()
+{
+    const int sign = std::exchange(Sign, 0);
+    return sign == 0 ? ' ' : sign < 0 ? '-' : '+';
+}
+
+void log_head(OUT_FILE& file, const PACKET& pkt, char mark)
 {
     char* const line = file.room(160);
-    char* to = line;
-    if (type != PKT_UNKNOWN)
-        to = put_type_and_time(to, pkt, type);
-    else
-        to = put(to, "UNKNOWN BLOCK TYPE!          "
-                     "   "
-                     "     ");
-    if (belongs_to_event(type))
-        to = put_event(to, pkt, type);
+    char* to = put_type_and_time(line, pkt, mark);
+    if (belongs_to_event(pkt))
+        to = put_event(to, pkt);
     else
         to = put(to, "                           "
                      "     ");
-    to = put(to, " L:");
-    to = put_bcd(to, pkt, HDR::Byte_cnt);
-    to = put(to, " N:");
-    to = put_bcd(to, pkt, HDR::Seq);
-    to = put(to, " B:");
-    if (file_num)
-        to += snprintf(to, 32, "%04d:%05" PRId32, file_num, static_cast<int32_t>(Blk_cnt));
-    else
-        to = put_block_number(to);
-    to = put(to, "\r\n");
+    to = digits(pkt, HDR::Byte_cnt, put(to, " L:"));
+    to = digits(pkt, HDR::Seq, put(to, " N:"));
+    to = put(put_block_number(put(to, " B:")), "\r\n");
     file.took(static_cast<uint32_t>(to - line));
 }
 
-void log_block(OUT_FILE& file, const PACKET& pkt, uint16_t kind)
+void log_block(OUT_FILE& file, const PACKET& pkt, BLOCK_DUMP dump)
 {
     const int count = std::min<int>(bcd(pkt, HDR::Byte_cnt), Packet_size);
-    switch (kind) {
+    switch (dump) {
     case DUMP_TEXT: log_health_text(file, pkt, count); break;
     case DUMP_WHOLE: log_hex(file, pkt, Packet_size); break;
     case DUMP_COUNTED: log_hex(file, pkt, count); break;
@@ -212,4 +187,13 @@ void log_block(OUT_FILE& file, const PACKET& pkt, uint16_t kind)
     file.write("\r\n");
 }
 
-void log_fd() {}
+void log_mismatch(OUT_FILE& file, const PACKET& pkt, const Decoded& d, uint32_t count)
+{
+    file.print("     Read start 0x%08" PRIX32 "  ", d.read_first);
+    file.print("stop 0x%08" PRIX32 "  ", d.read_last);
+    file.print("samples %d\r\n", pkt.samples);
+    file.print("     Calc start 0x%08" PRIX32 "  ", d.calc_first);
+    file.print("stop 0x%08" PRIX32 "  ", d.calc_last);
+    file.print("samples %d\r\n", static_cast<int>(count));
+    log_block(file, pkt, DUMP_WHOLE);
+}

@@ -1,10 +1,10 @@
 #include "output/qcc.h"
 
-#include "driver/settings.h"
-#include "model/records.h"
-#include "model/ring.h"
+#include "driver/base/run_files.h"
+#include "driver/base/settings.h"
+#include "model/record/records.h"
+#include "model/record/ring.h"
 #include "output/log.h"
-#include "packet/kind.h"
 
 #include <cmath>
 #include <cstdio>
@@ -14,10 +14,10 @@ namespace {
 constexpr char Column_head[] =
     "\r\n                        Min          Max        Range         Mean       St Dev";
 
-/// The two files of an event's block. The unit's is silent when it is not the current one.
+/// The two files of an event's block.
 struct BOTH {
     OUT_FILE* run;
-    OUT_FILE* unit; ///< null: dropped
+    OUT_FILE* unit; ///< null when the unit is not the current one
 
     void write(std::string_view piece) const
     {
@@ -31,43 +31,42 @@ struct BOTH {
 };
 
 /// What ended the event.
-void store_head(const BOTH& files, const EVT_T* evt, const PACKET& pkt)
+void store_head(const BOTH& files, const EVT_T& evt, const PACKET* trailer)
 {
-    if (code_set(pkt) == PKT_ET) {
-        static OUT_FILE nowhere; // the line is made, and its mark used up, even where nobody sees it
-        nowhere.broken = true;
-        log_head(files.unit ? *files.unit : nowhere, pkt, PKT_ET, 0);
+    if (trailer) {
+        const char mark = take_mark(); // taken even where no line shows it
+        if (files.unit) log_head(*files.unit, *trailer, mark);
         return;
     }
-    printf("\nNo ET block for U:%04hX E:%04u", evt->unit_id, evt->evt_num);
-    if (files.unit) files.unit->print("No ET block for U:%04hX E:%04u\r\n", evt->unit_id, evt->evt_num);
+    printf("\nNo ET block for U:%04hX E:%04u", evt.unit_id, evt.evt_num);
+    if (files.unit) files.unit->print("No ET block for U:%04hX E:%04u\r\n", evt.unit_id, evt.evt_num);
 }
 
 /// kept: seven-zeros. An event without statistics shows one zero less than a channel without.
-void store_no_event(const BOTH& files, const UNIT_T* unit)
+void store_no_event(const BOTH& files, const UNIT_T& unit)
 {
     if (files.unit) files.unit->print("\r\n   Channel ---");
-    files.run->print("\r\n   %04hX    ---", unit->unit_id);
+    files.run->print("\r\n   %04hX    ---", unit.unit_id);
     files.write(" 0000000.0000 0000000.0000 0000000.0000");
     files.write(" 0000000.0000 0000000.0000");
     files.write_unit("\r\n\r\n");
 }
 
-void store_numbers(OUT_FILE& file, const CHN_T* chn)
+void store_numbers(OUT_FILE& file, const CHN_T& chn)
 {
-    const double n = chn->cnt;
-    const double mean = chn->sum / n;
-    double v = chn->sq_sum - chn->sum * chn->sum / n;
+    const double n = chn.cnt;
+    const double mean = chn.stats.sum / n;
+    double v = chn.stats.sq_sum - chn.stats.sum * chn.stats.sum / n;
     if (v < 0.0) v = 0.0; // rounding, where all samples are alike
-    file.print(" %12.4f %12.4f %12.4f", chn->min, chn->max, chn->max - chn->min);
+    file.print(" %12.4f %12.4f %12.4f", chn.stats.min, chn.stats.max, chn.stats.max - chn.stats.min);
     file.print(" %12.4f %12.4f", mean, std::sqrt(v / (n - 1)));
 }
 
-void store_channel(const BOTH& files, const UNIT_T* unit, CHN_T* chn)
+void store_channel(const BOTH& files, const UNIT_T& unit, CHN_T& chn)
 {
-    if (files.unit) files.unit->print("\r\n   Channel %2u:", chn->channel);
-    files.run->print("\r\n   %04hX    %2u:", unit->unit_id, chn->channel);
-    if (chn->cnt > 1) {
+    if (files.unit) files.unit->print("\r\n   Channel %2u:", chn.id.channel);
+    files.run->print("\r\n   %04hX    %2u:", unit.unit_id, chn.id.channel);
+    if (chn.cnt > 1) {
         if (files.unit) store_numbers(*files.unit, chn);
         store_numbers(*files.run, chn);
         Qcc_init(chn);
@@ -78,21 +77,16 @@ void store_channel(const BOTH& files, const UNIT_T* unit, CHN_T* chn)
 }
 
 /// kept: one-step-back. Of two neighbours the lower channel comes first; the rest follows as the ring has it.
-void turn_ring(EVT_T* evt)
+void turn_ring(EVT_T& evt)
 {
-    if (evt->chn->channel >= evt->chn->nxt->channel) evt->chn = evt->chn->nxt;
+    if (evt.chn->id.channel >= evt.chn->nxt->id.channel) evt.chn = evt.chn->nxt;
 }
 
 } // namespace
 
-void Qcc_init(CHN_T* chn)
+void Qcc_init(CHN_T& chn)
 {
-    chn->sum = 0.0;
-    chn->sq_sum = 0.0;
-    chn->min = Qcc_start;
-    chn->max = -Qcc_start; // kept: not-quite-the-lowest. One more than the lowest sample there is.
-    chn->min_ndx = 0;
-    chn->max_ndx = 0;
+    chn.stats = {};
 }
 
 void Qcc_fhdr(OUT_FILE& file)
@@ -101,23 +95,23 @@ void Qcc_fhdr(OUT_FILE& file)
     file.write("\r\n\r\n");
 }
 
-void Qcc_store(UNIT_T* unit, EVT_T* evt, const PACKET& pkt)
+void Qcc_store(UNIT_T& unit, EVT_T& evt, const PACKET* trailer)
 {
-    const BOTH files{&FdQcc, unit->qcc_open ? &unit->qcc_fp : nullptr};
-    store_head(files, evt, pkt);
+    const BOTH files{&FdQcc, unit.qcc_open ? &unit.qcc_fp : nullptr};
+    store_head(files, evt, trailer);
     files.write(Column_head);
-    if (!evt->chn || evt->bad) {
+    if (!evt.chn || evt.bad) {
         store_no_event(files, unit);
         return;
     }
     turn_ring(evt);
-    ring_each(evt->chn, [&](CHN_T& chn) { store_channel(files, unit, &chn); });
+    ring_each(evt.chn, [&](CHN_T& chn) { store_channel(files, unit, chn); });
     files.write_unit("\r\n\r\n");
 }
 
 void Qcc_network(const PACKET& pkt)
 {
     FdQcc.write("\r\n\r\n");
-    log_head(FdQcc, pkt, PKT_NH, 0);
+    log_head(FdQcc, pkt, take_mark());
     FdQcc.write(Column_head);
 }

@@ -1,10 +1,10 @@
 #include "output/sac.h"
 
-#include "driver/file.h"
-#include "driver/settings.h"
-#include "model/open_files.h"
-#include "model/records.h"
-#include "model/show.h"
+#include "driver/base/fatal.h"
+#include "driver/base/file.h"
+#include "driver/base/settings.h"
+#include "model/record/records.h"
+#include "model/record/show.h"
 #include "output/sample_math.h"
 #include "packet/codec.h"
 
@@ -24,101 +24,101 @@ void put_text(char (&field)[N], std::string_view from)
     memset(field + n, 0, N - n);
 }
 
-/// Every field as SAC marks the ones that nobody set.
-void fill_undefined(SACHDR_T* h)
+/// Every field as SAC marks the ones that are undefined.
+void fill_undefined(SACHDR_T& h)
 {
-    char* const raw = reinterpret_cast<char*>(h);
+    char* const raw = reinterpret_cast<char*>(&h);
     size_t at = 0;
     for (; at < offsetof(SACHDR_T, NZYEAR); at += 4) memcpy(raw + at, &Undefined_f, 4);
     for (; at < offsetof(SACHDR_T, LEVEN); at += 4) memcpy(raw + at, &Undefined_i, 4);
     memset(raw + at, 0, offsetof(SACHDR_T, KSTNM) - at);
     for (at = offsetof(SACHDR_T, KSTNM); at < Sac_header_len; at += 8) memcpy(raw + at, Undefined_k, 8);
-    memcpy(h->KEVNM, Undefined_k, sizeof h->KEVNM);
+    memcpy(h.KEVNM, Undefined_k, sizeof h.KEVNM);
 }
 
-void put_statistics(SACHDR_T* h, const CHN_T* chn)
+void put_statistics(SACHDR_T& h, const CHN_T& chn)
 {
-    h->DEPMIN = static_cast<float>(chn->min);
-    h->DEPMAX = static_cast<float>(chn->max);
-    h->DEPMEN = chn->cnt ? static_cast<float>(chn->sum / chn->cnt) : 0.0F;
-    h->NPTS = static_cast<int32_t>(chn->cnt);
+    h.DEPMIN = static_cast<float>(chn.stats.min);
+    h.DEPMAX = static_cast<float>(chn.stats.max);
+    h.DEPMEN = chn.cnt ? static_cast<float>(chn.stats.sum / chn.cnt) : 0.0F;
+    h.NPTS = static_cast<int32_t>(chn.cnt);
 }
 
-/// B and E stay undefined: the time base is the first sample, and only O is told against it.
-void put_times(SACHDR_T* h, const EVT_T* evt)
+/// kept: b-and-e-undefined. The reference time is the first sample, and only O is given relative to it.
+void put_times(SACHDR_T& h, const EVT_T& evt)
 {
-    if (evt->smp_rate > 0.0F) h->DELTA = 1.0F / evt->smp_rate;
-    h->ODELTA = h->DELTA;
-    h->O = static_cast<float>(Time_dif(evt->t_trg.s, evt->t_first.s));
+    if (evt.smp_rate > 0.0F) h.DELTA = 1.0F / evt.smp_rate;
+    h.ODELTA = h.DELTA;
+    h.O = static_cast<float>(Time_dif(evt.times.t_trg, evt.times.t_first));
     TIME_T t;
-    Time_atoil(&t, evt->t_first.s);
-    h->NZYEAR = t.year;
-    h->NZJDAY = t.day;
-    h->NZHOUR = t.hour;
-    h->NZMIN = t.minute;
-    h->NZSEC = t.second;
-    h->NZMSEC = t.milli;
+    Time_atoil(t, evt.times.t_first);
+    h.NZYEAR = t.year;
+    h.NZJDAY = t.day;
+    h.NZHOUR = t.hour;
+    h.NZMIN = t.minute;
+    h.NZSEC = t.second;
+    h.NZMSEC = t.milli;
 }
 
-void put_station(SACHDR_T* h, const UNIT_T* unit)
+void put_station(SACHDR_T& h, const UNIT_T& unit)
 {
-    if (!unit->stn_name.empty())
-        put_text(h->KSTNM, unit->stn_name.view());
+    if (!unit.stn_name.empty())
+        put_text(h.KSTNM, unit.stn_name.view());
     else // kept: station-over-fill. Four digits and a NUL; the rest of the fill shows behind them.
-        snprintf(h->KSTNM, sizeof h->KSTNM, "%04hX", unit->unit_id);
-    if (!unit->net_name.empty()) put_text(h->KNETWK, unit->net_name.view());
+        snprintf(h.KSTNM, sizeof h.KSTNM, "%04hX", unit.unit_id);
+    if (!unit.net_name.empty()) put_text(h.KNETWK, unit.net_name.view());
 }
 
-void put_component(SACHDR_T* h, const CHN_T* chn)
+void put_component(SACHDR_T& h, const CHN_T& chn)
 {
     char id[8];
-    snprintf(id, sizeof id, "%04hX-", chn->unit_id);
-    memcpy(h->KCMPNM, id, 5);
-    const bool seed = chn->band != ' ';
-    h->KCMPNM[5] = seed ? chn->band : static_cast<char>('1' + chn->stream);
-    h->KCMPNM[6] = seed ? chn->type : '-';
-    h->KCMPNM[7] = seed ? chn->axis : static_cast<char>('1' + chn->channel);
+    snprintf(id, sizeof id, "%04hX-", chn.id.unit_id);
+    memcpy(h.KCMPNM, id, 5);
+    const bool seed = chn.set.band != ' ';
+    h.KCMPNM[5] = seed ? chn.set.band : static_cast<char>('1' + chn.id.stream);
+    h.KCMPNM[6] = seed ? chn.set.type : '-';
+    h.KCMPNM[7] = seed ? chn.set.axis : static_cast<char>('1' + chn.id.channel);
 }
 
-void put_run(SACHDR_T* h)
+void put_run(SACHDR_T& h)
 {
     tm start{};
     localtime_r(&Sys_time, &start);
     char date[32];
     // kept: day-from-zero. The C library's day of the year, 1 January being 000.
     snprintf(date, sizeof date, "%04d:%03d", start.tm_year + 1900, start.tm_yday);
-    memcpy(h->KDATRD, date, sizeof h->KDATRD);
-    memcpy(h->KINST, "VX 900  ", sizeof h->KINST);
+    memcpy(h.KDATRD, date, sizeof h.KDATRD);
+    memcpy(h.KINST, "VX 900  ", sizeof h.KINST);
 }
 
 } // namespace
 
-void Sac_dhdr_init(const CHN_T* chn, SACHDR_T* header)
+void Sac_dhdr_init(const CHN_T& chn, SACHDR_T& header)
 {
     fill_undefined(header);
-    header->SCALE = 1.0F;
+    header.SCALE = 1.0F;
     put_statistics(header, chn);
-    put_times(header, chn->evt);
-    header->CMPAZ = chn->azimuth;
-    header->CMPINC = chn->dip;
-    header->NVHDR = Sac_version;
-    header->IFTYPE = ITIME;
-    header->IDEP = IUNKN;
-    header->IZTYPE = IUNKN;
-    header->IEVTYP = IUNKN;
-    header->IQUAL = IGOOD;
-    header->ISYNTH = IRLDTA;
-    header->LEVEN = 1;
-    header->LPSPOL = 1;
-    put_station(header, chn->unit);
+    put_times(header, *chn.evt);
+    header.CMPAZ = chn.set.azimuth;
+    header.CMPINC = chn.set.dip;
+    header.NVHDR = Sac_version;
+    header.IFTYPE = ITIME;
+    header.IDEP = IUNKN;
+    header.IZTYPE = IUNKN;
+    header.IEVTYP = IUNKN;
+    header.IQUAL = IGOOD;
+    header.ISYNTH = IRLDTA;
+    header.LEVEN = 1;
+    header.LPSPOL = 1;
+    put_station(header, *chn.unit);
     put_component(header, chn);
     put_run(header);
 }
 
-void Sac_dhdr_bytes(const CHN_T* chn, char* bytes)
+void Sac_dhdr_bytes(const CHN_T& chn, char* bytes)
 {
     SACHDR_T header;
-    Sac_dhdr_init(chn, &header);
+    Sac_dhdr_init(chn, header);
     memcpy(bytes, &header, Sac_header_len);
     for (size_t i = 0; i < Sac_words; ++i) {
         uint32_t word;
@@ -127,34 +127,43 @@ void Sac_dhdr_bytes(const CHN_T* chn, char* bytes)
     }
 }
 
-void Sac_dhdr_out(CHN_T* chn)
+bool Chn_file_open(CHN_T& chn)
 {
-    Sac_dhdr_bytes(chn, chn->fp.room(Sac_header_len));
-    chn->fp.took(Sac_header_len);
+    return out_open_vx(chn.fp, chn.name.c_str(), OUT_MODE::create_new, trace_lost);
 }
 
-void Sac_data_out(CHN_T* chn, const int32_t* samples, uint16_t count)
+void Chn_file_close(CHN_T& chn)
+{
+    out_close(chn.fp);
+}
+
+void Sac_dhdr_out(CHN_T& chn)
+{
+    Sac_dhdr_bytes(chn, chn.fp.room(Sac_header_len));
+    chn.fp.took(Sac_header_len);
+}
+
+void Sac_data_out(CHN_T& chn, const int32_t* samples, uint16_t count)
 {
     // kept: trash-takes-the-tail. A sample to be dropped uses up a turn of the loop, not a sample: what is
     // missing at the end is the packet's tail.
-    const uint32_t dropped = std::min<uint32_t>(chn->trash, count);
-    chn->trash -= dropped;
-    const uint32_t n = std::min<uint32_t>(count - dropped, Smp_limit - chn->cnt);
+    const uint32_t dropped = std::min<uint32_t>(chn.trash, count);
+    chn.trash -= dropped;
+    const uint32_t n = std::min<uint32_t>(count - dropped, Smp_limit - chn.cnt);
     if (n == 0) return;
-    add_samples(chn, samples, n, chn->fp.room(4 * n));
-    chn->fp.took(4 * n);
+    add_samples(chn.stats, chn.cnt, samples, n, chn.fp.room(4 * n));
+    chn.fp.took(4 * n);
+    chn.cnt += n;
 }
 
-void Sac_data_close(CHN_T* chn)
+void Sac_data_close(CHN_T& chn)
 {
+    if (Smp_limit == 0) return; // there is no trace
     Chn_file_close(chn);
-    if (Smp_limit == 0) return;
-    out_close(chn->fp);
     char header[Sac_header_len];
     Sac_dhdr_bytes(chn, header);
-    const std::string_view bytes(header, Flag_info.trace_hdr ? Sac_header_len : 0);
-    if (out_overwrite_start_vx(chn->name.c_str(), bytes)) return;
-    printf("\n!!!Could not re-open '%s' to update header!!!", chn->name.c_str());
+    if (out_overwrite_start_vx(chn.name.c_str(), {header, sizeof header}, trace_lost)) return;
+    printf("\n!!!Could not re-open '%s' to update header!!!", chn.name.c_str());
     Chn_show(chn);
 }
 

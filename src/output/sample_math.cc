@@ -1,7 +1,7 @@
 #include "output/sample_math.h"
 
-#include "driver/simd.h"
-#include "model/records.h"
+#include "driver/base/simd.h"
+#include "model/record/records.h"
 
 #include <algorithm>
 #include <bit>
@@ -65,13 +65,13 @@ int64_t sum_of(const int32_t* samples, uint32_t n, const DIGEST& d)
     return static_cast<int64_t>(samples[0]) * n + static_cast<int32_t>(above_first);
 }
 
-void add_to_sum(CHN_T* chn, const int32_t* samples, uint32_t n, const DIGEST& d)
+void add_to_sum(Statistics& s, const int32_t* samples, uint32_t n, const DIGEST& d)
 {
-    if (std::fabs(chn->sum) + n * reach(d) <= Exact_max) {
-        chn->sum += static_cast<double>(sum_of(samples, n, d));
+    if (std::fabs(s.sum) + n * reach(d) <= Exact_max) {
+        s.sum += static_cast<double>(sum_of(samples, n, d));
         return;
     }
-    for (uint32_t i = 0; i < n; ++i) chn->sum += samples[i];
+    for (uint32_t i = 0; i < n; ++i) s.sum += samples[i];
 }
 
 constexpr uint32_t Lanes = 4;
@@ -157,65 +157,63 @@ bool add_squares_in_runs(double& sum, const int32_t* samples, uint32_t n)
         gain += end[odd][run] - start[odd];
         odd = (bits_of(end[odd][run]) ^ first) & 1;
     }
-    const double s = with_squares(sum + gain, samples + Runs * length, n - Runs * length);
-    if (!(s < next_power)) return false;
-    sum = s;
+    const double all = with_squares(sum + gain, samples + Runs * length, n - Runs * length);
+    if (!(all < next_power)) return false;
+    sum = all;
     return true;
 }
 
-void add_to_squares(CHN_T* chn, const int32_t* samples, uint32_t n, const DIGEST& d)
+void add_to_squares(Statistics& s, const int32_t* samples, uint32_t n, const DIGEST& d)
 {
-    if (chn->sq_sum + n * reach(d) * reach(d) <= Exact_max) {
-        chn->sq_sum += static_cast<double>(d.squares);
+    if (s.sq_sum + n * reach(d) * reach(d) <= Exact_max) {
+        s.sq_sum += static_cast<double>(d.squares);
         return;
     }
-    if (!add_squares_in_runs(chn->sq_sum, samples, n)) chn->sq_sum = with_squares(chn->sq_sum, samples, n);
+    if (!add_squares_in_runs(s.sq_sum, samples, n)) s.sq_sum = with_squares(s.sq_sum, samples, n);
 }
 
 /// A new extreme stands where its value comes first.
-void move_extremes(CHN_T* chn, const int32_t* samples, uint32_t n, const DIGEST& d)
+void move_extremes(Statistics& s, uint32_t before, const int32_t* samples, uint32_t n, const DIGEST& d)
 {
     const auto place = [&](int32_t value) {
-        return chn->cnt + 1 + static_cast<uint32_t>(std::find(samples, samples + n, value) - samples);
+        return before + 1 + static_cast<uint32_t>(std::find(samples, samples + n, value) - samples);
     };
-    if (d.min < chn->min) {
-        chn->min = d.min;
-        chn->min_ndx = place(d.min);
+    if (d.min < s.min) {
+        s.min = d.min;
+        s.min_ndx = place(d.min);
     }
-    if (d.max > chn->max) {
-        chn->max = d.max;
-        chn->max_ndx = place(d.max);
+    if (d.max > s.max) {
+        s.max = d.max;
+        s.max_ndx = place(d.max);
     }
 }
 
 } // namespace
 
-void add_samples_one_by_one(CHN_T* chn, const int32_t* samples, uint32_t n, char* to)
+void add_samples_one_by_one(Statistics& s, uint32_t before, const int32_t* samples, uint32_t n, char* to)
 {
     for (uint32_t i = 0; i < n; ++i) {
         const double x = samples[i];
         put_float(samples[i], to + size_t{4} * i);
-        ++chn->cnt;
-        chn->sum += x;
-        chn->sq_sum += x * x;
-        if (x < chn->min) {
-            chn->min = x;
-            chn->min_ndx = chn->cnt;
+        s.sum += x;
+        s.sq_sum += x * x;
+        if (x < s.min) {
+            s.min = x;
+            s.min_ndx = before + 1 + i;
         }
-        if (x > chn->max) {
-            chn->max = x;
-            chn->max_ndx = chn->cnt;
+        if (x > s.max) {
+            s.max = x;
+            s.max_ndx = before + 1 + i;
         }
     }
 }
 
-void add_samples(CHN_T* chn, const int32_t* samples, uint32_t n, char* to)
+void add_samples(Statistics& s, uint32_t before, const int32_t* samples, uint32_t n, char* to)
 {
     if (n == 0) return;
-    const bool squares = chn->sq_sum <= Exact_max; // beyond, add_to_squares has no use for them
+    const bool squares = s.sq_sum <= Exact_max; // beyond, add_to_squares has no use for them
     const DIGEST d = write_and_digest(samples, n, to, squares);
-    add_to_sum(chn, samples, n, d);
-    add_to_squares(chn, samples, n, d);
-    move_extremes(chn, samples, n, d);
-    chn->cnt += n;
+    add_to_sum(s, samples, n, d);
+    add_to_squares(s, samples, n, d);
+    move_extremes(s, before, samples, n, d);
 }

@@ -1,14 +1,12 @@
 #include "packet/input.h"
 
-#include "driver/fatal.h"
-#include "driver/settings.h"
+#include "driver/base/fatal.h"
+#include "driver/base/run_files.h"
 
 #include <cerrno>
 #include <unistd.h>
 
 uint32_t Blk_cnt;
-uint16_t Blk_len;
-uint32_t Blk_start;
 
 namespace {
 
@@ -34,16 +32,16 @@ void read_on()
 
 } // namespace
 
-uint16_t Blk_read(PACKET& pkt)
+std::optional<PACKET> Blk_read()
 {
     if (Filled - Taken < Packet_size && !At_end) read_on();
     if (Filled - Taken < Packet_size) {
-        if (Read_failed) shut_down(FATAL_READ, nullptr, nullptr);
-        return Blk_end;
+        if (Read_failed) shut_down(FATAL_READ, nullptr);
+        return std::nullopt;
     }
-    pkt.bytes = Ahead + Taken;
+    const PACKET pkt(Ahead + Taken);
     Taken += Packet_size;
-    return 0;
+    return pkt;
 }
 
 void Blk_rewind()

@@ -1,11 +1,10 @@
 #include "packet/kind.h"
 
-uint16_t code_set(const PACKET& pkt)
+PKT code_set(const uint8_t* letters)
 {
-    const std::string_view letters = text(pkt, HDR::Type);
     for (uint16_t i = 0; Pkt_codes[2 * i]; ++i)
         if (letters[0] == Pkt_codes[2 * i] && letters[1] == Pkt_codes[2 * i + 1])
-            return static_cast<uint16_t>(i + 1);
+            return static_cast<PKT>(i + 1);
     return PKT_UNKNOWN;
 }
 

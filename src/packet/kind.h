@@ -1,8 +1,6 @@
 // Packet type numbers and letters, and the data formats of DT packets.
 #pragma once
 
-#include "packet/packet.h"
-
 #include <cstdint>
 
 enum PKT : uint16_t {
@@ -25,8 +23,8 @@ enum PKT : uint16_t {
 /// The letters of all types; a type's number is its place, counted from 1.
 inline constexpr char Pkt_codes[] = "EHETDTSHSCDSCDOMADDRNHNTFD";
 
-/// The number of a packet's type, PKT_UNKNOWN when its two letters are not in Pkt_codes.
-uint16_t code_set(const PACKET& pkt);
+/// The type of a packet that begins with these two letters, PKT_UNKNOWN when they are not in Pkt_codes.
+PKT code_set(const uint8_t* letters);
 
 /// How the samples of a DT packet are encoded.
 enum class ENCODING : uint8_t { none, int16, int32, steim1, steim2 };

@@ -1,17 +1,39 @@
-// A packet and its readers: the one gate to a packet's bytes. Nobody else adds a number to an address.
-// The readers stop at the packet's end; what lies past it is the caller's to decide.
+// A packet as a value, and the readers of its fields. This is the one gate to a packet's bytes: nobody else
+// adds a number to their address.
 #pragma once
 
 #include "packet/codec.h"
+#include "packet/kind.h"
 #include "packet/layout.h"
+#include "packet/timestr.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string_view>
 
+/// A packet with its header decoded. `stream`, `channel` and the like are numbers only in the types that
+/// carry them: belongs_to_event() for event and stream, PKT_DT for channel and samples.
 struct PACKET {
-    const uint8_t* bytes; ///< Packet_size bytes; they belong to the reader and are good until its next block
+    explicit PACKET(const uint8_t* packet_bytes);
+
+    const uint8_t* bytes; ///< Packet_size bytes; they belong to the reader and are good until its next packet
+    PKT kind;
+    uint16_t unit_id; ///< as the recorder wrote it; 0 is not yet replaced
+    uint16_t seq;     ///< packet sequence number
+    uint16_t event;   ///< event number
+    uint16_t stream;  ///< counted from 0
+    uint16_t channel; ///< counted from 0
+    uint16_t samples; ///< what the packet says that it holds
+    TIMESTR time;     ///< to the millisecond
 };
+
+/// The bytes of a field that lies inside the packet.
+inline const uint8_t* bytes(const PACKET& pkt, Span field)
+{
+    return pkt.bytes + field.at;
+}
 
 /// The bytes of a field as text: exact width, blanks kept, cut at the packet's end.
 inline std::string_view text(const PACKET& pkt, Span field)
@@ -27,10 +49,24 @@ inline uint8_t byte(const PACKET& pkt, Span field)
     return field.at < Packet_size ? pkt.bytes[field.at] : ' ';
 }
 
-/// The value of a BCD field that lies inside the packet.
+/// The value of a BCD field that lies inside the packet, modulo 65536.
 inline uint16_t bcd(const PACKET& pkt, Span field)
 {
-    return bcd2i(pkt.bytes + field.at, static_cast<int16_t>(field.len));
+    return bcd2i(bytes(pkt, field), static_cast<int16_t>(field.len));
+}
+
+/// Writes the digits of a BCD field that lies inside the packet, two per byte, without a terminator. Returns
+/// the place behind them.
+inline char* digits(const PACKET& pkt, Span field, char* to)
+{
+    unbcd(to, bytes(pkt, field), static_cast<uint16_t>(field.len));
+    return to + 2 * field.len;
+}
+
+/// The value of a binary field of 1, 2 or 4 bytes that lies inside the packet.
+inline uint32_t number(const PACKET& pkt, Span field)
+{
+    return field.len == 1 ? byte(pkt, field) : reverse(bytes(pkt, field), static_cast<uint16_t>(field.len));
 }
 
 /// True when a text field is given, that is, does not begin with a blank.
@@ -44,10 +80,16 @@ inline unsigned flags(const PACKET& pkt)
     return byte(pkt, EVT::Flags);
 }
 
-/// The unit that wrote the packet, as its bytes tell it (0 is not yet replaced).
-inline uint16_t raw_unit_id(const PACKET& pkt)
+/// True for the packets that describe an event as a whole: its header and its trailer.
+inline bool describes_event(const PACKET& pkt)
 {
-    return static_cast<uint16_t>(pkt.bytes[HDR::Unit_id.at] << 8 | pkt.bytes[HDR::Unit_id.at + 1]);
+    return pkt.kind == PKT_EH || pkt.kind == PKT_ET;
+}
+
+/// True for the packets that carry the fields of EVT.
+inline bool belongs_to_event(const PACKET& pkt)
+{
+    return describes_event(pkt) || pkt.kind == PKT_DT || pkt.kind == PKT_NH || pkt.kind == PKT_NT;
 }
 
 /// True when an EH or ET comes from a telemetry unit.

@@ -1,11 +1,9 @@
 // Decoders of uncompressed samples.
 #include "packet/samples.h"
 
-#include "driver/simd.h"
+#include "driver/base/simd.h"
 
 #include <algorithm>
-
-DATA_BUF Data_buf;
 
 namespace {
 
@@ -32,32 +30,34 @@ template <int Width>
 void decode_plain(const PACKET& pkt, DATA_BUF& out, int cap)
 {
     const int start = samples_start(pkt);
-    const int count = std::min<int>(bcd(pkt, EVT::Samples), cap);
+    const int count = std::min<int>(pkt.samples, cap);
     const int present = std::min(count, (Packet_size - start) / Width);
-    (Width == 2 ? take_16 : take_32)(pkt.bytes + start, static_cast<size_t>(present), out.sample);
+    (Width == 2 ? take_16 : take_32)(bytes(pkt, {start, present * Width}), static_cast<size_t>(present),
+                                     out.sample);
     std::fill(out.sample + present, out.sample + count, 0);
     out.count = static_cast<uint32_t>(count);
 }
 
 } // namespace
 
-void Buf_16(CHN_T*, const PACKET& pkt, DATA_BUF& out)
+void Buf_16(const PACKET& pkt, DATA_BUF& out)
 {
     decode_plain<2>(pkt, out, 500);
 }
 
-void Buf_32(CHN_T*, const PACKET& pkt, DATA_BUF& out)
+void Buf_32(const PACKET& pkt, DATA_BUF& out)
 {
     decode_plain<4>(pkt, out, 250);
 }
 
-void decode_samples(CHN_T* chn, const PACKET& pkt, ENCODING encoding)
+Decoded decode_samples(const PACKET& pkt, ENCODING encoding, uint32_t& last, DATA_BUF& out)
 {
     switch (encoding) {
-    case ENCODING::int16: return Buf_16(chn, pkt, Data_buf);
-    case ENCODING::int32: return Buf_32(chn, pkt, Data_buf);
-    case ENCODING::steim1: return Buf_c0(chn, pkt, Data_buf);
-    case ENCODING::steim2: return Buf_c2(chn, pkt, Data_buf);
-    case ENCODING::none: Data_buf.count = 0;
+    case ENCODING::int16: Buf_16(pkt, out); break;
+    case ENCODING::int32: Buf_32(pkt, out); break;
+    case ENCODING::steim1: return Buf_c0(pkt, last, out);
+    case ENCODING::steim2: return Buf_c2(pkt, last, out);
+    case ENCODING::none: out.count = 0;
     }
+    return {};
 }

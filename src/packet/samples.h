@@ -1,12 +1,11 @@
-// The samples of the current DT packet, and the decoders that fill them.
+// The decoders: from the bytes of a DT packet to its samples. They know neither units nor logs, and answer
+// with a verdict.
 #pragma once
 
 #include "packet/kind.h"
 #include "packet/packet.h"
 
 #include <cstdint>
-
-struct CHN_T;
 
 inline constexpr int Samples_max = 1581;
 
@@ -16,33 +15,40 @@ struct DATA_BUF {
 };
 static_assert(sizeof(DATA_BUF) == 6328);
 
-extern DATA_BUF Data_buf; ///< Set: the decoders.  Read: convert, which hands it to the SAC writer.
+/// The verdict on a packet's samples. A Steim packet says which its first and last sample are. It is sound
+/// when the decoded ones agree, their number is the header's, and the first difference leads on from the
+/// packet before. The samples of a packet that is not sound are kept all the same.
+struct Decoded {
+    bool sound = true;
+    uint32_t read_first = 0, read_last = 0; ///< as the packet says; uncompressed packets say nothing
+    uint32_t calc_first = 0, calc_last = 0; ///< as they came out
+};
 
 /// Decodes 16-bit samples, 500 at most. Those past the packet's end are 0.
-void Buf_16(CHN_T* chn, const PACKET& pkt, DATA_BUF& out);
+void Buf_16(const PACKET& pkt, DATA_BUF& out);
 
 /// Decodes 32-bit samples, 250 at most. Those past the packet's end are 0.
-void Buf_32(CHN_T* chn, const PACKET& pkt, DATA_BUF& out);
+void Buf_32(const PACKET& pkt, DATA_BUF& out);
 
-/// Decodes Steim-1 frames and checks them against the packet's integration constants and the channel's
-/// last sample. A mismatch marks the channel and is logged; the samples are kept.
-void Buf_c0(CHN_T* chn, const PACKET& pkt, DATA_BUF& out);
+/// Decodes Steim-1 frames and checks them. `last` is the channel's latest sample (0: none, unchecked), and
+/// becomes the one that this packet says.
+Decoded Buf_c0(const PACKET& pkt, uint32_t& last, DATA_BUF& out);
 
 /// The same for Steim-2.
-void Buf_c2(CHN_T* chn, const PACKET& pkt, DATA_BUF& out);
+Decoded Buf_c2(const PACKET& pkt, uint32_t& last, DATA_BUF& out);
 
 /// The decoders that go word by word: for packets in which something is odd, which they tell; for any other
 /// they give what Buf_c0 and Buf_c2 give.
-void Buf_c0_by_word(CHN_T* chn, const PACKET& pkt, DATA_BUF& out);
-void Buf_c2_by_word(CHN_T* chn, const PACKET& pkt, DATA_BUF& out);
+Decoded Buf_c0_by_word(const PACKET& pkt, uint32_t& last, DATA_BUF& out);
+Decoded Buf_c2_by_word(const PACKET& pkt, uint32_t& last, DATA_BUF& out);
 
-/// Decodes a DT packet of a known encoding into Data_buf.
-void decode_samples(CHN_T* chn, const PACKET& pkt, ENCODING encoding);
+/// Decodes a DT packet by its encoding. `last` is as for Buf_c0; uncompressed packets leave it alone.
+Decoded decode_samples(const PACKET& pkt, ENCODING encoding, uint32_t& last, DATA_BUF& out);
 
 /// Unpacks the sixteen 2-bit codes of a control word as it lies in memory (big-endian).
 void C0_flag_cvt(const uint8_t* control, uint8_t* codes);
 
-/// Sets sixteen codes to 0.
+/// carried: clear-codes. Sets sixteen codes to 0.
 void C0_flag_clr(uint8_t* codes);
 
 /// A signed field of `width` bits, `shift` bits up from the lowest. 0 for a width of 0 or above 32 or a

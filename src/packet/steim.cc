@@ -2,9 +2,6 @@
 // first and the last sample stored beside them to check the decoding against.
 #include "packet/samples.h"
 
-#include "driver/settings.h"
-#include "model/records.h"
-#include "output/log.h"
 #include "packet/steim_fields.h"
 #include "packet/steim_table.h"
 
@@ -20,7 +17,7 @@ constexpr int First_data_word = 3;       ///< of frame 1, behind the two integra
 
 const uint8_t* word_at(const PACKET& pkt, int frame, int word)
 {
-    return pkt.bytes + DT::Frames + frame * DT::Frame_len + word * 4;
+    return bytes(pkt, {DT::Frames + frame * DT::Frame_len + word * 4, 4});
 }
 
 /// One decoding: what the packet says, and what has been made of it so far. All sums wrap at 32 bits.
@@ -198,29 +195,14 @@ void steim2_word(STEIM& s, unsigned code, const uint8_t* bytes)
     }
 }
 
-/// Tells in the unit's log what the packet said and what came out.
-void log_mismatch(const CHN_T* chn, const STEIM& s)
+/// Sound when the last sample and the count are what the packet says, and the first one followed on `last`.
+/// The next packet is checked against the recorder's own value.
+Decoded checked(const STEIM& s, uint32_t& last)
 {
-    OUT_FILE& log = chn->unit->log_fp;
-    log.print("     Read start 0x%08" PRIX32 "  ", s.x0);
-    log.print("stop 0x%08" PRIX32 "  ", s.xn);
-    log.print("samples %d\r\n", bcd(s.pkt, EVT::Samples));
-    log.print("     Calc start 0x%08" PRIX32 "  ", s.diff + chn->last);
-    log.print("stop 0x%08" PRIX32 "  ", s.value);
-    log.print("samples %d\r\n", static_cast<int>(s.out.count));
-    log_block(log, s.pkt, DUMP_WHOLE);
-}
-
-/// Good when the last sample and the count are what the packet says. Otherwise the channel is marked, the
-/// log told, and the next packet checked against the recorder's own value.
-void check_end(CHN_T* chn, const STEIM& s)
-{
-    const bool good = s.value == s.xn && bcd(s.pkt, EVT::Samples) == (s.out.count & 0xFFFF) && !s.mismatch;
-    if (!good) {
-        chn->discontinuous = 1;
-        if (Log_on) log_mismatch(chn, s);
-    }
-    chn->last = s.xn;
+    const bool sound = s.value == s.xn && s.pkt.samples == (s.out.count & 0xFFFF) && !s.mismatch;
+    const Decoded decoded{sound, s.x0, s.xn, s.diff + last, s.value};
+    last = s.xn;
+    return decoded;
 }
 
 } // namespace
@@ -247,37 +229,35 @@ int32_t Steim2_get_bits(uint32_t word, uint32_t shift, uint32_t width)
     return static_cast<int32_t>(negative ? value | mask : value);
 }
 
-void Buf_c0(CHN_T* chn, const PACKET& pkt, DATA_BUF& out)
+Decoded Buf_c0(const PACKET& pkt, uint32_t& last, DATA_BUF& out)
 {
-    if (steim1_by_table(pkt, chn->last, out))
-        chn->last = static_cast<uint32_t>(out.sample[out.count - 1]);
-    else
-        Buf_c0_by_word(chn, pkt, out);
+    if (!steim1_by_table(pkt, last, out)) return Buf_c0_by_word(pkt, last, out);
+    last = static_cast<uint32_t>(out.sample[out.count - 1]);
+    return {};
 }
 
-void Buf_c0_by_word(CHN_T* chn, const PACKET& pkt, DATA_BUF& out)
+Decoded Buf_c0_by_word(const PACKET& pkt, uint32_t& last, DATA_BUF& out)
 {
     STEIM s(pkt, out);
     s.diff = steim1_first(pkt);
-    s.start(chn->last);
+    s.start(last);
     each_word(pkt, First_data_word, [&](unsigned code, const uint8_t* word) { steim1_word(s, code, word); });
-    check_end(chn, s);
+    return checked(s, last);
 }
 
-void Buf_c2(CHN_T* chn, const PACKET& pkt, DATA_BUF& out)
+Decoded Buf_c2(const PACKET& pkt, uint32_t& last, DATA_BUF& out)
 {
-    if (steim2_by_table(pkt, chn->last, out))
-        chn->last = static_cast<uint32_t>(out.sample[out.count - 1]);
-    else
-        Buf_c2_by_word(chn, pkt, out);
+    if (!steim2_by_table(pkt, last, out)) return Buf_c2_by_word(pkt, last, out);
+    last = static_cast<uint32_t>(out.sample[out.count - 1]);
+    return {};
 }
 
-void Buf_c2_by_word(CHN_T* chn, const PACKET& pkt, DATA_BUF& out)
+Decoded Buf_c2_by_word(const PACKET& pkt, uint32_t& last, DATA_BUF& out)
 {
     STEIM s(pkt, out);
     const int first = steim2_first_word(pkt);
     s.diff = steim2_first(pkt, first);
-    s.start(chn->last);
+    s.start(last);
     each_word(pkt, first, [&](unsigned code, const uint8_t* word) { steim2_word(s, code, word); });
-    check_end(chn, s);
+    return checked(s, last);
 }

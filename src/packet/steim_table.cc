@@ -1,6 +1,6 @@
 #include "packet/steim_table.h"
 
-#include "driver/simd.h"
+#include "driver/base/simd.h"
 #include "packet/steim_fields.h"
 
 #include <array>
@@ -182,12 +182,12 @@ VX_WIDE uint32_t sum_up(const int32_t* differences, int n, uint32_t value, int32
 
 bool by_table(const PACKET& pkt, const SPLITS& splits, bool steim2, uint32_t last, DATA_BUF& out)
 {
-    const uint8_t* const frames = pkt.bytes + DT::Frames;
+    const uint8_t* const frames = bytes(pkt, {DT::Frames, Packet_size - DT::Frames});
     const uint32_t x0 = be32(frames + 4);
     const uint32_t xn = be32(frames + 8);
     static DIFFERENCES differences;
     const auto [n, valid] = differences_of(frames, splits, steim2, differences.data());
-    if (n == 0 || (steim2 && !valid) || static_cast<uint16_t>(n) != bcd(pkt, EVT::Samples)) return false;
+    if (n == 0 || (steim2 && !valid) || static_cast<uint16_t>(n) != pkt.samples) return false;
 
     // The difference that leads to the first sample stands in frame 1, of Steim-1 in word 3 of it, or there
     // is none.

@@ -1,7 +1,7 @@
 #include "packet/timestr.h"
 
-#include "driver/compose.h"
-#include "driver/number.h"
+#include "driver/base/compose.h"
+#include "driver/base/number.h"
 
 #include <algorithm>
 #include <cinttypes>
@@ -50,28 +50,20 @@ TIME_T fields_of(std::string_view text)
 }
 
 /// Milliseconds of a time as intervals count them: every year has 365 days.
-double interval_ms(const char* text)
+double interval_ms(const TIMESTR& time)
 {
-    const std::string_view whole = text;
-    const TIME_T t = fields_of(whole);
+    const TIME_T t = fields_of(time.view());
     double ms = t.milli;
-    // The text at the millisecond's place, as scanf's %3s takes it: one word of three characters at most.
-    size_t from = std::min(AT::Milli, whole.size());
-    while (from < whole.size() && (whole[from] == ' ' || (whole[from] >= '\t' && whole[from] <= '\r')))
-        ++from;
-    size_t length = 0;
-    while (length < 3 && from + length < whole.size() && whole[from + length] != ' ' &&
-           !(whole[from + length] >= '\t' && whole[from + length] <= '\r'))
-        ++length;
-    if (length != 3) ms *= 10; // kept: short-milliseconds. Two digits are hundredths; so is one.
+    // kept: short-milliseconds. Two digits are hundredths; so is one.
+    if (scan_word(time.view(), AT::Milli, 3).size() != 3) ms *= 10;
     const double days = static_cast<double>(t.year) * 365 + t.day;
     return (((days * 24 + t.hour) * 60 + t.minute) * 60 + t.second) * 1000 + ms;
 }
 
 /// The same in 32 bits, which wrap.
-uint32_t wrapped_ms(const char* text)
+uint32_t wrapped_ms(const TIMESTR& time)
 {
-    const TIME_T t = fields_of(text);
+    const TIME_T t = fields_of(time.view());
     uint32_t v = static_cast<uint32_t>(t.year) * 365U + static_cast<uint32_t>(t.day);
     v = v * 24U + static_cast<uint32_t>(t.hour);
     v = v * 60U + static_cast<uint32_t>(t.minute);
@@ -111,78 +103,54 @@ void write_time(char* text, uint32_t year, int64_t day, int64_t hours, int64_t m
     text[16] = '\0';
 }
 
-/// Whether the two digits of a year mean one of 1985 to 1999. What is no digit ends the number, which is then
-/// too small.
-bool before_2000(const char* year)
-{
-    const int tens = year[0] - '0';
-    const int ones = year[1] - '0';
-    return tens <= 9 && ones <= 9 && tens * 10 + ones >= 85;
-}
-
 } // namespace
 
-TIMESTR header_time(const PACKET& pkt)
+void Time_atoil(TIME_T& t, const TIMESTR& time)
 {
-    char digits[2 * HDR::Digits.len];
-    unbcd(digits, pkt.bytes + HDR::Digits.at, HDR::Digits.len);
-    // Digits 2-3 are the year, 8-19 the day of year down to the millisecond.
-    TIMESTR t;
-    memcpy(t.s, before_2000(digits + 2) ? "19" : "20", 2);
-    memcpy(t.s + 2, digits + 2, 2);
-    memcpy(t.s + AT::Day, digits + 8, 12);
-    return t;
+    const TIME_T read = fields_of(time.view());
+    t.year = read.year;
+    t.day = read.day;
+    t.hour = read.hour;
+    t.minute = read.minute;
+    t.second = read.second;
+    t.milli = read.milli;
+    t.micro = 0;
 }
 
-void Time_atoil(TIME_T* t, const char* text)
+double Time_cvt(const TIME_T& t)
 {
-    const TIME_T read = fields_of(text);
-    t->year = read.year;
-    t->day = read.day;
-    t->hour = read.hour;
-    t->minute = read.minute;
-    t->second = read.second;
-    t->milli = read.milli;
-    t->micro = 0;
-}
-
-double Time_cvt(const TIME_T* t)
-{
-    if (t->year <= 1983) return 0.0;
-    const int years = t->year - 1984;
+    if (t.year <= 1983) return 0.0;
+    const int years = t.year - 1984;
     // kept: leap-days-by-four. 1984's own leap day counts from 1988 on.
     // NOLINTNEXTLINE(bugprone-integer-division): whole leap days
-    const double days = years * 365.0 + years / 4 + t->day;
-    return ((days * 24 + t->hour) * 60 + t->minute) * 60 + t->second + t->milli / 1000.0 +
-           t->micro / 1000000.0;
+    const double days = years * 365.0 + years / 4 + t.day;
+    return ((days * 24 + t.hour) * 60 + t.minute) * 60 + t.second + t.milli / 1000.0 + t.micro / 1000000.0;
 }
 
-double Time_dif(const char* a, const char* b)
+double Time_dif(const TIMESTR& a, const TIMESTR& b)
 {
-    const TIME_T ta = fields_of(a);
-    const TIME_T tb = fields_of(b);
-    const double sa = Time_cvt(&ta);
-    const double sb = Time_cvt(&tb);
+    const double sa = Time_cvt(fields_of(a.view()));
+    const double sb = Time_cvt(fields_of(b.view()));
     return sa > sb ? sa - sb : 0.0;
 }
 
-float Time_update(const char* a, const char* b)
+float Time_update(const TIMESTR& a, const TIMESTR& b)
 {
     return static_cast<float>((interval_ms(b) - interval_ms(a)) * 0.001);
 }
 
-uint16_t Time_compr(const char* a, const char* b)
+uint16_t Time_compr(const TIMESTR& a, const TIMESTR& b)
 {
     return wrapped_ms(a) > wrapped_ms(b);
 }
 
-void Time_r64toil(TIME_T*, double) {}
+void Time_r64toil(TIME_T&, double) {}
 
-void add_str_tim(char* time_text, float rate, const uint8_t* count_bcd)
+void add_str_tim(TIMESTR& time, float rate, uint16_t count)
 {
-    const TIME_T t = fields_of(time_text);
+    const TIME_T t = fields_of(time.view());
     uint32_t year = static_cast<uint16_t>(t.year);
-    const uint32_t ms = ms_at_end(bcdtoi(count_bcd, 2), rate, t.milli);
+    const uint32_t ms = ms_at_end(count, rate, t.milli);
 
     // Carried by division; 64 bits, since a slow rate makes weeks of milliseconds.
     int64_t seconds = t.second + static_cast<int64_t>(ms / 1000);
@@ -205,5 +173,5 @@ void add_str_tim(char* time_text, float rate, const uint8_t* count_bcd)
         if (++year > 99) year = 0; // kept: two-digit-year. A year of four digits rolls over to 0000.
     }
 
-    write_time(time_text, year, day, hours, minutes, seconds, ms % 1000);
+    write_time(time.s, year, day, hours, minutes, seconds, ms % 1000);
 }

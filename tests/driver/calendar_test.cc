@@ -1,5 +1,5 @@
 // Leap years by two rules, and the day of the year taken apart into month and day.
-#include "driver/calendar.h"
+#include "driver/base/calendar.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // The walk over the arguments: every switch and value, and the two names.
 #include "driver/cmdline.h"
 
-#include "driver/settings.h"
+#include "driver/base/settings.h"
 #include "kit/ending.h"
 #include "kit/expect.h"
 
@@ -50,8 +50,6 @@ TEST(set_defaults, is_what_holds_without_switches)
     EXPECT_EQ(Smp_rate_cmd, 100.0f);
     EXPECT_EQ(Smp_limit, 4294967295U);
     EXPECT_EQ(Smp_skip, 0U);
-    EXPECT_EQ(Flag_info.trace_hdr, 1);
-    EXPECT_EQ(Flag_info.gather, 0);
     EXPECT_EQ(FileIn, "in");
     EXPECT_EQ(DirOut, "");
 }

@@ -1,5 +1,5 @@
 // Lines built by hand hold what printf would print.
-#include "driver/compose.h"
+#include "driver/base/compose.h"
 
 #include <gtest/gtest.h>
 

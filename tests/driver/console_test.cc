@@ -1,5 +1,5 @@
 // What a person at the terminal, or a program at the other end of a pipe, has seen of the console by when.
-#include "driver/console.h"
+#include "driver/base/console.h"
 
 #include "kit/ending.h"
 

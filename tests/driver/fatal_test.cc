@@ -1,12 +1,14 @@
 // Early endings: their texts, their statuses, and what is closed on the way.
-#include "driver/fatal.h"
+#include "driver/base/fatal.h"
 
-#include "driver/settings.h"
+#include "driver/base/run_files.h"
+#include "driver/base/settings.h"
 #include "kit/ending.h"
 #include "kit/scratch.h"
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <string>
@@ -21,13 +23,13 @@ using kit::expect_ending;
 /// What a message with a name, and one without, must look like.
 void expect_named(uint8_t code, const std::string& before, const std::string& behind)
 {
-    expect_ending([=] { shut_down(code, "the name", nullptr); }, code, before + "the name" + behind);
-    expect_ending([=] { shut_down(code, nullptr, nullptr); }, code, before + "(null)" + behind);
+    expect_ending([=] { shut_down(code, "the name"); }, code, before + "the name" + behind);
+    expect_ending([=] { shut_down(code, nullptr); }, code, before + "(null)" + behind);
 }
 void expect_plain(uint8_t code, const std::string& message)
 {
-    expect_ending([=] { shut_down(code, "the name", nullptr); }, code, message);
-    expect_ending([=] { shut_down(code, nullptr, nullptr); }, code, message);
+    expect_ending([=] { shut_down(code, "the name"); }, code, message);
+    expect_ending([=] { shut_down(code, nullptr); }, code, message);
 }
 
 /// The run-wide files, open in a directory of their own.
@@ -40,8 +42,8 @@ protected:
         out_close(FdQcc);
     }
     void open_input() { FdIn = fopen(scratch.write("in", "packets").c_str(), "rb"); }
-    void open_log() { EXPECT_TRUE(out_open(FdLog, log.c_str(), OUT_MODE::truncate, ON_LOSS::tell_once)); }
-    void open_qcc() { EXPECT_TRUE(out_open(FdQcc, qcc.c_str(), OUT_MODE::truncate, ON_LOSS::tell_once)); }
+    void open_log() { EXPECT_TRUE(out_open(FdLog, log.c_str(), OUT_MODE::truncate, log_lost)); }
+    void open_qcc() { EXPECT_TRUE(out_open(FdQcc, qcc.c_str(), OUT_MODE::truncate, log_lost)); }
 
     kit::Scratch scratch;
     std::string log = scratch.path("log"), qcc = scratch.path("qcc");
@@ -83,12 +85,11 @@ TEST(shut_down, any_other_code_is_an_unknown_error)
 
 TEST(shut_down, prints_a_name_as_it_stands)
 {
-    expect_ending([] { shut_down(20, "100%s%n%%/a'b\x1B[0m", nullptr); }, 20,
+    expect_ending([] { shut_down(20, "100%s%n%%/a'b\x1B[0m"); }, 20,
                   "\nFile open error for '100%s%n%%/a'b\x1B[0m'");
-    expect_ending([] { shut_down(10, "", nullptr); }, 10, "\nUnable to change to directory ''");
+    expect_ending([] { shut_down(10, ""); }, 10, "\nUnable to change to directory ''");
     const std::string long_name(5000, 'n');
-    expect_ending([&] { shut_down(20, long_name.c_str(), nullptr); }, 20,
-                  "\nFile open error for '" + long_name + "'");
+    expect_ending([&] { shut_down(20, long_name.c_str()); }, 20, "\nFile open error for '" + long_name + "'");
 }
 
 TEST(shut_down, leaves_the_code_in_the_status_byte)
@@ -108,7 +109,7 @@ TEST(shut_down, keeps_what_was_shown_before)
     expect_ending(
         [] {
             printf("\r0000001");
-            shut_down(21, nullptr, nullptr);
+            shut_down(21, nullptr);
         },
         21, "\r0000001\nFile read error for '(null)'");
 }
@@ -129,13 +130,13 @@ void end_after_a_loss(const std::string& path, ON_LOSS on_loss, void (*ending)()
 
 TEST(Every_ending, is_for_a_trace_that_lost_bytes_before)
 {
-    void (*const endings[])() = {[] { shut_down(21, nullptr, nullptr); }, end_without_event_memory,
+    void (*const endings[])() = {[] { shut_down(21, nullptr); }, end_without_event_memory,
                                  end_without_channel_memory, end_without_name,
                                  [] { end_without_trace("another"); }};
     const kit::Scratch scratch;
     const std::string path = scratch.path("trace");
     for (const auto ending : endings)
-        expect_ending([&] { end_after_a_loss(path, ON_LOSS::end_run, ending); }, 22,
+        expect_ending([&] { end_after_a_loss(path, trace_lost, ending); }, 22,
                       "\nFile write error for '" + path + "'");
 }
 
@@ -143,7 +144,7 @@ TEST(Every_ending, keeps_its_status_where_a_log_lost_bytes_before)
 {
     const kit::Scratch scratch;
     const std::string path = scratch.path("log");
-    expect_ending([&] { end_after_a_loss(path, ON_LOSS::tell_once, end_without_name); }, 23,
+    expect_ending([&] { end_after_a_loss(path, log_lost, end_without_name); }, 23,
                   "\n\nERROR!!!!!\n   Unable to create an unique filename.",
                   "\nFile write error for '" + path + "'");
 }
@@ -157,7 +158,7 @@ TEST_F(Run_wide_files, are_whole_after_a_fatal_error)
             open_qcc();
             FdLog.write("a line\r\n");
             FdQcc.write("some statistics");
-            shut_down(21, nullptr, nullptr);
+            shut_down(21, nullptr);
         },
         21, "\nFile read error for '(null)'");
     EXPECT_EQ(scratch.read("log"), "a line\r\n");
@@ -172,7 +173,7 @@ TEST_F(Run_wide_files, that_lost_bytes_do_not_change_the_status_of_a_fatal_error
         [&] {
             open_log();
             FdLog.write("a line\r\n");
-            shut_down(21, nullptr, nullptr);
+            shut_down(21, nullptr);
         },
         21, "\nFile read error for '(null)'", "\nFile write error for '/dev/full'");
 }
@@ -203,7 +204,7 @@ TEST_F(Run_wide_files, fcloseall_leaves_other_files_alone)
 {
     OUT_FILE unit;
     const std::string name = scratch.path("unit");
-    EXPECT_TRUE(out_open(unit, name.c_str(), OUT_MODE::append, ON_LOSS::tell_once));
+    EXPECT_TRUE(out_open(unit, name.c_str(), OUT_MODE::append, log_lost));
     unit.write("x");
     EXPECT_EQ(vx::fcloseall(), 0);
     EXPECT_TRUE(unit.open);
@@ -272,6 +273,58 @@ void type_in(const std::string& text)
 {
     static const kit::Scratch scratch;
     ASSERT_NE(freopen(scratch.write("typed", text).c_str(), "rb", stdin), nullptr);
+}
+
+TEST(open_file, appends_to_what_is_there)
+{
+    const kit::Scratch scratch;
+    const std::string path = scratch.write("log", "old\r\n");
+    OUT_FILE file;
+    open_file(file, path.c_str());
+    file.write("new\r\n");
+    out_close(file);
+    EXPECT_EQ(scratch.read("log"), "old\r\nnew\r\n");
+}
+
+TEST(open_file, creates_what_is_missing)
+{
+    const kit::Scratch scratch;
+    const std::string path = scratch.path("log");
+    OUT_FILE file;
+    open_file(file, path.c_str());
+    EXPECT_TRUE(file.open);
+    out_close(file);
+    EXPECT_EQ(scratch.read("log"), "");
+}
+
+TEST(open_file, ends_the_run_after_five_seconds_naming_the_file_that_cannot_be_opened)
+{
+    const kit::Scratch scratch;
+    const std::string path = scratch.path("none/log");
+    const auto start = std::chrono::steady_clock::now();
+    expect_ending(
+        [&] {
+            OUT_FILE file;
+            open_file(file, path.c_str());
+        },
+        20, "\nFile open error for '" + path + "'");
+    const std::chrono::duration<double> waited = std::chrono::steady_clock::now() - start;
+    EXPECT_GE(waited.count(), 4.95);
+    EXPECT_LT(waited.count(), 7.5);
+}
+
+TEST(open_file, a_byte_lost_is_told_and_shows_in_the_status)
+{
+    expect_ending(
+        [] {
+            OUT_FILE file;
+            open_file(file, "/dev/full");
+            file.write("x");
+            out_close(file);
+            printf("the run goes on");
+            end_run(0);
+        },
+        22, "the run goes on", "\nFile write error for '/dev/full'");
 }
 
 TEST(any_key, prompts_on_standard_error_and_gives_the_character)

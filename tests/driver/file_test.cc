@@ -1,7 +1,8 @@
 // Files: opened with patience, looked for, and the directories above them.
-#include "driver/file.h"
+#include "driver/base/file.h"
 
-#include "driver/outfile.h"
+#include "driver/base/fatal.h"
+#include "driver/base/outfile.h"
 #include "kit/ending.h"
 #include "kit/scratch.h"
 
@@ -10,7 +11,6 @@
 #include <cerrno>
 #include <chrono>
 #include <string>
-#include <sys/mman.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -61,7 +61,7 @@ TEST(fopen_vx, an_output_file_gives_way_when_no_descriptor_is_left)
     EXPECT_EXIT(
         {
             OUT_FILE file;
-            if (!out_open(file, output.c_str(), OUT_MODE::truncate, ON_LOSS::tell_once)) _exit(98);
+            if (!out_open(file, output.c_str(), OUT_MODE::truncate, log_lost)) _exit(98);
             file.write("kept");
             rlimit few;
             few.rlim_cur = few.rlim_max = 32;
@@ -108,7 +108,7 @@ TEST(out_open_vx, a_name_that_is_taken_fails_at_once)
     const std::string path = scratch.write("taken", "old");
     OUT_FILE file;
     const Clock::time_point start = Clock::now();
-    EXPECT_FALSE(out_open_vx(file, path.c_str(), OUT_MODE::create_new, ON_LOSS::tell_once));
+    EXPECT_FALSE(out_open_vx(file, path.c_str(), OUT_MODE::create_new, log_lost));
     EXPECT_LT(seconds_since(start), 1.0);
     EXPECT_FALSE(file.open);
     EXPECT_EQ(scratch.read("taken"), "old");
@@ -123,7 +123,7 @@ TEST(out_open_vx, waits_for_a_directory_that_comes_late)
         scratch.make_dir("dir");
     });
     OUT_FILE file;
-    EXPECT_TRUE(out_open_vx(file, path.c_str(), OUT_MODE::create_new, ON_LOSS::tell_once));
+    EXPECT_TRUE(out_open_vx(file, path.c_str(), OUT_MODE::create_new, log_lost));
     other.join();
     file.write("x");
     out_close(file);
@@ -134,51 +134,9 @@ TEST(out_overwrite_start_vx, gives_up_when_the_clock_has_passed_five_seconds)
 {
     const kit::Scratch scratch;
     const Clock::time_point start = Clock::now();
-    EXPECT_FALSE(out_overwrite_start_vx(scratch.path("missing").c_str(), "abc"));
+    EXPECT_FALSE(out_overwrite_start_vx(scratch.path("missing").c_str(), "abc", trace_lost));
     expect_patience(seconds_since(start));
     EXPECT_FALSE(scratch.exists("missing"));
-}
-
-TEST(open_file, appends_to_what_is_there)
-{
-    const kit::Scratch scratch;
-    const std::string path = scratch.write("log", "old\r\n");
-    OUT_FILE file;
-    open_file(file, path.c_str(), nullptr);
-    file.write("new\r\n");
-    out_close(file);
-    EXPECT_EQ(scratch.read("log"), "old\r\nnew\r\n");
-}
-
-TEST(open_file, creates_what_is_missing)
-{
-    const kit::Scratch scratch;
-    const std::string path = scratch.path("log");
-    OUT_FILE file;
-    open_file(file, path.c_str(), nullptr);
-    EXPECT_TRUE(file.open);
-    out_close(file);
-    EXPECT_EQ(scratch.read("log"), "");
-}
-
-TEST(open_file, ends_the_run_naming_the_file_that_cannot_be_opened)
-{
-    const kit::Scratch scratch;
-    const std::string path = scratch.path("none/log");
-    void* shared = mmap(nullptr, 1, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
-    ASSERT_NE(shared, MAP_FAILED);
-    uint8_t* status_byte = static_cast<uint8_t*>(shared);
-    *status_byte = 'D';
-    const Clock::time_point start = Clock::now();
-    kit::expect_ending(
-        [&] {
-            OUT_FILE file;
-            open_file(file, path.c_str(), status_byte);
-        },
-        20, "\nFile open error for '" + path + "'");
-    expect_patience(seconds_since(start));
-    EXPECT_EQ(*status_byte, 20);
-    munmap(shared, 1);
 }
 
 TEST(fexist, is_true_for_anything_that_exists)

@@ -1,5 +1,5 @@
 // Numbers in texts: what counts as one, where it ends, and what becomes of those that are too large.
-#include "driver/number.h"
+#include "driver/base/number.h"
 
 #include <gtest/gtest.h>
 
@@ -264,6 +264,31 @@ TEST(scan_int16, agrees_with_scanf_on_random_time_texts)
         EXPECT_EQ(scan_int16(text, at, 3), three) << '"' << text << "\" at " << at;
         EXPECT_EQ(scan_int16(text, at, 4), four) << '"' << text << "\" at " << at;
     }
+}
+
+TEST(scan_word, takes_the_characters_up_to_white_space_behind_what_goes_before)
+{
+    EXPECT_EQ(scan_word("250", 0, 3), "250");
+    EXPECT_EQ(scan_word("  250", 0, 3), "250") << "white space does not count in the width";
+    EXPECT_EQ(scan_word(" \t\n\v\f\r25 0", 0, 3), "25");
+    EXPECT_EQ(scan_word("2\t5", 0, 3), "2");
+    EXPECT_EQ(scan_word("a-b+", 0, 9), "a-b+");
+}
+
+TEST(scan_word, begins_at_its_place_and_is_as_long_as_its_width_at_most)
+{
+    EXPECT_EQ(scan_word("2004123101530250", 13, 3), "250");
+    EXPECT_EQ(scan_word("2004123101530250", 4, 3), "123");
+    EXPECT_EQ(scan_word("12345", 1, 9), "2345");
+    EXPECT_EQ(scan_word("12345", 0, 1), "1");
+}
+
+TEST(scan_word, is_empty_where_there_is_none)
+{
+    EXPECT_EQ(scan_word("", 0, 3), "");
+    EXPECT_EQ(scan_word("   ", 0, 3), "");
+    EXPECT_EQ(scan_word("12", 2, 3), "");
+    EXPECT_EQ(scan_word("12", 13, 3), "") << "the text ends before the field begins";
 }
 
 TEST(scan_int32, saturates_at_32_bits)

@@ -1,7 +1,7 @@
 // The writer that all output files share: every byte arrives, in order, and a lost one is told.
-#include "driver/outfile.h"
+#include "driver/base/outfile.h"
 
-#include "driver/fatal.h"
+#include "driver/base/fatal.h"
 #include "kit/bytes.h"
 #include "kit/ending.h"
 #include "kit/scratch.h"
@@ -42,6 +42,13 @@ int open_descriptors()
     return n;
 }
 
+int Losses_noted;
+
+void note_loss(const char*)
+{
+    ++Losses_noted;
+}
+
 /// A file in a directory of its own.
 class Out_file : public testing::Test {
 protected:
@@ -50,7 +57,7 @@ protected:
         out_close(file);
         out_limit_slots(0);
     }
-    void open(OUT_MODE mode = OUT_MODE::create_new, ON_LOSS on_loss = ON_LOSS::tell_once)
+    void open(OUT_MODE mode = OUT_MODE::create_new, ON_LOSS on_loss = log_lost)
     {
         ASSERT_TRUE(out_open(file, path.c_str(), mode, on_loss)) << strerror(errno);
     }
@@ -183,7 +190,7 @@ TEST_F(Out_file, room_that_just_fits_or_just_does_not_is_whole)
 TEST_F(Out_file, a_new_file_is_not_made_over_one_that_exists)
 {
     scratch.write("file", "old");
-    EXPECT_FALSE(out_open(file, path.c_str(), OUT_MODE::create_new, ON_LOSS::end_run));
+    EXPECT_FALSE(out_open(file, path.c_str(), OUT_MODE::create_new, trace_lost));
     EXPECT_EQ(errno, EEXIST);
     EXPECT_FALSE(file.open);
     EXPECT_EQ(scratch.read("file"), "old");
@@ -192,7 +199,7 @@ TEST_F(Out_file, a_new_file_is_not_made_over_one_that_exists)
 TEST_F(Out_file, a_new_file_does_not_follow_a_link_to_nowhere)
 {
     EXPECT_EQ(symlink("elsewhere", path.c_str()), 0);
-    EXPECT_FALSE(out_open(file, path.c_str(), OUT_MODE::create_new, ON_LOSS::end_run));
+    EXPECT_FALSE(out_open(file, path.c_str(), OUT_MODE::create_new, trace_lost));
     EXPECT_EQ(errno, EEXIST);
     EXPECT_FALSE(scratch.exists("elsewhere"));
 }
@@ -218,12 +225,12 @@ TEST_F(Out_file, appending_keeps_what_is_there)
 
 TEST_F(Out_file, tells_why_it_cannot_be_opened)
 {
-    EXPECT_FALSE(out_open(file, scratch.path("none/file").c_str(), OUT_MODE::append, ON_LOSS::tell_once));
+    EXPECT_FALSE(out_open(file, scratch.path("none/file").c_str(), OUT_MODE::append, note_loss));
     EXPECT_EQ(errno, ENOENT);
-    EXPECT_FALSE(out_open(file, scratch.dir().c_str(), OUT_MODE::append, ON_LOSS::tell_once));
+    EXPECT_FALSE(out_open(file, scratch.dir().c_str(), OUT_MODE::append, note_loss));
     EXPECT_EQ(errno, EISDIR);
     EXPECT_FALSE(file.open);
-    EXPECT_FALSE(out_lost_bytes());
+    EXPECT_EQ(Losses_noted, 0) << "there were no bytes to lose";
 }
 
 TEST_F(Out_file, closing_twice_or_unopened_does_nothing)
@@ -241,7 +248,7 @@ TEST_F(Out_file, two_writers_of_one_name_keep_each_others_bytes)
 {
     OUT_FILE other;
     open(OUT_MODE::truncate);
-    ASSERT_TRUE(out_open(other, path.c_str(), OUT_MODE::append, ON_LOSS::tell_once));
+    ASSERT_TRUE(out_open(other, path.c_str(), OUT_MODE::append, log_lost));
     const std::string small(1000, 's'), large(100'000, 'L');
     for (int i = 0; i < 20; ++i) {
         file.write(small);
@@ -264,7 +271,7 @@ void expect_every_byte(uint32_t slots, size_t files)
     const int before = open_descriptors();
     for (size_t i = 0; i < files; ++i) {
         names[i] = scratch.path(std::to_string(i));
-        ASSERT_TRUE(out_open(out[i], names[i].c_str(), OUT_MODE::create_new, ON_LOSS::tell_once));
+        ASSERT_TRUE(out_open(out[i], names[i].c_str(), OUT_MODE::create_new, note_loss));
     }
     for (int turn = 0; turn < 5000; ++turn) {
         const size_t i = random() % files;
@@ -285,7 +292,7 @@ void expect_every_byte(uint32_t slots, size_t files)
         EXPECT_EQ(kit::read_file(names[i]), expected[i]) << i;
     }
     EXPECT_EQ(open_descriptors(), before);
-    EXPECT_FALSE(out_lost_bytes());
+    EXPECT_EQ(Losses_noted, 0);
     out_limit_slots(0);
 }
 
@@ -315,7 +322,7 @@ TEST(Out_slots, no_file_gives_way_while_slots_are_free_and_later_ones_get_smalle
     const int before = open_descriptors();
     for (size_t i = 0; i < Files; ++i) {
         names[i] = scratch.path(std::to_string(i));
-        ASSERT_TRUE(out_open(out[i], names[i].c_str(), OUT_MODE::create_new, ON_LOSS::tell_once));
+        ASSERT_TRUE(out_open(out[i], names[i].c_str(), OUT_MODE::create_new, log_lost));
     }
     EXPECT_EQ(open_descriptors() - before, static_cast<int>(Files));
     size_t room = 0;
@@ -338,12 +345,12 @@ TEST(Out_slots, the_file_unused_for_longest_gives_way)
     const std::string names[] = {scratch.path("a"), scratch.path("b"), scratch.path("c")};
     OUT_FILE a, b, c;
     out_limit_slots(2);
-    ASSERT_TRUE(out_open(a, names[0].c_str(), OUT_MODE::create_new, ON_LOSS::tell_once));
-    ASSERT_TRUE(out_open(b, names[1].c_str(), OUT_MODE::create_new, ON_LOSS::tell_once));
+    ASSERT_TRUE(out_open(a, names[0].c_str(), OUT_MODE::create_new, log_lost));
+    ASSERT_TRUE(out_open(b, names[1].c_str(), OUT_MODE::create_new, log_lost));
     a.write("a"); // b is older now
     b.room(0);
     a.write("a");
-    ASSERT_TRUE(out_open(c, names[2].c_str(), OUT_MODE::create_new, ON_LOSS::tell_once));
+    ASSERT_TRUE(out_open(c, names[2].c_str(), OUT_MODE::create_new, log_lost));
     EXPECT_NE(a.buf, nullptr);
     EXPECT_EQ(b.buf, nullptr);
     EXPECT_NE(c.buf, nullptr);
@@ -358,7 +365,7 @@ TEST(Out_slots, a_file_closed_without_its_slot_is_whole)
     const kit::Scratch scratch;
     const std::string name = scratch.path("a");
     OUT_FILE a;
-    ASSERT_TRUE(out_open(a, name.c_str(), OUT_MODE::create_new, ON_LOSS::tell_once));
+    ASSERT_TRUE(out_open(a, name.c_str(), OUT_MODE::create_new, log_lost));
     a.write("first ");
     EXPECT_TRUE(out_give_up_oldest());
     EXPECT_FALSE(out_give_up_oldest());
@@ -383,7 +390,7 @@ TEST(Out_slots, the_descriptor_limit_of_the_process_is_respected)
             std::deque<std::string> names;
             for (OUT_FILE& file : out) {
                 names.push_back(scratch.path(std::to_string(names.size())));
-                if (!out_open(file, names.back().c_str(), OUT_MODE::create_new, ON_LOSS::end_run)) _exit(98);
+                if (!out_open(file, names.back().c_str(), OUT_MODE::create_new, trace_lost)) _exit(98);
                 file.write("header;");
             }
             FILE* other = fopen("/dev/null", "rb"); // something is left for others
@@ -411,7 +418,7 @@ TEST(Out_slots, others_descriptors_in_the_way_cost_slots_and_no_bytes)
             std::deque<std::string> names;
             for (OUT_FILE& file : out) {
                 names.push_back(scratch.path(std::to_string(names.size())));
-                if (!out_open(file, names.back().c_str(), OUT_MODE::create_new, ON_LOSS::end_run)) _exit(98);
+                if (!out_open(file, names.back().c_str(), OUT_MODE::create_new, trace_lost)) _exit(98);
                 file.write("one ");
             }
             while (dup(0) >= 0) {
@@ -419,7 +426,7 @@ TEST(Out_slots, others_descriptors_in_the_way_cost_slots_and_no_bytes)
             for (OUT_FILE& file : out) file.write("two");
             const std::string one_more = scratch.path("more");
             OUT_FILE more;
-            if (!out_open(more, one_more.c_str(), OUT_MODE::create_new, ON_LOSS::end_run)) _exit(97);
+            if (!out_open(more, one_more.c_str(), OUT_MODE::create_new, trace_lost)) _exit(97);
             out_close_all();
             for (const std::string& name : names)
                 if (kit::read_file(name) != "one two") _exit(96);
@@ -436,8 +443,8 @@ TEST(Out_close_all, writes_what_all_files_have_collected)
     kit::expect_ending(
         [&] {
             OUT_FILE a, b;
-            if (!out_open(a, names[0].c_str(), OUT_MODE::create_new, ON_LOSS::end_run)) _exit(99);
-            if (!out_open(b, names[1].c_str(), OUT_MODE::create_new, ON_LOSS::tell_once)) _exit(98);
+            if (!out_open(a, names[0].c_str(), OUT_MODE::create_new, trace_lost)) _exit(99);
+            if (!out_open(b, names[1].c_str(), OUT_MODE::create_new, log_lost)) _exit(98);
             a.write("aa");
             b.write("bb");
             if (!scratch.read("a").empty()) _exit(97); // collected, not yet written
@@ -461,9 +468,21 @@ TEST_F(Out_file, that_lost_bytes_is_told_of_once)
             for (int i = 0; i < 40; ++i) file.write(std::string(20'000, 'x'));
             file.print("%s", letters(100'000).c_str());
             out_close(file);
-            exit(file.broken && !file.open && out_lost_bytes() ? 0 : 1);
+            if (!file.broken || file.open) _exit(99);
+            end_run(0);
         },
-        0, "", "\nFile write error for '/dev/full'");
+        22, "", "\nFile write error for '/dev/full'");
+}
+
+TEST_F(Out_file, that_lost_bytes_calls_what_it_was_opened_with_once_with_its_name)
+{
+    static std::vector<std::string> lost;
+    path = "/dev/full";
+    open(OUT_MODE::append, [](const char* name) { lost.emplace_back(name); });
+    for (int i = 0; i < 40; ++i) file.write(std::string(20'000, 'x'));
+    out_close(file);
+    EXPECT_EQ(lost, std::vector<std::string>{"/dev/full"});
+    EXPECT_TRUE(file.broken);
 }
 
 TEST_F(Out_file, that_cannot_be_written_at_its_closing_is_told_of)
@@ -474,11 +493,11 @@ TEST_F(Out_file, that_cannot_be_written_at_its_closing_is_told_of)
         [&] {
             open(OUT_MODE::append);
             file.write("x");
-            if (out_lost_bytes()) _exit(1);
+            if (file.broken) _exit(1);
             out_close(file);
-            exit(out_lost_bytes() ? 0 : 1);
+            end_run(0);
         },
-        0, "", "\nFile write error for '/dev/full'");
+        22, "", "\nFile write error for '/dev/full'");
 }
 
 TEST_F(Out_file, each_file_that_lost_bytes_is_told_of)
@@ -490,7 +509,7 @@ TEST_F(Out_file, each_file_that_lost_bytes_is_told_of)
         [&] {
             OUT_FILE other;
             open(OUT_MODE::append);
-            if (!out_open(other, other_path.c_str(), OUT_MODE::truncate, ON_LOSS::tell_once)) _exit(99);
+            if (!out_open(other, other_path.c_str(), OUT_MODE::truncate, log_lost)) _exit(99);
             file.write("x");
             other.write("y");
             out_close(file);
@@ -510,7 +529,7 @@ TEST_F(Out_file, that_lost_bytes_leaves_the_others_alone)
         [&] {
             OUT_FILE broken;
             open();
-            if (!out_open(broken, full.c_str(), OUT_MODE::append, ON_LOSS::tell_once)) _exit(99);
+            if (!out_open(broken, full.c_str(), OUT_MODE::append, log_lost)) _exit(99);
             for (uint32_t i = 0; i < 30; ++i) {
                 const std::string piece = some_bytes(9000, i);
                 broken.write(piece);
@@ -538,7 +557,7 @@ TEST_F(Out_file, that_may_not_grow_keeps_its_whole_prefix)
             if (getrlimit(RLIMIT_FSIZE, &size) != 0) _exit(97);
             size.rlim_cur = 100'000;
             if (setrlimit(RLIMIT_FSIZE, &size) != 0) _exit(99);
-            if (!out_open(file, path.c_str(), OUT_MODE::create_new, ON_LOSS::tell_once)) _exit(98);
+            if (!out_open(file, path.c_str(), OUT_MODE::create_new, log_lost)) _exit(98);
             for (size_t at = 0; at < bytes.size(); at += 777)
                 file.write(std::string_view(bytes).substr(at, 777));
             out_close(file);
@@ -557,9 +576,9 @@ TEST_F(Out_file, that_vanished_while_it_held_no_slot_has_lost_bytes)
             if (!out_give_up_oldest() || unlink(path.c_str()) != 0) _exit(99);
             file.write("second");
             out_close(file);
-            exit(out_lost_bytes() ? 0 : 1);
+            end_run(0);
         },
-        0, "", "\nFile write error for '" + path + "'");
+        22, "", "\nFile write error for '" + path + "'");
     EXPECT_FALSE(scratch.exists("file"));
 }
 
@@ -569,7 +588,7 @@ TEST_F(Out_file, of_a_trace_that_lost_bytes_ends_the_run)
     kit::expect_ending(
         [&] {
             path = "/dev/full";
-            open(OUT_MODE::append, ON_LOSS::end_run);
+            open(OUT_MODE::append, trace_lost);
             for (;;) file.write(std::string(20'000, 'x'));
         },
         22, "\nFile write error for '/dev/full'");
@@ -581,7 +600,7 @@ TEST_F(Out_file, of_a_trace_that_cannot_be_written_at_its_closing_ends_the_run)
     kit::expect_ending(
         [&] {
             path = "/dev/full";
-            open(OUT_MODE::append, ON_LOSS::end_run);
+            open(OUT_MODE::append, trace_lost);
             file.write("x");
             out_close(file);
             _exit(99);
@@ -598,7 +617,7 @@ TEST_F(Out_file, of_a_trace_that_lost_bytes_does_not_keep_the_others_from_their_
             OUT_FILE broken;
             open();
             file.write("whole");
-            if (!out_open(broken, full.c_str(), OUT_MODE::append, ON_LOSS::end_run)) _exit(99);
+            if (!out_open(broken, full.c_str(), OUT_MODE::append, trace_lost)) _exit(99);
             broken.write("x");
             out_close(broken);
         },
@@ -623,7 +642,7 @@ void write_files(const kit::Scratch& scratch, int count, size_t length, int thre
     for (int i = 0; i < count; ++i) {
         const std::string name = scratch.path("file" + std::to_string(length) + "-" + std::to_string(i));
         OUT_FILE file;
-        if (!out_open(file, name.c_str(), OUT_MODE::create_new, ON_LOSS::end_run)) _exit(99);
+        if (!out_open(file, name.c_str(), OUT_MODE::create_new, trace_lost)) _exit(99);
         file.write(bytes);
         if (threads() != threads_expected) _exit(98);
         out_close(file);
@@ -654,9 +673,9 @@ TEST(Out_overwrite_start, replaces_the_first_bytes_and_keeps_the_rest)
 {
     const kit::Scratch scratch;
     const std::string path = scratch.write("file", "0123456789");
-    EXPECT_TRUE(out_overwrite_start(path.c_str(), "abc"));
+    EXPECT_TRUE(out_overwrite_start(path.c_str(), "abc", trace_lost));
     EXPECT_EQ(scratch.read("file"), "abc3456789");
-    EXPECT_TRUE(out_overwrite_start(path.c_str(), ""));
+    EXPECT_TRUE(out_overwrite_start(path.c_str(), "", trace_lost));
     EXPECT_EQ(scratch.read("file"), "abc3456789");
 }
 
@@ -666,7 +685,7 @@ TEST(Out_overwrite_start, replaces_the_first_bytes_of_a_file_beyond_two_gigabyte
     const kit::Scratch scratch;
     const std::string path = scratch.write("file", "0123456789");
     std::filesystem::resize_file(path, size);
-    EXPECT_TRUE(out_overwrite_start(path.c_str(), "abc"));
+    EXPECT_TRUE(out_overwrite_start(path.c_str(), "abc", trace_lost));
     EXPECT_EQ(std::filesystem::file_size(path), size);
     std::string start(10, '?');
     std::ifstream(path, std::ios::binary).read(start.data(), 10);
@@ -676,14 +695,20 @@ TEST(Out_overwrite_start, replaces_the_first_bytes_of_a_file_beyond_two_gigabyte
 TEST(Out_overwrite_start, creates_nothing)
 {
     const kit::Scratch scratch;
-    EXPECT_FALSE(out_overwrite_start(scratch.path("missing").c_str(), "abc"));
+    EXPECT_FALSE(out_overwrite_start(scratch.path("missing").c_str(), "abc", trace_lost));
     EXPECT_FALSE(scratch.exists("missing"));
 }
 
-TEST(Out_overwrite_start, a_byte_lost_ends_the_run)
+TEST(Out_overwrite_start, a_byte_lost_is_told_to_whom_the_caller_names)
 {
-    if (!kit::full_device_is_there()) GTEST_SKIP() << "no /dev/full";
-    kit::expect_ending([] { out_overwrite_start("/dev/full", "abc"); }, 22,
+    static std::string lost;
+    EXPECT_TRUE(out_overwrite_start("/dev/full", "abc", [](const char* name) { lost = name; }));
+    EXPECT_EQ(lost, "/dev/full");
+}
+
+TEST(Out_overwrite_start, a_byte_lost_of_a_trace_ends_the_run)
+{
+    kit::expect_ending([] { out_overwrite_start("/dev/full", "abc", trace_lost); }, 22,
                        "\nFile write error for '/dev/full'");
 }
 
@@ -695,7 +720,7 @@ TEST(End_run, writes_what_is_collected_and_keeps_the_status)
         OUT_FILE file;
         kit::expect_ending(
             [&] {
-                if (!out_open(file, path.c_str(), OUT_MODE::truncate, ON_LOSS::end_run)) _exit(99);
+                if (!out_open(file, path.c_str(), OUT_MODE::truncate, trace_lost)) _exit(99);
                 file.write("collected");
                 printf("shown");
                 end_run(status);
@@ -713,7 +738,7 @@ TEST(End_run, a_lost_byte_shows_where_the_status_would_be_0)
         kit::expect_ending(
             [asked = asked] {
                 OUT_FILE file;
-                if (!out_open(file, "/dev/full", OUT_MODE::append, ON_LOSS::tell_once)) _exit(99);
+                if (!out_open(file, "/dev/full", OUT_MODE::append, log_lost)) _exit(99);
                 file.write("x");
                 end_run(asked);
             },
@@ -727,7 +752,7 @@ TEST(End_run, a_trace_that_loses_bytes_only_then_is_told_and_shows_too)
     kit::expect_ending(
         [] {
             OUT_FILE file;
-            if (!out_open(file, "/dev/full", OUT_MODE::append, ON_LOSS::end_run)) _exit(99);
+            if (!out_open(file, "/dev/full", OUT_MODE::append, trace_lost)) _exit(99);
             file.write("x");
             end_run(0);
         },

@@ -1,7 +1,8 @@
 // The thread that writes: every piece arrives, in order, and a lost one is told.
-#include "driver/pieces.h"
+#include "driver/base/pieces.h"
 
-#include "driver/outfile.h"
+#include "driver/base/fatal.h"
+#include "driver/base/outfile.h"
 #include "kit/bytes.h"
 #include "kit/ending.h"
 #include "kit/scratch.h"
@@ -25,27 +26,21 @@ using kit::some_bytes;
 
 constexpr int On_their_way = 16; ///< pieces at most
 
-/// The files that lost pieces, in the order in which they are told.
-std::vector<const OUT_FILE*> Told;
+using Losses = std::vector<uint32_t>;
 
-void note_loss(OUT_FILE& file)
+/// The numbers of the files that lost pieces, in the order in which they are told.
+Losses Told;
+
+void note_loss(uint32_t number)
 {
-    Told.push_back(&file);
+    Told.push_back(number);
 }
 
-std::vector<const OUT_FILE*> finish()
+Losses finish()
 {
     Told.clear();
     finish_pieces(note_loss);
     return Told;
-}
-
-bool give(OUT_FILE& file, int fd, std::string_view bytes)
-{
-    memcpy(file.buf, bytes.data(), bytes.size());
-    file.used = static_cast<uint32_t>(bytes.size());
-    file.fd = fd;
-    return hand_over(file);
 }
 
 /// A file in a directory of its own, open twice: for writing, and by a descriptor that takes nothing.
@@ -57,25 +52,28 @@ struct Place {
         closed_to_writers = open(path.c_str(), O_RDONLY);
         EXPECT_GE(writable, 0);
         EXPECT_GE(closed_to_writers, 0);
-        file.buf = room.data();
     }
     ~Place()
     {
         close(writable);
         close(closed_to_writers);
     }
-    bool give(std::string_view bytes) { return ::give(file, writable, bytes); }
-    bool give_to_be_lost(std::string_view bytes) { return ::give(file, closed_to_writers, bytes); }
+    bool give(std::string_view bytes) const { return hand_over(writable, bytes, number); }
+    bool give_to_be_lost(std::string_view bytes) const { return hand_over(closed_to_writers, bytes, number); }
     std::string content() const { return kit::read_file(path); }
 
     kit::Scratch scratch;
     std::string path;
-    std::string room = std::string(Piece_max, ' ');
-    OUT_FILE file;
     int writable = -1, closed_to_writers = -1;
-};
+    uint32_t number = next_number();
 
-using Losses = std::vector<const OUT_FILE*>;
+private:
+    static uint32_t next_number()
+    {
+        static uint32_t last = 4711;
+        return ++last;
+    }
+};
 
 } // namespace
 
@@ -84,11 +82,10 @@ TEST(Pieces, arrive_in_the_order_of_handing_over)
     Place place("file");
     std::string expected;
     for (uint32_t i = 0; i < 300; ++i) {
-        const std::string bytes = some_bytes(1 + i * 7919 % Piece_max, i);
+        std::string bytes = some_bytes(1 + i * 7919 % Piece_max, i);
         expected += bytes;
         ASSERT_TRUE(place.give(bytes)) << i;
-        ASSERT_EQ(place.file.used, 0U);
-        memset(place.file.buf, '?', Piece_max); // free for what comes next
+        memset(bytes.data(), '?', bytes.size()); // free for what comes next
     }
     EXPECT_EQ(finish(), Losses{});
     EXPECT_TRUE(place.content() == expected);
@@ -143,14 +140,11 @@ TEST(Pieces, wait_for_a_reader_that_is_slow)
         for (ssize_t n; (n = read(ends[0], some, sizeof some)) > 0;)
             arrived.append(some, static_cast<size_t>(n));
     });
-    OUT_FILE file;
-    std::string room(Piece_max, ' ');
-    file.buf = room.data();
     std::string expected;
     for (uint32_t i = 0; i < 3 * On_their_way; ++i) {
         const std::string bytes = some_bytes(Piece_max, i);
         expected += bytes;
-        EXPECT_TRUE(give(file, ends[1], bytes));
+        EXPECT_TRUE(hand_over(ends[1], bytes, 1));
     }
     EXPECT_EQ(finish(), Losses{});
     close(ends[1]);
@@ -168,7 +162,7 @@ TEST(Pieces, that_are_lost_are_told_and_leave_a_whole_prefix_and_other_files_alo
     EXPECT_TRUE(other.give("two "));
     EXPECT_TRUE(torn.give("third ")) << "it is not known yet";
     EXPECT_TRUE(other.give("three"));
-    EXPECT_EQ(finish(), (Losses{&torn.file, &torn.file}));
+    EXPECT_EQ(finish(), (Losses{torn.number, torn.number}));
     EXPECT_EQ(torn.content(), "first ");
     EXPECT_EQ(other.content(), "one two three");
     EXPECT_EQ(finish(), Losses{}) << "told once";
@@ -183,7 +177,7 @@ TEST(Pieces, that_are_lost_are_told_in_the_order_of_handing_over_wherever_the_co
         ASSERT_TRUE(two.give_to_be_lost("a"));
         ASSERT_TRUE(one.give_to_be_lost("b"));
         ASSERT_TRUE(two.give_to_be_lost("c"));
-        ASSERT_EQ(finish(), (Losses{&two.file, &one.file, &two.file})) << before;
+        ASSERT_EQ(finish(), (Losses{two.number, one.number, two.number})) << before;
     }
 }
 
@@ -199,8 +193,7 @@ TEST(Pieces, are_refused_from_the_one_on_that_would_take_a_lost_ones_place)
         }
         ASSERT_FALSE(other.give("z"));
         ASSERT_FALSE(other.give("zz"));
-        ASSERT_EQ(other.file.used, 2U) << "nothing has changed";
-        ASSERT_EQ(finish(), Losses{&torn.file});
+        ASSERT_EQ(finish(), Losses{torn.number});
         ASSERT_TRUE(other.give("+"));
         expected += "+";
         ASSERT_EQ(finish(), Losses{});
@@ -225,10 +218,10 @@ TEST(Pieces, start_another_thread_when_theirs_was_ended)
     }
     ASSERT_TRUE(place.give_to_be_lost("x"));
     end_pieces();
-    EXPECT_EQ(finish(), Losses{&place.file});
+    EXPECT_EQ(finish(), Losses{place.number});
 }
 
-TEST(Pieces, are_all_written_when_the_process_ends)
+TEST(Pieces, are_all_written_when_the_run_ends)
 {
     Place place("file");
     const std::string bytes = some_bytes(10 * Piece_max, 1);
@@ -236,7 +229,7 @@ TEST(Pieces, are_all_written_when_the_process_ends)
         [&] {
             for (size_t at = 0; at < bytes.size(); at += Piece_max)
                 if (!place.give(std::string_view(bytes).substr(at, Piece_max))) _exit(99);
-            exit(0);
+            end_run(0);
         },
         0, "");
     EXPECT_TRUE(place.content() == bytes);
@@ -255,7 +248,7 @@ TEST(Pieces, are_not_taken_where_no_thread_can_be_had)
     kit::expect_ending(
         [&] {
             OUT_FILE file;
-            if (!out_open(file, path.c_str(), OUT_MODE::create_new, ON_LOSS::tell_once)) _exit(98);
+            if (!out_open(file, path.c_str(), OUT_MODE::create_new, log_lost)) _exit(98);
             file.write("a"); // has its buffer
             rlimit space{};
             if (getrlimit(RLIMIT_AS, &space) != 0) _exit(97);
@@ -266,7 +259,8 @@ TEST(Pieces, are_not_taken_where_no_thread_can_be_had)
             if (setrlimit(RLIMIT_AS, &space) != 0) _exit(95);
             const bool taken_later = place.give("x");
             out_close(file);
-            exit(taken ? 1 : taken_later ? 2 : out_lost_bytes() ? 3 : 0);
+            if (taken || taken_later) _exit(94);
+            end_run(0); // another status if bytes were lost
         },
         0, "");
     EXPECT_EQ(place.content(), "");

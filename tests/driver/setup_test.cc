@@ -1,8 +1,9 @@
 // From the command line to the first packet: paths, the INI file's place, the run-wide files.
 #include "driver/setup.h"
 
-#include "driver/console.h"
-#include "driver/settings.h"
+#include "driver/base/console.h"
+#include "driver/base/run_files.h"
+#include "driver/base/settings.h"
 #include "kit/ending.h"
 #include "kit/expect.h"
 #include "kit/scratch.h"
@@ -24,7 +25,7 @@ protected:
     Set_up()
     {
         set_defaults();
-        for (std::string* s : {&FileIn, &DirOut, &DirOrg, &FileIni, &FileLog, &FileQcc, &File_temp, &Fn_dir})
+        for (std::string* s : {&FileIn, &DirOut, &DirOrg, &FileIni, &FileLog, &FileQcc, &File_temp})
             s->clear();
         unsetenv("VXU");
         EXPECT_EQ(chdir(scratch.dir().c_str()), 0);
@@ -45,7 +46,7 @@ protected:
     /// The part that input and run-wide files have in common.
     static std::string of(const std::string& input)
     {
-        Log_on = Qcc_on = 0;
+        Log_on = Qcc_on = false;
         FileIn = input;
         DirOut = "out/";
         open_run_files();
@@ -61,7 +62,6 @@ TEST_F(Set_up, the_working_directory_is_the_output_path_when_none_is_given)
     settle_paths();
     EXPECT_EQ(DirOrg, scratch.dir());
     EXPECT_EQ(DirOut, scratch.dir() + "/");
-    EXPECT_EQ(Fn_dir, DirOut);
 }
 
 TEST_F(Set_up, the_output_path_gets_its_slash_only_when_it_has_none)
@@ -70,7 +70,6 @@ TEST_F(Set_up, the_output_path_gets_its_slash_only_when_it_has_none)
     DirOut = "out";
     settle_paths();
     EXPECT_EQ(DirOut, "out/");
-    EXPECT_EQ(Fn_dir, "out/");
     DirOut = "out/";
     settle_paths();
     EXPECT_EQ(DirOut, "out/");
@@ -252,7 +251,7 @@ TEST_F(Set_up, run_wide_files_are_made_anew_when_they_are_switched_on)
     scratch.write("rec.pkt", "input");
     FileIn = "rec.pkt";
     DirOut = "out/";
-    Qcc_on = 1;
+    Qcc_on = true;
     Sys_time = 0;
     open_run_files();
     EXPECT_TRUE(FdLog.open);
@@ -269,7 +268,7 @@ TEST_F(Set_up, run_wide_files_are_left_alone_when_they_are_switched_off)
     scratch.write("out/rec.vxl", "old");
     FileIn = "rec.pkt";
     DirOut = "out/";
-    Log_on = 0;
+    Log_on = false;
     open_run_files();
     EXPECT_FALSE(FdLog.open);
     EXPECT_FALSE(FdQcc.open);
@@ -294,8 +293,8 @@ TEST_F(Set_up, an_input_that_its_own_log_would_empty_is_refused)
         [] {
             FileIn = "rec.vxl";
             DirOut = "./";
-            Log_on = 0;
-            Qcc_on = 1;
+            Log_on = false;
+            Qcc_on = true;
             FileIn = "other.qcc";
             open_run_files();
         },
@@ -356,7 +355,7 @@ TEST_F(Set_up, the_summary_shows_every_setting)
               "\n     QCC enable : NO\n       QCC File : out/in.qcc\n    Sample Rate : 100.0000"
               "\n    Max Samples : 4294967295\n   Skip Samples : 0"
               "\n\nPress CTRL-BRK or CTRL-C to abort.\n");
-    Path_option = 3, Name_option = 1, Log_on = 0, Log_dt = 1, Qcc_on = 1;
+    Path_option = 3, Name_option = 1, Log_on = false, Log_dt = true, Qcc_on = true;
     Smp_rate_cmd = 33.3f, Smp_limit = 16, Smp_skip = 3000000000U;
     EXPECT_EQ(kit::shown_by([] { print_summary(); }),
               "\n\n     Input File : in.pkt\n       INI File : my.ini\n  Original Path : /here"

@@ -1,5 +1,5 @@
 // Texts of fixed capacity.
-#include "driver/text.h"
+#include "driver/base/text.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
 // The command line, and the numbers in it against those that the C library reads.
 //
 // Input: the arguments, one a line; each is taken as a number too.
+#include "driver/base/number.h"
+#include "driver/base/settings.h"
 #include "driver/cmdline.h"
-#include "driver/number.h"
-#include "driver/settings.h"
 #include "fuzz/ending.h"
 #include "fuzz/fuzz.h"
 
@@ -93,7 +93,6 @@ void forget_settings()
 void check_settings()
 {
     demand(!FileIn.empty(), "there is an input");
-    demand(Verbose <= 1 && Log_on <= 1 && Log_dt <= 1 && Qcc_on <= 1, "a flag is set or not");
     demand(Path_option <= 4 && Name_option <= 1, "an option is one that there is");
     demand(Cmd_line.size() <= Path_max, "the command line is kept as far as it fits");
 }

@@ -3,9 +3,10 @@
 //
 // Input: a byte that says what to do, the exponent of the sums so far, the sample before (4 bytes), the
 // packet.
-#include "driver/settings.h"
+#include "driver/base/settings.h"
 #include "fuzz/fuzz.h"
-#include "model/records.h"
+#include "model/record/records.h"
+#include "output/log.h"
 #include "output/sample_math.h"
 #include "packet/samples.h"
 
@@ -18,7 +19,7 @@
 namespace {
 
 using fuzz::demand;
-using DECODER = void (*)(CHN_T*, const PACKET&, DATA_BUF&);
+using DECODER = Decoded (*)(const PACKET&, uint32_t&, DATA_BUF&);
 
 /// What the input's first byte asks for; the lowest two bits are the encoding.
 enum WANTED : uint8_t {
@@ -30,38 +31,47 @@ enum WANTED : uint8_t {
     ODD = 128,    ///< words that Steim-2 does not have stay in a packet that is made sound
 };
 
-/// One way to decode, with a channel and a log of its own.
+/// One way to decode, with a channel's last sample, sums and a log of its own.
 struct SIDE {
-    UNIT_T unit;
-    CHN_T chn;
+    OUT_FILE log_file;
+    uint32_t last = 0;
+    Decoded verdict;
+    Statistics stats;
     DATA_BUF out{};
     std::string shown; ///< on the console
     int rest;          ///< what stands in samples that nobody decoded
 
-    explicit SIDE(int fill) : rest(fill)
+    explicit SIDE(int fill) : rest(fill) { fuzz::open_nowhere(log_file); }
+    void decode(DECODER decoder, const PACKET& pkt, uint32_t last_before)
     {
-        fuzz::open_nowhere(unit.log_fp);
-        chn.unit = &unit;
+        last = last_before;
+        take([&] { verdict = decoder(pkt, last, out); });
+        if (!verdict.sound && Log_on) log_mismatch(log_file, pkt, verdict, out.count);
     }
-    void decode(DECODER decoder, const PACKET& pkt, uint32_t last)
+    void decode(void (*decoder)(const PACKET&, DATA_BUF&), const PACKET& pkt)
     {
-        unit.log_fp.used = 0;
-        chn.last = last;
-        chn.discontinuous = 0;
+        take([&] { decoder(pkt, out); });
+    }
+    std::string_view log() const { return {log_file.buf, log_file.used}; }
+
+private:
+    template <class Decode>
+    void take(Decode decode)
+    {
+        log_file.used = 0;
         memset(out.sample, rest, sizeof out.sample);
         fuzz::take_shown();
-        decoder(&chn, pkt, out);
+        decode();
         shown = fuzz::take_shown();
         demand(out.count <= Samples_max, "no more samples than there is room for");
     }
-    std::string_view log() const { return {unit.log_fp.buf, unit.log_fp.used}; }
 };
 
 /// A packet on the heap, so that a read behind its end is noticed.
 struct PAGE {
     std::unique_ptr<uint8_t[]> bytes = std::make_unique<uint8_t[]>(Packet_size);
 
-    PACKET packet() const { return {bytes.get()}; }
+    PACKET packet() const { return PACKET(bytes.get()); }
     uint32_t word(int at) const { return be32(bytes.get() + at); }
     void put_word(int at, uint32_t word) { put_be32(bytes.get() + at, word); }
     void put_count(unsigned n)
@@ -124,8 +134,8 @@ void compare(const SIDE& fast, const SIDE& plain)
     demand(fast.out.count == plain.out.count, "both ways find as many samples");
     demand(memcmp(fast.out.sample, plain.out.sample, 4 * fast.out.count) == 0,
            "both ways find the same samples");
-    demand(fast.chn.last == plain.chn.last, "both ways keep the same last sample");
-    demand(fast.chn.discontinuous == plain.chn.discontinuous, "both ways mark the same packets");
+    demand(fast.last == plain.last, "both ways keep the same last sample");
+    demand(fast.verdict.sound == plain.verdict.sound, "both ways mark the same packets");
     demand(fast.log() == plain.log(), "both ways tell the log the same");
     demand(fast.shown == plain.shown, "both ways show the same");
 }
@@ -136,7 +146,7 @@ void decode_steim(SIDE& fast, SIDE& plain, PAGE& page, int level, unsigned wante
     if (level == 2 && (wanted & (SOUND | ODD)) == SOUND) mend_words(page);
     if (wanted & FOLLOWS) last = page.word(X0) - lead_of(page, level);
     if (wanted & SOUND) {
-        Log_on = 0;
+        Log_on = false;
         plain.decode(by_word, page.packet(), last);
         page.put_count(plain.out.count);
         if (plain.out.count) page.put_word(Xn, static_cast<uint32_t>(plain.out.sample[plain.out.count - 1]));
@@ -146,7 +156,7 @@ void decode_steim(SIDE& fast, SIDE& plain, PAGE& page, int level, unsigned wante
     fast.decode(level == 1 ? Buf_c0 : Buf_c2, page.packet(), last);
     compare(fast, plain);
     if ((wanted & (FOLLOWS | SOUND)) == (FOLLOWS | SOUND) && plain.out.count)
-        demand(!plain.chn.discontinuous, "what is made sound counts as sound");
+        demand(plain.verdict.sound, "what is made sound counts as sound");
 }
 
 // Uncompressed samples
@@ -161,7 +171,7 @@ int32_t sample_at(const PAGE& page, int at, int width)
 
 void decode_plain(SIDE& side, const PAGE& page, int width)
 {
-    side.decode(width == 2 ? Buf_16 : Buf_32, page.packet(), 0);
+    side.decode(width == 2 ? Buf_16 : Buf_32, page.packet());
     unsigned count = 0;
     for (const int nibble :
          {page.bytes[20] >> 4, page.bytes[20] & 15, page.bytes[21] >> 4, page.bytes[21] & 15})
@@ -176,28 +186,27 @@ void decode_plain(SIDE& side, const PAGE& page, int width)
 // Sums
 
 /// Sums of integers as they may stand before a packet.
-void start_sums(CHN_T& chn, int exponent, uint32_t before)
+Statistics start_sums(int exponent, uint32_t before)
 {
     const double start = static_cast<int32_t>(before);
-    chn.cnt = before;
-    chn.sum = std::ldexp(start, exponent % 40);
-    chn.sq_sum = std::ldexp(std::fabs(start), exponent % 64);
-    chn.min = std::min(start, 0.0);
-    chn.max = std::max(start, 0.0);
-    chn.min_ndx = chn.max_ndx = 0;
+    Statistics stats;
+    stats.sum = std::ldexp(start, exponent % 40);
+    stats.sq_sum = std::ldexp(std::fabs(start), exponent % 64);
+    stats.min = std::min(start, 0.0);
+    stats.max = std::max(start, 0.0);
+    return stats;
 }
 
 void sum_up(SIDE& fast, SIDE& plain, int exponent, uint32_t before)
 {
-    start_sums(fast.chn, exponent, before);
-    start_sums(plain.chn, exponent, before);
+    fast.stats = plain.stats = start_sums(exponent, before);
     const DATA_BUF& samples = fast.out;
     static char trace[4 * Samples_max], expected[4 * Samples_max];
-    add_samples(&fast.chn, samples.sample, samples.count, trace);
-    add_samples_one_by_one(&plain.chn, samples.sample, samples.count, expected);
+    add_samples(fast.stats, before, samples.sample, samples.count, trace);
+    add_samples_one_by_one(plain.stats, before, samples.sample, samples.count, expected);
     demand(memcmp(trace, expected, size_t{4} * samples.count) == 0, "both ways write the same trace");
-    const CHN_T &a = fast.chn, &b = plain.chn;
-    demand(a.cnt == b.cnt && a.sum == b.sum && a.sq_sum == b.sq_sum, "both ways sum up to the same");
+    const Statistics &a = fast.stats, &b = plain.stats;
+    demand(a.sum == b.sum && a.sq_sum == b.sq_sum, "both ways sum up to the same");
     demand(a.min == b.min && a.max == b.max, "both ways find the same extremes");
     demand(a.min_ndx == b.min_ndx && a.max_ndx == b.max_ndx,
            "both ways find the extremes in the same places");

@@ -1,12 +1,11 @@
 // Everything that a packet leaves in the logs: summary lines, dumps of parameters, block dumps.
 //
 // Input: a byte that picks the dump, how full the log's buffer is (2 bytes), the packet.
-#include "driver/settings.h"
+#include "driver/base/settings.h"
 #include "fuzz/fuzz.h"
 #include "output/dump.h"
 #include "output/log.h"
 #include "packet/input.h"
-#include "packet/kind.h"
 
 #include <memory>
 
@@ -23,8 +22,8 @@ constexpr DUMP Dumps[] = {
     log_om,
     log_ad,
     log_dr,
-    [](OUT_FILE& log, const PACKET& pkt) { log_head(log, pkt, code_set(pkt), 0); },
-    [](OUT_FILE& log, const PACKET& pkt) { log_head(log, pkt, code_set(pkt), raw_unit_id(pkt)); },
+    [](OUT_FILE& log, const PACKET& pkt) { log_head(log, pkt, take_mark()); },
+    log_dump,
     [](OUT_FILE& log, const PACKET& pkt) { log_block(log, pkt, DUMP_TEXT); },
     [](OUT_FILE& log, const PACKET& pkt) { log_block(log, pkt, DUMP_WHOLE); },
     [](OUT_FILE& log, const PACKET& pkt) { log_block(log, pkt, DUMP_COUNTED); },
@@ -54,9 +53,9 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     log.used = (high << 8 | low) % log.cap; // so that any line may meet the end of the buffer
     in.fill(bytes.get(), Packet_size);
     Blk_cnt = high << 24 | low;
-    sign = static_cast<int>(low) - 128;
-    if (dump == log_dr) few_entries(bytes.get());
-    dump(log, {bytes.get()});
+    mark_continuity(static_cast<int>(low) - 128);
+    if (dump == log_dr || dump == log_dump) few_entries(bytes.get());
+    dump(log, PACKET(bytes.get()));
     fuzz::demand(!log.broken && log.used <= log.cap, "the log stays whole");
     return 0;
 }

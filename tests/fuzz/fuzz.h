@@ -2,7 +2,8 @@
 // out. libFuzzer calls it in the fuzz builds, replay.cc with the stored corpus in all others.
 #pragma once
 
-#include "driver/outfile.h"
+#include "driver/base/fatal.h"
+#include "driver/base/outfile.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -75,7 +76,7 @@ inline std::string_view take_shown()
 /// Opens a log whose text leads nowhere, through the program's own writer. All of its buffer is written once.
 inline void open_nowhere(OUT_FILE& log)
 {
-    demand(out_open(log, "/dev/null", OUT_MODE::append, ON_LOSS::tell_once), "/dev/null can be opened");
+    demand(out_open(log, "/dev/null", OUT_MODE::append, log_lost), "/dev/null can be opened");
     for (const uint32_t end = log.cap; log.used < end; log.took(1)) log.buf[log.used] = ' ';
     log.used = 0;
 }

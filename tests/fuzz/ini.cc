@@ -2,11 +2,11 @@
 //
 // Input: a byte for the channel, the rest is the file.
 #include "model/ini.h"
-#include "driver/settings.h"
+#include "driver/base/settings.h"
 #include "fuzz/fuzz.h"
-#include "model/catalogue.h"
 #include "model/channel.h"
-#include "model/records.h"
+#include "model/record/catalogue.h"
+#include "model/record/records.h"
 #include "model/unit.h"
 #include "output/sac.h"
 
@@ -67,20 +67,21 @@ void check_unit(const UNIT_T& unit)
 
 void check_channel(const CHN_T& chn)
 {
-    demand(chn.sns_ndx < Sensor_cnt, "a sensor is one of the catalogue");
-    demand(chn.type_code == 0 || chn.type_code == 1 || chn.type_code == 3, "a type is known, or another");
-    ends(chn.make);
-    ends(chn.model);
-    ends(chn.SeisComp);
+    demand(chn.set.sns_ndx < Sensor_cnt, "a sensor is one of the catalogue");
+    demand(chn.set.type_code == 0 || chn.set.type_code == 1 || chn.set.type_code == 3,
+           "a type is known, or another");
+    ends(chn.set.make);
+    ends(chn.set.model);
+    ends(chn.set.SeisComp);
 }
 
 void read_station(uint16_t id, uint16_t channel, std::string_view file)
 {
     UNIT_T unit;
     unit.unit_id = id;
-    Unit_ini(&unit);
+    Unit_ini(unit);
     check_unit(unit);
-    const INI_SECTION* section = ini_section(&unit);
+    const INI_SECTION* section = ini_section(id, unit.ini_first);
     demand(section != nullptr, "a file that is there is read");
     check_section(*section, file);
 
@@ -89,11 +90,11 @@ void read_station(uint16_t id, uint16_t channel, std::string_view file)
     CHN_T chn;
     chn.unit = &unit;
     chn.evt = &evt;
-    chn.channel = channel;
-    Chn_ini(&chn);
+    chn.id.channel = channel;
+    Chn_ini(chn);
     check_channel(chn);
     char header[Sac_header_len];
-    Sac_dhdr_bytes(&chn, header);
+    Sac_dhdr_bytes(chn, header);
 }
 
 } // namespace

@@ -8,12 +8,13 @@
 // text would take nearly all of the time.
 //
 // Input: two bytes of switches, then packets.
-#include "driver/settings.h"
+#include "driver/base/run_files.h"
+#include "driver/base/settings.h"
 #include "fuzz/ending.h"
 #include "fuzz/fuzz.h"
 #include "model/event.h"
-#include "model/records.h"
-#include "model/ring.h"
+#include "model/record/records.h"
+#include "model/record/ring.h"
 #include "model/unit.h"
 #include "output/dump.h"
 #include "output/log.h"
@@ -165,18 +166,18 @@ void forget_run(int status)
     FileIn.clear();
     DirOut.clear();
 
-    Log_on = Qcc_on = 0;
+    Log_on = Qcc_on = false;
     Smp_limit = 0; // nothing is written any more
     static constexpr uint8_t any[Packet_size] = {};
-    ring_each(Unit_find({any}), [](UNIT_T& unit) {
-        while (unit.evt) Evt_remove(unit.evt);
+    ring_each(&Unit_find(PACKET(any)), [](UNIT_T& unit) {
+        while (unit.evt) Evt_remove(*unit.evt);
     });
     Unit_forget_all();
-    sign = 0;
+    take_mark();
     static OUT_FILE nowhere;
     nowhere.broken = true;
     static const std::string full(Packet_size, '\x20');
-    log_eh_et(nowhere, {reinterpret_cast<const uint8_t*>(full.data())}); // whether telemetry was seen
+    log_eh_et(nowhere, PACKET(reinterpret_cast<const uint8_t*>(full.data()))); // whether telemetry was seen
 }
 
 } // namespace

@@ -1,7 +1,7 @@
 // What a piece of the program shows, and how it ends the process.
 #pragma once
 
-#include "driver/pieces.h"
+#include "driver/base/pieces.h"
 #include "kit/scratch.h"
 
 #include <gmock/gmock.h>

@@ -4,11 +4,12 @@
 #include "kit/packets.h"
 #include "kit/scratch.h"
 
-#include "driver/settings.h"
+#include "driver/base/fatal.h"
+#include "driver/base/run_files.h"
+#include "driver/base/settings.h"
 #include "model/event.h"
 #include "model/ini.h"
-#include "model/open_files.h"
-#include "model/records.h"
+#include "model/record/records.h"
 #include "model/unit.h"
 #include "output/log.h"
 #include "packet/input.h"
@@ -28,19 +29,18 @@ public:
     Stage()
     {
         set_defaults();
-        Log_on = 0;
+        Log_on = false;
         DirOut = scratch.dir() + "/";
         FileIni = "vxu.ini - not found; using defaults";
         FileIn = "rec.pkt";
         Sys_time = 0;
-        N_opn_fls = 0;
         Blk_cnt = 0;
-        sign = 0;
+        take_mark();
     }
     ~Stage()
     {
         for (UNIT_T* unit : units_) {
-            while (unit->evt) Evt_remove(unit->evt);
+            while (unit->evt) Evt_remove(*unit->evt);
         }
         Unit_forget_all();
         out_close(FdLog);
@@ -53,15 +53,15 @@ public:
     /// A packet whose bytes live as long as the stage, with nothing behind its last one.
     PACKET packet(const std::string& bytes)
     {
-        return {packets_.emplace_back(bytes.begin(), bytes.end()).data()};
+        return PACKET(packets_.emplace_back(bytes.begin(), bytes.end()).data());
     }
-    UNIT_T* unit(const std::string& bytes)
+    UNIT_T& unit(const std::string& bytes)
     {
-        UNIT_T* found = Unit_find(packet(bytes));
-        units_.insert(found);
+        UNIT_T& found = Unit_find(packet(bytes));
+        units_.insert(&found);
         return found;
     }
-    EVT_T* event(const std::string& bytes) { return Evt_find(unit(bytes), packet(bytes)); }
+    EVT_T& event(const std::string& bytes) { return Evt_find(unit(bytes), packet(bytes)); }
 
     Scratch scratch;
 
@@ -77,7 +77,7 @@ std::string written_by(Write write)
     const Scratch scratch;
     const std::string name = scratch.path("file");
     OUT_FILE file;
-    EXPECT_TRUE(out_open(file, name.c_str(), OUT_MODE::truncate, ON_LOSS::tell_once));
+    EXPECT_TRUE(out_open(file, name.c_str(), OUT_MODE::truncate, log_lost));
     write(file);
     out_close(file);
     return scratch.read("file");

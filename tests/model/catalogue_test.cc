@@ -1,7 +1,5 @@
 // The tables as the field knows them, row by row, and which row a sensor finds.
-#include "model/catalogue.h"
-
-#include "model/records.h"
+#include "model/record/catalogue.h"
 
 #include <gtest/gtest.h>
 
@@ -112,10 +110,7 @@ const struct {
 
 unsigned row_of(const char* make, const char* model)
 {
-    CHN_T chn;
-    chn.make.put(make);
-    chn.model.put(model);
-    return Sensor_find(&chn);
+    return Sensor_find(make, model);
 }
 
 TEST(Sensor, has_forty_two_rows_in_the_told_order)

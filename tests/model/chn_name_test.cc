@@ -15,19 +15,18 @@ struct Named {
     {
         evt.stn_name.put(station);
         chn.evt = &evt;
-        chn.unit_id = 0x9A2F;
-        time.put("2004123101530250");
+        chn.id.unit_id = 0x9A2F;
+        chn.times.t_first.put("2004123101530250");
     }
     /// The path behind the output path.
     std::string name()
     {
-        Chn_name(&chn, time);
+        Chn_name(chn);
         EXPECT_TRUE(chn.name.starts_with(DirOut)) << chn.name;
         return chn.name.substr(DirOut.size());
     }
     EVT_T evt;
     CHN_T chn;
-    TIMESTR time;
 };
 
 } // namespace
@@ -36,11 +35,11 @@ TEST(Chn_name, has_time_station_stream_and_channel)
 {
     Stage stage;
     Named n;
-    n.chn.stream = 0;
-    n.chn.channel = 2;
+    n.chn.id.stream = 0;
+    n.chn.id.channel = 2;
     EXPECT_EQ(n.name(), "2004123101530250_STA01_1_3.sac");
-    n.chn.stream = 165;
-    n.chn.channel = 165;
+    n.chn.id.stream = 165;
+    n.chn.id.channel = 165;
     EXPECT_EQ(n.name(), "2004123101530250_STA01_166_A6.sac");
 }
 
@@ -110,7 +109,7 @@ TEST(Chn_name, a_longer_stream_number_gives_its_second_digit_to_the_letter)
     stage.scratch.write("2004123101530250_STA01_10_3.sac", "");
     stage.scratch.write("2004123101530250_STA01_1A_3.sac", "");
     Named n;
-    n.chn.stream = 9;
-    n.chn.channel = 2;
+    n.chn.id.stream = 9;
+    n.chn.id.channel = 2;
     EXPECT_EQ(n.name(), "2004123101530250_STA01_1B_3.sac");
 }

@@ -1,7 +1,7 @@
 // What a header or trailer tells of an event and its unit, field by field.
 #include "kit/packets.h"
 #include "model/event.h"
-#include "model/records.h"
+#include "model/record/records.h"
 
 #include <gtest/gtest.h>
 
@@ -18,7 +18,7 @@ struct Event : EVT_T {
     Event()
     {
         owner.stn_name.put("  INI");
-        owner.lat = 1.0, owner.lon = 2.0, owner.alt = 3.0;
+        owner.position.lat = 1.0, owner.position.lon = 2.0, owner.position.alt = 3.0;
         owner.eh_chn_cnt = 9;
         unit = &owner;
     }
@@ -27,7 +27,10 @@ struct Event : EVT_T {
     {
         hear(packet);
     }
-    void hear(const std::string& bytes) { Evt_info(this, {reinterpret_cast<const uint8_t*>(bytes.data())}); }
+    void hear(const std::string& bytes)
+    {
+        Evt_info(*this, PACKET(reinterpret_cast<const uint8_t*>(bytes.data())));
+    }
     Event(const Event&) = delete;
     UNIT_T owner;
 };
@@ -45,10 +48,10 @@ TEST(Evt_info, takes_every_text_of_a_header)
     EXPECT_EQ(evt.smp_rate, 250.0F);
     EXPECT_STREQ(evt.trg_type.s, "EVT ");
     EXPECT_STREQ(evt.strm_name.s, "Triggered stream");
-    EXPECT_STREQ(evt.t_trg.s, "2004123101530123");
-    EXPECT_STREQ(evt.t_first.s, "2004123101530001");
-    EXPECT_STREQ(evt.t_detrg.s, "2004123101630002");
-    EXPECT_STREQ(evt.t_last.s, "2004123101640003");
+    EXPECT_STREQ(evt.times.t_trg.s, "2004123101530123");
+    EXPECT_STREQ(evt.times.t_first.s, "2004123101530001");
+    EXPECT_STREQ(evt.times.t_detrg.s, "2004123101630002");
+    EXPECT_STREQ(evt.times.t_last.s, "2004123101640003");
     EXPECT_STREQ(evt.cmnt.s, "forty characters of a comment, no more: ");
 }
 
@@ -57,7 +60,7 @@ TEST(Evt_info, blank_texts_are_taken_as_blanks)
     const Event evt{Eh()};
     EXPECT_STREQ(evt.trg_type.s, "    ");
     EXPECT_STREQ(evt.strm_name.s, "                ");
-    EXPECT_STREQ(evt.t_first.s, "                ");
+    EXPECT_STREQ(evt.times.t_first.s, "                ");
     EXPECT_EQ(evt.cmnt.length(), 40U);
     EXPECT_EQ(evt.smp_rate, 0.0F);
 }
@@ -70,7 +73,7 @@ TEST(Evt_info, texts_stop_at_a_NUL)
                         .comment(std::string_view("x\0y", 3)));
     EXPECT_STREQ(evt.strm_name.s, "ab");
     EXPECT_STREQ(evt.trg_type.s, "E");
-    EXPECT_STREQ(evt.t_first.s, "2004");
+    EXPECT_STREQ(evt.times.t_first.s, "2004");
     EXPECT_STREQ(evt.cmnt.s, "x");
 }
 
@@ -102,7 +105,8 @@ TEST(Evt_info, texts_of_every_length_leave_nothing_of_those_before)
         const auto whole = [](const auto& field) { return std::string(field.s, sizeof field.s); };
         EXPECT_EQ(whole(evt.strm_name), stored<16>(text));
         EXPECT_EQ(whole(evt.trg_type), stored<4>(text));
-        for (const TIMESTR* time : {&evt.t_trg, &evt.t_first, &evt.t_detrg, &evt.t_last})
+        for (const TIMESTR* time :
+             {&evt.times.t_trg, &evt.times.t_first, &evt.times.t_detrg, &evt.times.t_last})
             EXPECT_EQ(whole(*time), stored<16>(text)) << n;
         EXPECT_EQ(whole(evt.cmnt), stored<40>(text));
     }
@@ -241,53 +245,53 @@ TEST(Evt_info, days_since_the_last_lock)
 TEST(Evt_info, a_position_is_degrees_and_minutes_with_the_hemispheres_letters)
 {
     const Event evt(Eh().position("N 3530.60 W11730.900000735"));
-    EXPECT_DOUBLE_EQ(evt.owner.lat, 35.51);
-    EXPECT_DOUBLE_EQ(evt.owner.lon, -117.515);
-    EXPECT_DOUBLE_EQ(evt.owner.alt, 735.0);
+    EXPECT_DOUBLE_EQ(evt.owner.position.lat, 35.51);
+    EXPECT_DOUBLE_EQ(evt.owner.position.lon, -117.515);
+    EXPECT_DOUBLE_EQ(evt.owner.position.alt, 735.0);
 }
 
 TEST(Evt_info, south_and_west_are_negative_in_either_case)
 {
     const Event capital(Eh().position("S 1030.00 W02015.00   -12 "));
-    EXPECT_DOUBLE_EQ(capital.owner.lat, -10.5);
-    EXPECT_DOUBLE_EQ(capital.owner.lon, -20.25);
-    EXPECT_DOUBLE_EQ(capital.owner.alt, -12.0);
+    EXPECT_DOUBLE_EQ(capital.owner.position.lat, -10.5);
+    EXPECT_DOUBLE_EQ(capital.owner.position.lon, -20.25);
+    EXPECT_DOUBLE_EQ(capital.owner.position.alt, -12.0);
     const Event small(Eh().position("s 1030.00 w02015.00     5 "));
-    EXPECT_DOUBLE_EQ(small.owner.lat, -10.5);
-    EXPECT_DOUBLE_EQ(small.owner.lon, -20.25);
+    EXPECT_DOUBLE_EQ(small.owner.position.lat, -10.5);
+    EXPECT_DOUBLE_EQ(small.owner.position.lon, -20.25);
     const Event other(Eh().position("n 1030.00 e02015.00     5 "));
-    EXPECT_DOUBLE_EQ(other.owner.lat, 10.5);
-    EXPECT_DOUBLE_EQ(other.owner.lon, 20.25);
+    EXPECT_DOUBLE_EQ(other.owner.position.lat, 10.5);
+    EXPECT_DOUBLE_EQ(other.owner.position.lon, 20.25);
 }
 
 TEST(Evt_info, a_position_that_begins_with_blank_or_NUL_is_not_given)
 {
     const Event blank(Eh().position("  1030.00 W02015.00    12 "));
-    EXPECT_EQ(blank.owner.lat, 1.0);
-    EXPECT_EQ(blank.owner.lon, 2.0);
-    EXPECT_EQ(blank.owner.alt, 3.0);
+    EXPECT_EQ(blank.owner.position.lat, 1.0);
+    EXPECT_EQ(blank.owner.position.lon, 2.0);
+    EXPECT_EQ(blank.owner.position.alt, 3.0);
     const Event nul(Eh().raw(918, std::string_view("\0 1030.00 W02015.00    12 ", 26)));
-    EXPECT_EQ(nul.owner.lat, 1.0);
+    EXPECT_EQ(nul.owner.position.lat, 1.0);
 }
 
 TEST(Evt_info, blanks_before_a_number_of_the_position_do_not_count_in_its_width)
 {
     // Latitude degrees "  " are read from the minutes that follow; the minutes as ever.
     const Event evt(Eh().position("N   06.00 E  7 1.50     9 "));
-    EXPECT_DOUBLE_EQ(evt.owner.lat, 6.0 + 6.0 / 60.0);
-    EXPECT_DOUBLE_EQ(evt.owner.lon, 7.0 + 1.5 / 60.0);
-    EXPECT_DOUBLE_EQ(evt.owner.alt, 9.0);
+    EXPECT_DOUBLE_EQ(evt.owner.position.lat, 6.0 + 6.0 / 60.0);
+    EXPECT_DOUBLE_EQ(evt.owner.position.lon, 7.0 + 1.5 / 60.0);
+    EXPECT_DOUBLE_EQ(evt.owner.position.alt, 9.0);
 }
 
 TEST(Evt_info, position_fields_that_are_no_numbers_are_zero)
 {
     const Event evt(Eh().position("Nowhere that anybody knows"));
-    EXPECT_EQ(evt.owner.lat, 0.0);
-    EXPECT_EQ(evt.owner.lon, 0.0);
-    EXPECT_EQ(evt.owner.alt, 0.0);
+    EXPECT_EQ(evt.owner.position.lat, 0.0);
+    EXPECT_EQ(evt.owner.position.lon, 0.0);
+    EXPECT_EQ(evt.owner.position.alt, 0.0);
     const Event empty(Eh().position("N"));
-    EXPECT_EQ(empty.owner.lat, 0.0);
-    EXPECT_EQ(empty.owner.alt, 0.0);
+    EXPECT_EQ(empty.owner.position.lat, 0.0);
+    EXPECT_EQ(empty.owner.position.alt, 0.0);
 }
 
 TEST(Evt_info, a_trailer_tells_the_same_and_the_later_packet_wins)
@@ -298,11 +302,11 @@ TEST(Evt_info, a_trailer_tells_the_same_and_the_later_packet_wins)
                  .t_first("2004123101531000")
                  .position("N 1000.00 E02000.00     5 "));
     EXPECT_EQ(evt.smp_rate, 200.0F);
-    EXPECT_STREQ(evt.t_first.s, "2004123101531000");
-    EXPECT_STREQ(evt.t_trg.s, "                ");
+    EXPECT_STREQ(evt.times.t_first.s, "2004123101531000");
+    EXPECT_STREQ(evt.times.t_trg.s, "                ");
     EXPECT_STREQ(evt.strm_name.s, "                ");
     EXPECT_STREQ(evt.stn_name.s, "STA02");
-    EXPECT_EQ(evt.owner.lat, 10.0);
+    EXPECT_EQ(evt.owner.position.lat, 10.0);
 }
 
 TEST(Evt_info, a_trailer_without_rate_takes_the_rate_away)
@@ -319,18 +323,18 @@ TEST(Evt_info, a_short_packet_is_taken_like_a_full_one)
     EXPECT_EQ(evt.smp_rate, 0.0F);
     EXPECT_STREQ(evt.trg_type.s, "MIM ");
     EXPECT_STREQ(evt.stn_name.s, "");
-    EXPECT_STREQ(evt.t_first.s, "");
+    EXPECT_STREQ(evt.times.t_first.s, "");
     EXPECT_EQ(evt.owner.eh_chn_cnt, 0);
-    EXPECT_EQ(evt.owner.lat, 1.0);
+    EXPECT_EQ(evt.owner.position.lat, 1.0);
     EXPECT_EQ(evt.pll_days, 0);
 }
 
 TEST(Evt_info, leaves_the_marks_of_the_event_to_the_stream)
 {
     const Event evt(Eh().usual().flags(0x10));
-    EXPECT_EQ(evt.eh_seen, 0);
-    EXPECT_EQ(evt.et_seen, 0);
-    EXPECT_EQ(evt.flag_bit4, 0);
+    EXPECT_FALSE(evt.eh_seen);
+    EXPECT_FALSE(evt.et_seen);
+    EXPECT_FALSE(evt.flag_bit4);
 }
 
 TEST(Evt_info, any_other_packet_blanks_the_texts)
@@ -340,10 +344,10 @@ TEST(Evt_info, any_other_packet_blanks_the_texts)
     evt.hear(kit::Dt());
     EXPECT_STREQ(evt.trg_type.s, "    ");
     EXPECT_STREQ(evt.strm_name.s, "                ");
-    EXPECT_STREQ(evt.t_trg.s, "                ");
-    EXPECT_STREQ(evt.t_first.s, "                ");
-    EXPECT_STREQ(evt.t_detrg.s, "                ");
-    EXPECT_STREQ(evt.t_last.s, "                ");
+    EXPECT_STREQ(evt.times.t_trg.s, "                ");
+    EXPECT_STREQ(evt.times.t_first.s, "                ");
+    EXPECT_STREQ(evt.times.t_detrg.s, "                ");
+    EXPECT_STREQ(evt.times.t_last.s, "                ");
     EXPECT_STREQ(evt.cmnt.s, "                                        ");
     EXPECT_STREQ(evt.stn_name.s, "     ");
     EXPECT_EQ(evt.smp_rate, 0.0F);

@@ -1,7 +1,7 @@
 // The sorted list of an event's channels.
 #include "model/event.h"
-#include "model/records.h"
-#include "model/ring.h"
+#include "model/record/records.h"
+#include "model/record/ring.h"
 
 #include <gtest/gtest.h>
 
@@ -17,7 +17,7 @@ struct Numbered_event : EVT_T {
         CHN_T* last = nullptr;
         for (const int number : numbers) {
             CHN_T& added = channels.emplace_back();
-            added.channel = static_cast<uint16_t>(number);
+            added.id.channel = static_cast<uint16_t>(number);
             ring_join(last, &added);
             last = &added;
         }
@@ -29,7 +29,7 @@ struct Numbered_event : EVT_T {
 
 std::vector<int> sorted(Numbered_event& evt, size_t count)
 {
-    Evt_chn_sort(&evt);
+    Evt_chn_sort(evt);
     return {evt.list, evt.list + count};
 }
 
@@ -68,8 +68,8 @@ TEST(Evt_chn_sort, stops_at_thirty_two_channels)
     for (int i = 134; i <= 165; ++i) first_32.push_back(i);
     Numbered_event evt(falling);
     EXPECT_EQ(sorted(evt, 32), first_32);
-    EXPECT_EQ(evt.bad, 0); // what follows the list in the record
-    EXPECT_EQ(evt.wrap, 0);
+    EXPECT_FALSE(evt.bad); // what follows the list in the record
+    EXPECT_FALSE(evt.wrap);
 }
 
 } // namespace

@@ -1,9 +1,8 @@
 // The INI file as text: how it falls into sections and lines, what is a key, what is a value.
 #include "model/ini.h"
 
-#include "driver/settings.h"
+#include "driver/base/settings.h"
 #include "kit/scratch.h"
-#include "model/records.h"
 
 #include <gtest/gtest.h>
 
@@ -32,16 +31,11 @@ Lines lines_of(const INI_SECTION& section)
 /// An INI file of its own for each test, and the unit 9A2F that reads it.
 class Ini_file : public testing::Test {
 protected:
-    Ini_file()
-    {
-        ini_forget();
-        unit.unit_id = 0x9A2F;
-        unit.ini_last = -1;
-    }
+    Ini_file() { ini_forget(); }
     void ini(std::string_view text) { FileIni = scratch.write("vxu.ini", text); }
     const INI_SECTION& section()
     {
-        const INI_SECTION* found = ini_section(&unit);
+        const INI_SECTION* found = ini_section(unit_id, from);
         EXPECT_NE(found, nullptr);
         static const INI_SECTION missing;
         return found ? *found : missing;
@@ -50,14 +44,15 @@ protected:
     Lines lines() { return lines_of(section()); }
 
     kit::Scratch scratch;
-    UNIT_T unit;
+    uint16_t unit_id = 0x9A2F;
+    int32_t from = 0; ///< where the scan starts
 };
 
 /// The console output of one look at the file.
-std::string warning_of(UNIT_T& unit)
+std::string warning_of(uint16_t unit_id, int32_t from)
 {
     testing::internal::CaptureStdout();
-    EXPECT_EQ(ini_section(&unit), nullptr);
+    EXPECT_EQ(ini_section(unit_id, from), nullptr);
     return testing::internal::GetCapturedStdout();
 }
 
@@ -81,16 +76,15 @@ TEST_F(Ini_file, a_section_has_the_lines_between_its_header_and_the_next)
 {
     ini("; notes\n[1111]\nStation=X\n[9A2F]\nStation=AB\nCh1Azm=5\n[2222]\nStation=Y\n");
     EXPECT_EQ(lines(), (Lines{"Station=AB\n", "Ch1Azm=5\n"}));
-    EXPECT_EQ(unit.ini_first, 25); // 8 + 7 + 10 characters stand before
-    EXPECT_EQ(section().first, 25);
-    EXPECT_EQ(section().last, 59); // 7 + 11 + 9 of the section, 7 of the header that ends it
+    EXPECT_EQ(section().first, 25); // 8 + 7 + 10 characters stand before
+    EXPECT_EQ(section().last, 59);  // 7 + 11 + 9 of the section, 7 of the header that ends it
 }
 
 TEST_F(Ini_file, the_last_section_ends_with_the_file)
 {
     ini("[9A2F]\nStation=AB\n");
     EXPECT_EQ(lines(), (Lines{"Station=AB\n"}));
-    EXPECT_EQ(unit.ini_first, 0);
+    EXPECT_EQ(section().first, 0);
     EXPECT_EQ(section().last, 18);
 }
 
@@ -99,7 +93,7 @@ TEST_F(Ini_file, a_unit_without_section_gets_no_lines_and_the_length_of_the_file
     ini("[1111]\nStation=X\n");
     EXPECT_EQ(lines(), Lines());
     EXPECT_EQ(section().last, 17);
-    EXPECT_EQ(unit.ini_first, 0);
+    EXPECT_EQ(section().first, 0);
 }
 
 TEST_F(Ini_file, an_empty_file_is_a_file_without_sections)
@@ -131,14 +125,14 @@ TEST_F(Ini_file, a_header_has_exactly_four_digits)
 {
     ini("[09A2F]\na\n[9A2]\nb\n[9A2G]\nc\n[9A2F\nd\n[ 9A2F]\ne\n");
     EXPECT_EQ(lines(), Lines());
-    unit.unit_id = 0x09A2;
+    unit_id = 0x09A2;
     EXPECT_EQ(lines(), Lines());
 }
 
 TEST_F(Ini_file, small_IDs_are_written_with_leading_zeros)
 {
     ini("[001F]\nStation=AB\n");
-    unit.unit_id = 0x1F;
+    unit_id = 0x1F;
     EXPECT_EQ(lines(), (Lines{"Station=AB\n"}));
 }
 
@@ -160,12 +154,12 @@ TEST_F(Ini_file, only_the_first_section_of_a_unit_is_read)
 TEST_F(Ini_file, the_scan_starts_at_the_remembered_position)
 {
     ini("[9A2F]\na\n[1111]\nc\n[9A2F]\nd\n");
-    unit.ini_first = 1;
+    from = 1;
     EXPECT_EQ(lines(), (Lines{"d\n"}));
-    EXPECT_EQ(unit.ini_first, 18);
-    unit.ini_first = 19;
+    EXPECT_EQ(section().first, 18);
+    from = 19;
     EXPECT_EQ(lines(), Lines());
-    EXPECT_EQ(unit.ini_first, 19);
+    EXPECT_EQ(section().first, 0); // of no section
 }
 
 TEST_F(Ini_file, a_line_of_ninety_nine_characters_is_followed_by_a_line_of_its_own)
@@ -186,7 +180,7 @@ TEST_F(Ini_file, a_header_may_stand_at_a_piece_of_a_long_line)
 {
     ini(std::string(198, ';') + "[9A2F]\nStation=AB\n");
     EXPECT_EQ(lines(), (Lines{"Station=AB\n"}));
-    EXPECT_EQ(unit.ini_first, 198);
+    EXPECT_EQ(section().first, 198);
 }
 
 TEST_F(Ini_file, a_bracket_at_a_piece_of_a_long_line_ends_the_section)
@@ -228,36 +222,32 @@ TEST_F(Ini_file, is_read_once_and_then_served_from_memory)
     ini("[9A2F]\nStation=AB\n[1111]\nStation=C\n");
     EXPECT_EQ(lines(), (Lines{"Station=AB\n"}));
     std::filesystem::remove(FileIni);
-    UNIT_T other;
-    other.unit_id = 0x1111;
-    ASSERT_NE(ini_section(&other), nullptr);
-    EXPECT_EQ(lines_of(*ini_section(&other)), (Lines{"Station=C\n"}));
+    ASSERT_NE(ini_section(0x1111, 0), nullptr);
+    EXPECT_EQ(lines_of(*ini_section(0x1111, 0)), (Lines{"Station=C\n"}));
     EXPECT_EQ(lines(), (Lines{"Station=AB\n"}));
 }
 
 TEST_F(Ini_file, a_missing_file_is_passed_over_in_silence)
 {
     FileIni = scratch.path("vxu.ini");
-    unit.ini_first = 0;
-    EXPECT_EQ(warning_of(unit), "");
-    EXPECT_EQ(unit.ini_first, 0);
+    EXPECT_EQ(warning_of(unit_id, from), "");
 }
 
 TEST_F(Ini_file, a_missing_file_is_looked_for_once)
 {
     FileIni = scratch.path("vxu.ini");
-    EXPECT_EQ(ini_section(&unit), nullptr);
+    EXPECT_EQ(ini_section(unit_id, from), nullptr);
     scratch.write("vxu.ini", "[9A2F]\nStation=AB\n");
-    EXPECT_EQ(ini_section(&unit), nullptr);
+    EXPECT_EQ(ini_section(unit_id, from), nullptr);
     ini_forget();
-    EXPECT_NE(ini_section(&unit), nullptr);
+    EXPECT_NE(ini_section(unit_id, from), nullptr);
 }
 
 TEST_F(Ini_file, a_path_with_the_not_found_note_names_no_file)
 {
     scratch.write("vxu.ini", "[9A2F]\nStation=AB\n");
     FileIni = scratch.path("vxu.ini") + " - not found; using defaults";
-    EXPECT_EQ(warning_of(unit), "");
+    EXPECT_EQ(warning_of(unit_id, from), "");
 }
 
 TEST_F(Ini_file, a_directory_opens_and_holds_nothing)
@@ -276,7 +266,7 @@ TEST_F(Ini_file, one_that_cannot_be_opened_is_tried_for_five_seconds_and_warned_
     const std::string warning = "\nWARNING: Unable to open the INI file " + FileIni;
     for (int time_and_again = 0; time_and_again < 2; ++time_and_again) {
         const time_t start = time(nullptr);
-        EXPECT_EQ(warning_of(unit), warning);
+        EXPECT_EQ(warning_of(unit_id, from), warning);
         const time_t waited = time(nullptr) - start;
         EXPECT_GE(waited, 5);
         EXPECT_LE(waited, 8);
@@ -292,7 +282,8 @@ TEST_F(Ini_file, a_pipe_has_no_positions_and_is_closed_again)
     const int next_free = dup(writer);
     close(next_free);
     for (int i = 0; i < 3; ++i)
-        EXPECT_EQ(warning_of(unit), "\nWARNING: Unable to set position within the INI file " + FileIni);
+        EXPECT_EQ(warning_of(unit_id, from),
+                  "\nWARNING: Unable to set position within the INI file " + FileIni);
     const int after = dup(writer);
     EXPECT_EQ(after, next_free);
     close(after);
@@ -302,8 +293,8 @@ TEST_F(Ini_file, a_pipe_has_no_positions_and_is_closed_again)
 TEST_F(Ini_file, a_position_before_the_start_cannot_be_set)
 {
     ini("[9A2F]\nStation=AB\n");
-    unit.ini_first = -1;
-    EXPECT_EQ(warning_of(unit), "\nWARNING: Unable to set position within the INI file " + FileIni);
+    from = -1;
+    EXPECT_EQ(warning_of(unit_id, from), "\nWARNING: Unable to set position within the INI file " + FileIni);
 }
 
 const INI_KEY Table[] = {"ChnAzm", "ChnDip", "ChnDipole", "Station", ""};

@@ -1,5 +1,5 @@
 // The ring that units, events and channels are linked in.
-#include "model/ring.h"
+#include "model/record/ring.h"
 
 #include <gtest/gtest.h>
 

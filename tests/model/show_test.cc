@@ -1,7 +1,7 @@
 // The debugging dumps, character by character.
-#include "model/show.h"
+#include "model/record/show.h"
 
-#include "model/records.h"
+#include "model/record/records.h"
 
 #include <gtest/gtest.h>
 
@@ -23,12 +23,12 @@ struct Shown {
 
 /// What a dump prints, a person pressing nothing: standard input is at its end.
 template <class Record>
-Shown shown(void (*show)(const Record*), const Record& record)
+Shown shown(void (*show)(const Record&), const Record& record)
 {
     EXPECT_NE(freopen("/dev/null", "r", stdin), nullptr);
     testing::internal::CaptureStdout();
     testing::internal::CaptureStderr();
-    show(&record);
+    show(record);
     Shown all;
     all.out = testing::internal::GetCapturedStdout();
     all.err = testing::internal::GetCapturedStderr();
@@ -45,8 +45,7 @@ TEST(Unit_show, prints_every_field_and_waits_for_a_key)
     unit.evt = &evt;
     unit.unit_id = 0x9A2F;
     unit.log_name = "out/ID9A2F.vxl";
-    unit.log_open = 1;
-    unit.log_fp.open = unit.qcc_fp.open = true; // the writer may keep a file longer than the unit
+    unit.log_fp.open = unit.qcc_fp.open = true; // the QC file stays open, but gets no lines: qcc_open
     unit.qcc_name = "out/ID9A2F.qcc";
     unit.net_name.put("Network");
     unit.SEED.put("XX");
@@ -55,9 +54,9 @@ TEST(Unit_show, prints_every_field_and_waits_for_a_key)
     unit.stn_name.put("STA01");
     unit.geol.put("alluvium");
     unit.type = 50;
-    unit.lat = 35.68;
-    unit.lon = -117.35;
-    unit.alt = 700;
+    unit.position.lat = 35.68;
+    unit.position.lon = -117.35;
+    unit.position.alt = 700;
     unit.das_type = 2;
     unit.das_cnt = 3;
     unit.chn_cnt = 4;
@@ -117,20 +116,20 @@ TEST(Evt_show, prints_every_field_and_does_not_wait)
     evt.strm = 1;
     evt.evt_num = 12;
     evt.seq = 9999;
-    evt.bad = 1;
+    evt.bad = true;
     evt.smp_rate = 250.5F;
     evt.chn_cnt = 3;
     evt.lo = 0;
     evt.hi = 31;
     evt.list[1] = 5;
     evt.list[31] = 165;
-    evt.eh_seen = 1;
+    evt.eh_seen = true;
     evt.strm_name.put("stream");
     evt.trg_type.put("EVT ");
-    evt.t_first.put("2004123101530001");
-    evt.t_trg.put("2004123101530123");
-    evt.t_detrg.put("2004123101630002");
-    evt.t_last.put("2004123101640003");
+    evt.times.t_first.put("2004123101530001");
+    evt.times.t_trg.put("2004123101530123");
+    evt.times.t_detrg.put("2004123101630002");
+    evt.times.t_last.put("2004123101640003");
     evt.stn_name.put("STA01");
     evt.cmnt.put("a comment");
     const Shown dump = shown(Evt_show, evt);
@@ -172,47 +171,47 @@ TEST(Chn_show, prints_every_field_and_waits_for_a_key)
     chn.prv = chn.nxt = &chn;
     chn.evt = &evt;
     chn.unit = &unit;
-    chn.unit_id = 0x9A2F;
-    chn.file_open = 1;
+    chn.id.unit_id = 0x9A2F;
+    chn.fp.open = 1;
     chn.name = "out/2004123101530250_STA01_1_3.sac";
-    chn.sum = 1234567.5;
-    chn.sq_sum = 2.5e10;
-    chn.min = -3;
-    chn.min_ndx = 4000000000U;
-    chn.max = 2147483647.0;
-    chn.max_ndx = 2;
-    chn.event = 12;
+    chn.stats.sum = 1234567.5;
+    chn.stats.sq_sum = 2.5e10;
+    chn.stats.min = -3;
+    chn.stats.min_ndx = 4000000000U;
+    chn.stats.max = 2147483647.0;
+    chn.stats.max_ndx = 2;
+    chn.id.event = 12;
     chn.seq = 34;
-    chn.stream = 1;
-    chn.channel = 2;
-    chn.t_prv.put("2004123101530250");
-    chn.t_first.put("2004123101529250");
-    chn.t_nxt.put("2004123101531250");
+    chn.id.stream = 1;
+    chn.id.channel = 2;
+    chn.times.t_prv.put("2004123101530250");
+    chn.times.t_first.put("2004123101529250");
+    chn.times.t_nxt.put("2004123101531250");
     chn.cnt = 4294967295U;
     chn.trash = 5;
     chn.last = 0x80000001;
     chn.fpos = -7;
-    chn.bits = 16;
-    chn.gain_ndx = 11;
-    chn.tbw = 0.00001589;
-    chn.fsa = 20.875;
-    chn.make.put("Vexar");
-    chn.model.put("AX-21/3/INT");
-    chn.sn = 3000000000U;
-    chn.sns_ndx = 19;
-    chn.band = 'H', chn.type = 'N', chn.axis = 'Z';
-    chn.SeisComp.put("HNZ");
-    chn.freq = 900;
-    chn.damp = 0.1;
-    chn.vpu = 1.2;
-    chn.vpu_units = 2;
-    chn.sns_fsa = 5;
-    chn.lat = 35.68;
-    chn.lon = -117.35;
-    chn.alt = 700;
-    chn.depth = 12.5;
-    chn.azimuth = 65535;
-    chn.dip = -90;
+    chn.set.bits = 16;
+    chn.set.gain_ndx = 11;
+    chn.set.tbw = 0.00001589;
+    chn.set.fsa = 20.875;
+    chn.set.make.put("Vexar");
+    chn.set.model.put("AX-21/3/INT");
+    chn.set.sn = 3000000000U;
+    chn.set.sns_ndx = 19;
+    chn.set.band = 'H', chn.set.type = 'N', chn.set.axis = 'Z';
+    chn.set.SeisComp.put("HNZ");
+    chn.set.freq = 900;
+    chn.set.damp = 0.1;
+    chn.set.vpu = 1.2;
+    chn.set.vpu_units = 2;
+    chn.set.sns_fsa = 5;
+    chn.position.lat = 35.68;
+    chn.position.lon = -117.35;
+    chn.position.alt = 700;
+    chn.set.depth = 12.5;
+    chn.set.azimuth = 65535;
+    chn.set.dip = -90;
     const Shown dump = shown(Chn_show, chn);
     EXPECT_EQ(dump.out, "\nChan structure (9A2F):"
                         "\n   Ptrs chan prv =  " +
@@ -278,7 +277,7 @@ TEST(Chn_show, an_empty_channel_shows_the_first_rows_of_the_tables)
 TEST(Chn_show, letters_that_are_NUL_come_out_as_such)
 {
     CHN_T chn;
-    chn.band = '\0';
+    chn.set.band = '\0';
     EXPECT_NE(shown(Chn_show, chn).out.find(std::string("\n            band = '\0'\n", 24)),
               std::string::npos);
 }

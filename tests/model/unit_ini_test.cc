@@ -1,8 +1,8 @@
 // The station keys: which field each fills, and which of several lines wins.
-#include "driver/settings.h"
+#include "driver/base/settings.h"
 #include "kit/scratch.h"
 #include "model/ini.h"
-#include "model/records.h"
+#include "model/record/records.h"
 #include "model/unit.h"
 
 #include <gtest/gtest.h>
@@ -22,7 +22,7 @@ struct Unit : UNIT_T {
         const kit::Scratch scratch;
         FileIni = scratch.write("vxu.ini", "[9A2F]\n" + lines + "\n");
         ini_forget();
-        Unit_ini(this);
+        Unit_ini(*this);
     }
 };
 
@@ -36,9 +36,9 @@ TEST(Unit_ini, takes_every_key_of_a_section)
     const Unit unit("DASType=7\nAltitude=700.5\nLatitude=35.25\nLongitude=-117.5\nNetwork=Net\nNetSEED=XX\n"
                     "Station=ABCDE\nOrientation=12\nStatDASCnt=2\nStatChnCnt=6\nCosGeology=deep alluvium\n"
                     "CosNet=NN\nCosStn=50");
-    EXPECT_EQ(unit.alt, 700.5);
-    EXPECT_EQ(unit.lat, 35.25);
-    EXPECT_EQ(unit.lon, -117.5);
+    EXPECT_EQ(unit.position.alt, 700.5);
+    EXPECT_EQ(unit.position.lat, 35.25);
+    EXPECT_EQ(unit.position.lon, -117.5);
     EXPECT_STREQ(unit.stn_name.s, "ABCDE");
     EXPECT_EQ(unit.orient, 12);
     EXPECT_EQ(unit.das_cnt, 2);
@@ -102,17 +102,17 @@ TEST(Unit_ini, line_ends_of_either_kind_or_none_give_the_same)
     FileIni = scratch.write("vxu.ini", "[9A2F]\r\nLatitude=1.5\r\nStation=AB");
     UNIT_T unit;
     unit.unit_id = 0x9A2F;
-    Unit_ini(&unit);
+    Unit_ini(unit);
     EXPECT_STREQ(unit.stn_name.s, "   AB");
-    EXPECT_EQ(unit.lat, 1.5);
+    EXPECT_EQ(unit.position.lat, 1.5);
 }
 
 TEST(Unit_ini, the_first_position_and_count_that_is_not_zero_wins)
 {
-    EXPECT_EQ(Unit("latitude=0\nLatitude=12.5").lat, 12.5);
-    EXPECT_EQ(Unit("Latitude=12.5\nLatitude=13").lat, 12.5);
-    EXPECT_EQ(Unit("Longitude=-0.0\nLongitude=7\nLongitude=8").lon, 7.0);
-    EXPECT_EQ(Unit("Altitude=high\nAltitude=9\nAltitude=10").alt, 9.0);
+    EXPECT_EQ(Unit("latitude=0\nLatitude=12.5").position.lat, 12.5);
+    EXPECT_EQ(Unit("Latitude=12.5\nLatitude=13").position.lat, 12.5);
+    EXPECT_EQ(Unit("Longitude=-0.0\nLongitude=7\nLongitude=8").position.lon, 7.0);
+    EXPECT_EQ(Unit("Altitude=high\nAltitude=9\nAltitude=10").position.alt, 9.0);
     EXPECT_EQ(Unit("Orientation=0\nOrientation=5\nOrientation=6").orient, 5);
     EXPECT_EQ(Unit("StatDASCnt=x\nStatDASCnt=2\nStatDASCnt=3").das_cnt, 2);
     EXPECT_EQ(Unit("StatChnCnt=\nStatChnCnt=4\nStatChnCnt=5").chn_cnt, 4);
@@ -156,9 +156,9 @@ TEST(Unit_ini, integers_saturate_at_32_bits_and_keep_their_low_16)
 
 TEST(Unit_ini, numbers_are_those_of_the_C_library)
 {
-    EXPECT_EQ(Unit("Latitude=\t+1.25e1 degrees").lat, 12.5);
-    EXPECT_EQ(Unit("Latitude=0x10").lat, 16.0);
-    EXPECT_TRUE(std::isinf(Unit("Altitude=inf").alt));
+    EXPECT_EQ(Unit("Latitude=\t+1.25e1 degrees").position.lat, 12.5);
+    EXPECT_EQ(Unit("Latitude=0x10").position.lat, 16.0);
+    EXPECT_TRUE(std::isinf(Unit("Altitude=inf").position.alt));
     EXPECT_EQ(Unit("Orientation= +12.9").orient, 12);
     EXPECT_EQ(Unit("Orientation=0x10\nOrientation=7").orient, 7);
 }
@@ -181,7 +181,7 @@ TEST(Unit_ini, a_unit_without_section_keeps_its_defaults_and_learns_the_length_o
     unit.unit_id = 0x9A2F;
     unit.ini_last = -1;
     unit.stn_name.put("09A2F");
-    Unit_ini(&unit);
+    Unit_ini(unit);
     EXPECT_STREQ(unit.stn_name.s, "09A2F");
     EXPECT_EQ(unit.ini_first, 0);
     EXPECT_EQ(unit.ini_last, 18);
@@ -193,7 +193,7 @@ TEST(Unit_ini, remembers_where_its_section_begins_and_ends)
     FileIni = scratch.write("vxu.ini", "; head\n[9A2F]\nStation=AB\n[1111]\n[9A2F]\nStation=CD\n");
     UNIT_T unit;
     unit.unit_id = 0x9A2F;
-    Unit_ini(&unit);
+    Unit_ini(unit);
     EXPECT_STREQ(unit.stn_name.s, "   AB");
     EXPECT_EQ(unit.ini_first, 7);
     EXPECT_EQ(unit.ini_last, 32);
@@ -207,7 +207,7 @@ TEST(Unit_ini, without_a_file_nothing_is_touched)
     unit.unit_id = 0x9A2F;
     unit.ini_last = -1;
     unit.stn_name.put("09A2F");
-    Unit_ini(&unit);
+    Unit_ini(unit);
     EXPECT_STREQ(unit.stn_name.s, "09A2F");
     EXPECT_EQ(unit.ini_last, -1);
 }
@@ -218,7 +218,7 @@ TEST(Unit_ini, reads_the_section_FFFF_of_a_unit_whose_packets_say_0)
     FileIni = scratch.write("vxu.ini", "[0000]\nStation=NO\n[ffff]\nStation=YES\n");
     UNIT_T unit;
     unit.unit_id = 0xFFFF;
-    Unit_ini(&unit);
+    Unit_ini(unit);
     EXPECT_STREQ(unit.stn_name.s, "  YES");
 }
 

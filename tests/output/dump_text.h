@@ -1,6 +1,7 @@
 // What a dump writes for one packet, as text, and expected texts that are easy to read.
 #pragma once
 
+#include "driver/base/fatal.h"
 #include "kit/packets.h"
 #include "kit/scratch.h"
 #include "output/dump.h"
@@ -18,9 +19,9 @@ inline std::string dumped(DUMP* dump, const std::string& packet)
     const std::string name = scratch.path("log");
     // A copy without anything behind its last byte: the sanitizers see a step past the packet's end.
     const std::vector<uint8_t> bytes(packet.begin(), packet.end());
-    const PACKET pkt{bytes.data()};
+    const PACKET pkt(bytes.data());
     OUT_FILE log;
-    if (!out_open(log, name.c_str(), OUT_MODE::truncate, ON_LOSS::tell_once)) {
+    if (!out_open(log, name.c_str(), OUT_MODE::truncate, log_lost)) {
         ADD_FAILURE() << "no log at " << name;
         return {};
     }

@@ -4,7 +4,6 @@
 #include "kit/expect.h"
 #include "kit/hex_lines.h"
 #include "kit/stage.h"
-#include "packet/kind.h"
 
 #include <gtest/gtest.h>
 
@@ -16,27 +15,27 @@ using namespace kit;
 
 namespace {
 
-std::string line_of(const std::string& bytes, uint16_t type, uint16_t file_num = 0)
+std::string line_of(const std::string& bytes, char mark = ' ')
 {
     Stage stage;
     const PACKET pkt = stage.packet(bytes);
-    return written_by([&](OUT_FILE& f) { log_head(f, pkt, type, file_num); });
+    return written_by([&](OUT_FILE& f) { log_head(f, pkt, mark); });
 }
 
-std::string block_of(const std::string& bytes, uint16_t kind)
+std::string block_of(const std::string& bytes, unsigned dump)
 {
     Stage stage;
     const PACKET pkt = stage.packet(bytes);
-    return written_by([&](OUT_FILE& f) { log_block(f, pkt, kind); });
+    return written_by([&](OUT_FILE& f) { log_block(f, pkt, static_cast<BLOCK_DUMP>(dump)); });
 }
 
-/// The end of a line for a block number, with and without a file number.
-std::string number_of(uint32_t block, uint16_t file_num)
+/// The end of a line for a block number.
+std::string number_of(uint32_t block)
 {
     Stage stage;
     Blk_cnt = block;
     const PACKET pkt = stage.packet(Fd());
-    const std::string line = written_by([&](OUT_FILE& f) { log_head(f, pkt, PKT_FD, file_num); });
+    const std::string line = written_by([&](OUT_FILE& f) { log_head(f, pkt, ' '); });
     return line.substr(line.find(" B:"));
 }
 
@@ -44,59 +43,68 @@ std::string number_of(uint32_t block, uint16_t file_num)
 
 TEST(log_head, shows_a_data_packet)
 {
-    EXPECT_EQ(line_of(Dt().seq(5).event(12).channel(2).count(250), PKT_DT),
+    EXPECT_EQ(line_of(Dt().seq(5).event(12).channel(2).count(250)),
               "DT 04:123:10:15:30.250000 X:07 U:9A2F E:0012 D:1 C:3 S:0250 F:32 G:00 L:1024 N:0005 "
               "B:0000000000\r\n");
 }
 
-TEST(log_head, shows_an_unknown_packet_by_its_counts_alone)
+TEST(log_head, shows_event_fields_without_channel_of_the_packets_that_describe_events_or_networks)
 {
-    EXPECT_EQ(line_of(Params("XX").bytes(100).seq(6), PKT_UNKNOWN), "UNKNOWN BLOCK TYPE!          " +
-                                                                        std::string(8 + 27 + 5, ' ') +
-                                                                        " L:0100 N:0006 B:0000000000\r\n");
+    for (const char* letters : {"EH", "ET", "NH", "NT"})
+        EXPECT_EQ(line_of(Eh().type(letters).event(12).format(0x32).flags(0x14)),
+                  std::string(letters) +
+                      " 04:123:10:15:30.250    X:07 U:9A2F E:0012 D:1            F:32 G:14 "
+                      "L:1024 N:0000 B:0000000000\r\n");
 }
 
-TEST(log_head, goes_by_the_type_that_it_is_told)
+TEST(log_head, shows_no_event_fields_of_all_other_packets)
 {
-    const std::string bytes = Dt().event(12).channel(2).count(250);
-    EXPECT_EQ(line_of(bytes, PKT_EH), "DT 04:123:10:15:30.250    X:07 U:9A2F E:0012 D:1            F:32 G:00 "
-                                      "L:1024 N:0000 B:0000000000\r\n");
-    EXPECT_EQ(line_of(bytes, PKT_SH), "DT 04:123:10:15:30.250    X:07 U:9A2F" + std::string(32, ' ') +
-                                          " L:1024 N:0000 B:0000000000\r\n");
+    for (const char* letters : {"SH", "SC", "DS", "CD", "OM", "AD", "DR", "FD"})
+        EXPECT_EQ(line_of(Params(letters)), std::string(letters) + " 04:123:10:15:30.250    X:07 U:9A2F" +
+                                                std::string(32, ' ') + " L:1024 N:0000 B:0000000000\r\n");
 }
 
-TEST(log_head, shows_and_clears_the_mark_of_a_known_packet)
+TEST(log_head, shows_the_mark_behind_the_letters)
 {
-    Stage stage;
-    const PACKET pkt = stage.packet(Fd());
-    const auto mark = [&](int comparison, uint16_t type) {
-        sign = comparison;
-        return written_by([&](OUT_FILE& f) { log_head(f, pkt, type, 0); }).substr(0, 3);
+    for (const char mark : {' ', '-', '+'})
+        EXPECT_EQ(line_of(Fd(), mark).substr(0, 6), std::string("FD") + mark + "04:");
+}
+
+TEST(take_mark, tells_whether_the_latest_time_was_earlier_or_later_and_clears_it)
+{
+    const auto mark_of = [](int comparison) {
+        mark_continuity(comparison);
+        return take_mark();
     };
-    EXPECT_EQ(mark(0, PKT_FD), "FD ");
-    EXPECT_EQ(mark(-1, PKT_FD), "FD-");
-    EXPECT_EQ(sign, 0);
-    EXPECT_EQ(mark(7, PKT_FD), "FD+");
-    EXPECT_EQ(sign, 0);
-    EXPECT_EQ(mark(INT32_MIN, PKT_FD), "FD-");
-    EXPECT_EQ(mark(7, PKT_UNKNOWN), "UNK");
-    EXPECT_EQ(sign, 7);
-}
-
-TEST(log_head, shows_a_file_number_when_there_is_one)
-{
-    EXPECT_EQ(number_of(42, 0), " B:0000000042\r\n");
-    EXPECT_EQ(number_of(42, 7), " B:0007:00042\r\n");
-    EXPECT_EQ(number_of(1234567, 12345), " B:12345:1234567\r\n");
-    EXPECT_EQ(number_of(0, 1), " B:0001:00000\r\n");
+    EXPECT_EQ(mark_of(0), ' ');
+    EXPECT_EQ(mark_of(-1), '-');
+    EXPECT_EQ(take_mark(), ' ');
+    EXPECT_EQ(mark_of(7), '+');
+    EXPECT_EQ(take_mark(), ' ');
+    EXPECT_EQ(mark_of(INT32_MIN), '-');
+    mark_continuity(7);
+    mark_continuity(0);
+    EXPECT_EQ(take_mark(), ' ') << "the latest one counts";
 }
 
 TEST(log_head, shows_block_numbers_of_31_bits_and_a_sign)
 {
-    EXPECT_EQ(number_of(2147483647, 0), " B:2147483647\r\n");
-    EXPECT_EQ(number_of(2147483648U, 0), " B:-2147483648\r\n");
-    EXPECT_EQ(number_of(4294967295U, 0), " B:-000000001\r\n");
-    EXPECT_EQ(number_of(4294967295U, 3), " B:0003:-0001\r\n");
+    EXPECT_EQ(number_of(42), " B:0000000042\r\n");
+    EXPECT_EQ(number_of(2147483647), " B:2147483647\r\n");
+    EXPECT_EQ(number_of(2147483648U), " B:-2147483648\r\n");
+    EXPECT_EQ(number_of(4294967295U), " B:-000000001\r\n");
+}
+
+TEST(log_mismatch, shows_what_was_read_beside_what_came_out_and_the_packet)
+{
+    Stage stage;
+    const std::string bytes = Dt().count(892);
+    const PACKET pkt = stage.packet(bytes);
+    const Decoded decoded{false, 0x64, 0xFFFFFFFF, 0x80000001, 0x7A};
+    EXPECT_TRUE(same_bytes(written_by([&](OUT_FILE& f) { log_mismatch(f, pkt, decoded, 1561); }),
+                           "     Read start 0x00000064  stop 0xFFFFFFFF  samples 892\r\n"
+                           "     Calc start 0x80000001  stop 0x0000007A  samples 1561\r\n" +
+                               hex_lines(bytes) + "\r\n"));
 }
 
 TEST(log_block, dumps_the_whole_packet_whatever_its_byte_count)
@@ -126,7 +134,7 @@ TEST(log_block, dumps_a_packet_up_to_its_byte_count_in_whole_lines)
 TEST(log_block, writes_a_line_end_and_no_more_for_other_kinds)
 {
     for (const unsigned kind : {1U, 2U, 3U, 6U, 65535U})
-        EXPECT_EQ(block_of(Sh("text"), static_cast<uint16_t>(kind)), "\r\n") << kind;
+        EXPECT_EQ(block_of(Sh("text"), kind), "\r\n") << kind;
 }
 
 TEST(log_block, indents_the_lines_of_a_text)
@@ -150,11 +158,6 @@ TEST(log_block, a_text_ends_with_the_packet)
               "     " + std::string(1000, 'x') + "\r\n\r\n");
 }
 
-TEST(log_fd, writes_nothing)
-{
-    EXPECT_EQ(written_by([](OUT_FILE&) { log_fd(); }), "");
-}
-
 TEST(Log_fhdr, shows_every_setting_of_the_run)
 {
     Stage stage;
@@ -163,8 +166,7 @@ TEST(Log_fhdr, shows_every_setting_of_the_run)
     Sys_time = 1083406530; // 2004-05-01 10:15:30
     FileIn = "in/rec.pkt", FileIni = "/p/vxu.ini", DirOrg = "/home", DirOut = "out/", FileLog = "out/rec.vxl";
     FileQcc = "out/rec.qcc", Cmd_line = "vx_sac in/rec.pkt out";
-    Path_option = 3, Name_option = 2, Log_on = 1, Log_dt = 1, Qcc_on = 1;
-    Flag_info = {0, 1};
+    Path_option = 3, Name_option = 2, Log_on = true, Log_dt = true, Qcc_on = true;
     Smp_rate_cmd = 33.3F, Smp_limit = 0, Smp_skip = 4294967295U;
     EXPECT_EQ(written_by([](OUT_FILE& f) { Log_fhdr(f); }),
               "VX_SAC - Version sps16   "
@@ -176,8 +178,8 @@ TEST(Log_fhdr, shows_every_setting_of_the_run)
               "\r\n    Output Path : out/"
               "\r\n    Path Option : 3"
               "\r\n    Name Option : Station"
-              "\r\n         Gather : YES"
-              "\r\n      trace Hdr : NO"
+              "\r\n         Gather : NO"
+              "\r\n      trace Hdr : YES"
               "\r\n     Log enable : YES"
               "\r\n    Log DT Blks : YES"
               "\r\n       Log File : out/rec.vxl"
@@ -193,7 +195,7 @@ TEST(Log_fhdr, shows_every_setting_of_the_run)
 TEST(Log_fhdr, shows_the_defaults)
 {
     Stage stage;
-    Log_on = 1;
+    Log_on = true;
     const std::string header = written_by([](OUT_FILE& f) { Log_fhdr(f); });
     EXPECT_NE(header.find("\r\n    Name Option : Auto\r\n         Gather : NO\r\n      trace Hdr : YES\r\n"
                           "     Log enable : YES\r\n    Log DT Blks : NO\r\n"),

@@ -4,7 +4,7 @@
 #include "kit/ending.h"
 #include "kit/expect.h"
 #include "kit/stage.h"
-#include "model/ring.h"
+#include "model/record/ring.h"
 
 #include <gtest/gtest.h>
 
@@ -22,36 +22,42 @@ struct Block {
     {
         unit.unit_id = evt.unit_id = 0x9A2F;
         unit.qcc_name = stage.scratch.path("unit");
-        unit.qcc_open = 1;
+        unit.qcc_open = true;
         evt.unit = &unit;
         evt.evt_num = 7;
         for (size_t i = 0; i < numbers.size(); ++i) {
-            channels[i].channel = static_cast<uint16_t>(numbers[i]);
-            Qcc_init(&channels[i]);
+            channels[i].id.channel = static_cast<uint16_t>(numbers[i]);
+            Qcc_init(channels[i]);
             ring_join(i ? &channels[i - 1] : nullptr, &channels[i]);
         }
         evt.chn = numbers.empty() ? nullptr : &channels[0];
-        EXPECT_TRUE(out_open(FdQcc, run_name.c_str(), OUT_MODE::truncate, ON_LOSS::tell_once));
-        EXPECT_TRUE(out_open(unit.qcc_fp, unit.qcc_name.c_str(), OUT_MODE::truncate, ON_LOSS::tell_once));
+        EXPECT_TRUE(out_open(FdQcc, run_name.c_str(), OUT_MODE::truncate, log_lost));
+        EXPECT_TRUE(out_open(unit.qcc_fp, unit.qcc_name.c_str(), OUT_MODE::truncate, log_lost));
     }
     /// Two samples, -1 and 1.
     void fill(size_t i)
     {
         CHN_T& c = channels[i];
-        c.cnt = 2, c.sum = 0, c.sq_sum = 2, c.min = -1, c.max = 1, c.min_ndx = 1, c.max_ndx = 2;
+        c.cnt = 2;
+        c.stats = {.sum = 0, .sq_sum = 2, .min = -1, .max = 1, .min_ndx = 1, .max_ndx = 2};
     }
-    void store(const PACKET& pkt)
+    void store_with(const PACKET& trailer) { store(&trailer); }
+    void store_without_trailer() { store(nullptr); }
+
+    UNIT_T unit;
+    EVT_T evt;
+    std::vector<CHN_T> channels;
+    std::string run_name, of_run, of_unit;
+
+private:
+    void store(const PACKET* trailer)
     {
-        Qcc_store(&unit, &evt, pkt);
+        Qcc_store(unit, evt, trailer);
         out_close(FdQcc);
         out_close(unit.qcc_fp);
         of_run = read_file(run_name);
         of_unit = read_file(unit.qcc_name);
     }
-    UNIT_T unit;
-    EVT_T evt;
-    std::vector<CHN_T> channels;
-    std::string run_name, of_run, of_unit;
 };
 
 const std::string Two = "      -1.0000       1.0000       2.0000       0.0000       1.4142";
@@ -66,14 +72,15 @@ std::string trailer()
 TEST(Qcc_init, resets_sums_and_extremes_but_not_the_count)
 {
     CHN_T chn;
-    chn.sum = 1, chn.sq_sum = 2, chn.min = 3, chn.max = 4, chn.min_ndx = 5, chn.max_ndx = 6, chn.cnt = 7;
-    Qcc_init(&chn);
-    EXPECT_EQ(chn.sum, 0.0);
-    EXPECT_EQ(chn.sq_sum, 0.0);
-    EXPECT_EQ(chn.min, 2147483647.0);
-    EXPECT_EQ(chn.max, -2147483647.0);
-    EXPECT_EQ(chn.min_ndx, 0U);
-    EXPECT_EQ(chn.max_ndx, 0U);
+    chn.stats = {.sum = 1, .sq_sum = 2, .min = 3, .max = 4, .min_ndx = 5, .max_ndx = 6};
+    chn.cnt = 7;
+    Qcc_init(chn);
+    EXPECT_EQ(chn.stats.sum, 0.0);
+    EXPECT_EQ(chn.stats.sq_sum, 0.0);
+    EXPECT_EQ(chn.stats.min, 2147483647.0);
+    EXPECT_EQ(chn.stats.max, -2147483647.0);
+    EXPECT_EQ(chn.stats.min_ndx, 0U);
+    EXPECT_EQ(chn.stats.max_ndx, 0U);
     EXPECT_EQ(chn.cnt, 7U);
 }
 
@@ -83,13 +90,13 @@ TEST(Qcc_store, resets_the_channels_it_shows_numbers_of)
     Block block(stage, {0, 1});
     block.fill(0);
     block.channels[1].cnt = 1;
-    block.channels[1].sum = block.channels[1].min = block.channels[1].max = 5;
-    block.store(stage.packet(trailer()));
+    block.channels[1].stats = {.sum = 5, .min = 5, .max = 5};
+    block.store_with(stage.packet(trailer()));
     EXPECT_EQ(block.channels[0].cnt, 2U);
-    EXPECT_EQ(block.channels[0].sq_sum, 0.0);
-    EXPECT_EQ(block.channels[0].min, 2147483647.0);
-    EXPECT_EQ(block.channels[1].sum, 5.0);
-    EXPECT_EQ(block.channels[1].min, 5.0);
+    EXPECT_EQ(block.channels[0].stats.sq_sum, 0.0);
+    EXPECT_EQ(block.channels[0].stats.min, 2147483647.0);
+    EXPECT_EQ(block.channels[1].stats.sum, 5.0);
+    EXPECT_EQ(block.channels[1].stats.min, 5.0);
 }
 
 TEST(Qcc_store, makes_the_lower_of_two_neighbours_the_current_channel)
@@ -97,14 +104,14 @@ TEST(Qcc_store, makes_the_lower_of_two_neighbours_the_current_channel)
     Stage stage;
     Block block(stage, {3, 1, 2});
     for (size_t i = 0; i < 3; ++i) block.fill(i);
-    block.store(stage.packet(trailer()));
+    block.store_with(stage.packet(trailer()));
     EXPECT_EQ(block.evt.chn, &block.channels[1]);
     EXPECT_EQ(block.of_run,
               Head + "\r\n   9A2F     1:" + Two + "\r\n   9A2F     2:" + Two + "\r\n   9A2F     3:" + Two);
 
     Stage another;
     Block ordered(another, {1, 3, 0});
-    ordered.store(another.packet(trailer()));
+    ordered.store_with(another.packet(trailer()));
     EXPECT_EQ(ordered.evt.chn, &ordered.channels[0]);
 }
 
@@ -113,38 +120,34 @@ TEST(Qcc_store, a_bad_event_is_left_as_it_is)
     Stage stage;
     Block block(stage, {3, 1});
     block.fill(0);
-    block.evt.bad = 1;
-    block.store(stage.packet(trailer()));
-    EXPECT_EQ(block.channels[0].sq_sum, 2.0);
+    block.evt.bad = true;
+    block.store_with(stage.packet(trailer()));
+    EXPECT_EQ(block.channels[0].stats.sq_sum, 2.0);
     EXPECT_EQ(block.evt.chn, &block.channels[0]);
     EXPECT_EQ(block.of_run,
               Head + "\r\n   9A2F    --- 0000000.0000 0000000.0000 0000000.0000 0000000.0000 0000000.0000");
 }
 
-TEST(Qcc_store, shows_any_packet_but_a_trailer_as_none)
+TEST(Qcc_store, says_that_no_trailer_came_and_leaves_the_mark_to_the_next_line)
 {
-    for (const std::string& bytes : {Eh().event(7).packet(), Params("XX").packet()}) {
-        Stage stage;
-        Block block(stage, {0});
-        block.fill(0);
-        sign = 1;
-        testing::internal::CaptureStdout();
-        block.store(stage.packet(bytes));
-        EXPECT_EQ(testing::internal::GetCapturedStdout(), "\nNo ET block for U:9A2F E:0007");
-        EXPECT_EQ(block.of_unit,
-                  "No ET block for U:9A2F E:0007\r\n" + Head + "\r\n   Channel  0:" + Two + "\r\n\r\n");
-        EXPECT_EQ(sign, 1); // no line was written that could show it
-    }
+    Stage stage;
+    Block block(stage, {0});
+    block.fill(0);
+    mark_continuity(1);
+    EXPECT_EQ(shown_by([&] { block.store_without_trailer(); }), "\nNo ET block for U:9A2F E:0007");
+    EXPECT_EQ(block.of_unit,
+              "No ET block for U:9A2F E:0007\r\n" + Head + "\r\n   Channel  0:" + Two + "\r\n\r\n");
+    EXPECT_EQ(take_mark(), '+'); // no line was written that could show it
 }
 
 TEST(Qcc_store, a_trailers_line_shows_and_clears_the_mark)
 {
     Stage stage;
     Block block(stage, {});
-    sign = -1;
-    block.store(stage.packet(trailer()));
+    mark_continuity(-1);
+    block.store_with(stage.packet(trailer()));
     EXPECT_TRUE(block.of_unit.starts_with("ET-04:123:10:15:30.250    X:07 U:9A2F E:0007 ")) << block.of_unit;
-    EXPECT_EQ(sign, 0);
+    EXPECT_EQ(take_mark(), ' ');
 }
 
 TEST(Qcc_store, without_the_units_file_all_else_is_done)
@@ -152,13 +155,13 @@ TEST(Qcc_store, without_the_units_file_all_else_is_done)
     Stage stage;
     Block block(stage, {0});
     block.fill(0);
-    block.unit.qcc_open = 0;
-    sign = 1;
-    block.store(stage.packet(trailer()));
+    block.unit.qcc_open = false;
+    mark_continuity(1);
+    block.store_with(stage.packet(trailer()));
     EXPECT_EQ(block.of_unit, "");
     EXPECT_EQ(block.of_run, Head + "\r\n   9A2F     0:" + Two);
-    EXPECT_EQ(block.channels[0].sq_sum, 0.0);
-    EXPECT_EQ(sign, 0);
+    EXPECT_EQ(block.channels[0].stats.sq_sum, 0.0);
+    EXPECT_EQ(take_mark(), ' ');
 }
 
 TEST(Qcc_store, without_the_units_file_a_missing_trailer_is_told_on_the_console_alone)
@@ -166,9 +169,8 @@ TEST(Qcc_store, without_the_units_file_a_missing_trailer_is_told_on_the_console_
     Stage stage;
     Block block(stage, {0});
     block.fill(0);
-    block.unit.qcc_open = 0;
-    const std::string header = Eh().event(7).packet();
-    EXPECT_EQ(shown_by([&] { block.store(stage.packet(header)); }), "\nNo ET block for U:9A2F E:0007");
+    block.unit.qcc_open = false;
+    EXPECT_EQ(shown_by([&] { block.store_without_trailer(); }), "\nNo ET block for U:9A2F E:0007");
     EXPECT_EQ(block.of_unit, "");
     EXPECT_EQ(block.of_run, Head + "\r\n   9A2F     0:" + Two);
 }
@@ -178,9 +180,9 @@ TEST(Qcc_store, a_variance_below_zero_counts_as_zero)
     Stage stage;
     Block block(stage, {0});
     block.fill(0);
-    block.channels[0].sum = 3;
-    block.channels[0].sq_sum = 4.499999;
-    block.store(stage.packet(trailer()));
+    block.channels[0].stats.sum = 3;
+    block.channels[0].stats.sq_sum = 4.499999;
+    block.store_with(stage.packet(trailer()));
     EXPECT_EQ(block.of_run,
               Head + "\r\n   9A2F     0:      -1.0000       1.0000       2.0000       1.5000       0.0000");
 }
@@ -190,11 +192,11 @@ TEST(Qcc_store, numbers_wider_than_their_column_push_the_others_on)
     Stage stage;
     Block block(stage, {0});
     block.fill(0);
-    block.channels[0].min = -2147483648.0;
-    block.channels[0].max = 2147483647.0;
-    block.channels[0].sum = -1;
-    block.channels[0].sq_sum = 9223372032559808512.0;
-    block.store(stage.packet(trailer()));
+    block.channels[0].stats.min = -2147483648.0;
+    block.channels[0].stats.max = 2147483647.0;
+    block.channels[0].stats.sum = -1;
+    block.channels[0].stats.sq_sum = 9223372032559808512.0;
+    block.store_with(stage.packet(trailer()));
     EXPECT_EQ(block.of_run, Head + "\r\n   9A2F     0: -2147483648.0000 2147483647.0000 4294967295.0000"
                                    "      -0.5000 3037000499.2689");
 }

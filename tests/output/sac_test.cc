@@ -8,8 +8,12 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
+#include <csignal>
 #include <cstring>
 #include <ctime>
+#include <sys/resource.h>
+#include <unistd.h>
 
 using namespace kit;
 
@@ -24,31 +28,31 @@ struct Trace {
         evt.unit = &unit;
         chn.evt = &evt;
         chn.unit = &unit;
-        chn.unit_id = 0x9A2F;
-        Qcc_init(&chn);
+        chn.id.unit_id = 0x9A2F;
+        Qcc_init(chn);
     }
     ~Trace() { out_close(chn.fp); }
     SACHDR_T header() const
     {
         SACHDR_T h;
         memset(&h, 0xEE, sizeof h);
-        Sac_dhdr_init(&chn, &h);
+        Sac_dhdr_init(chn, h);
         return h;
     }
     std::string bytes() const
     {
         std::string all(632, '\xEE');
-        Sac_dhdr_bytes(&chn, all.data());
+        Sac_dhdr_bytes(chn, all.data());
         return mask_run_date(all);
     }
     void open(Stage& stage, const char* name = "a.sac")
     {
         chn.name = stage.scratch.path(name);
-        ASSERT_EQ(Chn_file_open(&chn, TRACE_MODE::create), 1);
+        ASSERT_TRUE(Chn_file_open(chn));
     }
     void add(const std::vector<int32_t>& samples)
     {
-        Sac_data_out(&chn, samples.data(), static_cast<uint16_t>(samples.size()));
+        Sac_data_out(chn, samples.data(), static_cast<uint16_t>(samples.size()));
     }
     UNIT_T unit;
     EVT_T evt;
@@ -92,11 +96,11 @@ TEST(Sac_dhdr_init, takes_the_channels_statistics)
     Stage stage;
     Trace trace;
     trace.chn.cnt = 3;
-    trace.chn.sum = 1;
-    trace.chn.min = -16777217.0;
-    trace.chn.max = 16777219.0;
-    trace.chn.azimuth = 65535;
-    trace.chn.dip = -32768;
+    trace.chn.stats.sum = 1;
+    trace.chn.stats.min = -16777217.0;
+    trace.chn.stats.max = 16777219.0;
+    trace.chn.set.azimuth = 65535;
+    trace.chn.set.dip = -32768;
     const SACHDR_T h = trace.header();
     EXPECT_EQ(h.DEPMIN, -16777216.0F);
     EXPECT_EQ(h.DEPMAX, 16777220.0F);
@@ -111,7 +115,7 @@ TEST(Sac_dhdr_init, a_sample_count_above_31_bits_keeps_its_bits_and_its_mean)
     Stage stage;
     Trace trace;
     trace.chn.cnt = 4000000000U;
-    trace.chn.sum = 8e9;
+    trace.chn.stats.sum = 8e9;
     const SACHDR_T h = trace.header();
     EXPECT_EQ(static_cast<uint32_t>(h.NPTS), 4000000000U);
     EXPECT_EQ(h.DEPMEN, 2.0F);
@@ -143,12 +147,12 @@ TEST(Sac_dhdr_init, the_component_has_letters_only_when_a_band_is_known)
 {
     Stage stage;
     Trace trace;
-    trace.chn.type = 'H';
-    trace.chn.axis = 'Z';
+    trace.chn.set.type = 'H';
+    trace.chn.set.axis = 'Z';
     EXPECT_EQ(text(trace.header().KCMPNM), "9A2F-1-1");
-    trace.chn.band = 'B';
+    trace.chn.set.band = 'B';
     EXPECT_EQ(text(trace.header().KCMPNM), "9A2F-BHZ");
-    trace.chn.band = '\0';
+    trace.chn.set.band = '\0';
     EXPECT_EQ(text(trace.header().KCMPNM), std::string("9A2F-\0HZ", 8));
 }
 
@@ -176,8 +180,8 @@ TEST(Sac_dhdr_bytes, puts_the_most_significant_byte_first)
     Stage stage;
     Trace trace;
     trace.evt.smp_rate = 100.0F;
-    trace.evt.t_trg.put("2004123101530123");
-    trace.evt.t_first.put("2004123101530001");
+    trace.evt.times.t_trg.put("2004123101530123");
+    trace.evt.times.t_first.put("2004123101530001");
     trace.chn.cnt = 0x01020304;
     const std::string bytes = trace.bytes();
     EXPECT_EQ(bytes.substr(0, 4), "\x3C\x23\xD7\x0A");
@@ -186,13 +190,69 @@ TEST(Sac_dhdr_bytes, puts_the_most_significant_byte_first)
     EXPECT_EQ(bytes.substr(280, 8), std::string("\0\0\x07\xD4\0\0\0\x7B", 8));
 }
 
+TEST(Chn_file_open, creates_the_trace)
+{
+    Stage stage;
+    CHN_T chn;
+    chn.name = stage.scratch.path("a.sac");
+    EXPECT_TRUE(Chn_file_open(chn));
+    EXPECT_TRUE(chn.fp.open);
+    EXPECT_TRUE(stage.scratch.exists("a.sac"));
+    chn.fp.write("bytes");
+    Chn_file_close(chn);
+    EXPECT_FALSE(chn.fp.open);
+    EXPECT_EQ(stage.scratch.read("a.sac"), "bytes");
+}
+
+TEST(Chn_file_open, refuses_a_name_that_is_taken_at_once)
+{
+    Stage stage;
+    CHN_T chn;
+    chn.name = stage.scratch.write("a.sac", "someone else's");
+    const time_t start = time(nullptr);
+    EXPECT_FALSE(Chn_file_open(chn));
+    EXPECT_EQ(errno, EEXIST);
+    EXPECT_LT(time(nullptr) - start, 3);
+    EXPECT_FALSE(chn.fp.open);
+    EXPECT_EQ(stage.scratch.read("a.sac"), "someone else's");
+}
+
+TEST(Chn_file_open, a_byte_lost_ends_the_run)
+{
+    const Stage stage;
+    expect_ending(
+        [&] {
+            CHN_T chn;
+            chn.name = stage.scratch.path("a.sac");
+            const rlimit little{4096, 4096};
+            signal(SIGXFSZ, SIG_IGN);
+            if (!Chn_file_open(chn) || setrlimit(RLIMIT_FSIZE, &little) != 0) _exit(99);
+            chn.fp.write(std::string(5000, 'x'));
+            Chn_file_close(chn);
+            _exit(98);
+        },
+        22, "\nFile write error for '" + stage.scratch.path("a.sac") + "'");
+}
+
+TEST(Chn_file_close, does_nothing_to_a_trace_that_is_not_open)
+{
+    Stage stage;
+    CHN_T chn;
+    chn.name = stage.scratch.path("a.sac");
+    Chn_file_close(chn);
+    ASSERT_TRUE(Chn_file_open(chn));
+    Chn_file_close(chn);
+    Chn_file_close(chn);
+    EXPECT_FALSE(chn.fp.open);
+}
+
 TEST(Sac_dhdr_out, appends_to_the_trace)
 {
     Stage stage;
     Trace trace;
     trace.open(stage);
-    Sac_dhdr_out(&trace.chn);
-    Sac_dhdr_out(&trace.chn);
+    Sac_dhdr_out(trace.chn);
+    Sac_dhdr_out(trace.chn);
     out_close(trace.chn.fp);
     EXPECT_TRUE(same_bytes(mask_run_date(stage.scratch.read("a.sac")).substr(0, 632), trace.bytes()));
     EXPECT_EQ(stage.scratch.read("a.sac").size(), 1264U);
@@ -205,16 +265,16 @@ TEST(Sac_data_out, a_tie_keeps_the_first_extreme)
     trace.open(stage);
     trace.add({5, -3, 9, -3, 9});
     trace.add({-3, 9, 0});
-    EXPECT_EQ(trace.chn.min, -3.0);
-    EXPECT_EQ(trace.chn.min_ndx, 2U);
-    EXPECT_EQ(trace.chn.max, 9.0);
-    EXPECT_EQ(trace.chn.max_ndx, 3U);
+    EXPECT_EQ(trace.chn.stats.min, -3.0);
+    EXPECT_EQ(trace.chn.stats.min_ndx, 2U);
+    EXPECT_EQ(trace.chn.stats.max, 9.0);
+    EXPECT_EQ(trace.chn.stats.max_ndx, 3U);
     EXPECT_EQ(trace.chn.cnt, 8U);
-    EXPECT_EQ(trace.chn.sum, 23.0);
-    EXPECT_EQ(trace.chn.sq_sum, 295.0);
+    EXPECT_EQ(trace.chn.stats.sum, 23.0);
+    EXPECT_EQ(trace.chn.stats.sq_sum, 295.0);
     trace.add({10, -4});
-    EXPECT_EQ(trace.chn.max_ndx, 9U);
-    EXPECT_EQ(trace.chn.min_ndx, 10U);
+    EXPECT_EQ(trace.chn.stats.max_ndx, 9U);
+    EXPECT_EQ(trace.chn.stats.min_ndx, 10U);
 }
 
 TEST(Sac_data_out, a_sample_at_the_reset_value_is_no_extreme)
@@ -223,16 +283,16 @@ TEST(Sac_data_out, a_sample_at_the_reset_value_is_no_extreme)
     Trace trace;
     trace.open(stage);
     trace.add({INT32_MAX, INT32_MAX});
-    EXPECT_EQ(trace.chn.min, 2147483647.0);
-    EXPECT_EQ(trace.chn.min_ndx, 0U);
-    EXPECT_EQ(trace.chn.max_ndx, 1U);
+    EXPECT_EQ(trace.chn.stats.min, 2147483647.0);
+    EXPECT_EQ(trace.chn.stats.min_ndx, 0U);
+    EXPECT_EQ(trace.chn.stats.max_ndx, 1U);
     Trace low;
     low.open(stage, "b.sac");
     low.add({INT32_MIN, -INT32_MAX});
-    EXPECT_EQ(low.chn.max, -2147483647.0);
-    EXPECT_EQ(low.chn.max_ndx, 0U);
-    EXPECT_EQ(low.chn.min_ndx, 1U);
-    EXPECT_EQ(low.chn.sq_sum, 4611686018427387904.0 + 4611686014132420609.0);
+    EXPECT_EQ(low.chn.stats.max, -2147483647.0);
+    EXPECT_EQ(low.chn.stats.max_ndx, 0U);
+    EXPECT_EQ(low.chn.stats.min_ndx, 1U);
+    EXPECT_EQ(low.chn.stats.sq_sum, 4611686018427387904.0 + 4611686014132420609.0);
 }
 
 TEST(Sac_data_out, samples_to_drop_use_up_turns_and_not_samples)
@@ -266,9 +326,9 @@ TEST(Sac_data_out, samples_beyond_the_limit_are_neither_written_nor_counted)
     trace.add({4, 500, -600});
     trace.add({700});
     EXPECT_EQ(trace.chn.cnt, 4U);
-    EXPECT_EQ(trace.chn.sum, 10.0);
-    EXPECT_EQ(trace.chn.max, 4.0);
-    EXPECT_EQ(trace.chn.min, 1.0);
+    EXPECT_EQ(trace.chn.stats.sum, 10.0);
+    EXPECT_EQ(trace.chn.stats.max, 4.0);
+    EXPECT_EQ(trace.chn.stats.min, 1.0);
     out_close(trace.chn.fp);
     EXPECT_EQ(stage.scratch.read("a.sac"), sac_samples({1, 2, 3, 4}));
 }
@@ -290,15 +350,14 @@ TEST(Sac_data_close, writes_the_final_header_over_the_provisional_one)
     Stage stage;
     Trace trace;
     trace.open(stage);
-    Sac_dhdr_out(&trace.chn);
+    Sac_dhdr_out(trace.chn);
     trace.add({4, 6});
     trace.evt.smp_rate = 50.0F;
-    Sac_data_close(&trace.chn);
+    Sac_data_close(trace.chn);
     Sac s = Sac().rate(50.0F).stats(4, 6, 5);
     s.year = s.day = s.hour = s.min = s.sec = s.ms = 0;
     EXPECT_TRUE(same_bytes(mask_run_date(stage.scratch.read("a.sac")), sac_file(s, {4, 6})));
-    EXPECT_EQ(trace.chn.file_open, 0);
-    EXPECT_EQ(N_opn_fls, 0);
+    EXPECT_FALSE(trace.chn.fp.open);
 }
 
 TEST(Sac_data_close, finishes_a_trace_that_gave_way_before)
@@ -306,25 +365,13 @@ TEST(Sac_data_close, finishes_a_trace_that_gave_way_before)
     Stage stage;
     Trace trace;
     trace.open(stage);
-    Sac_dhdr_out(&trace.chn);
+    Sac_dhdr_out(trace.chn);
     trace.add({4, 6});
-    Chn_file_close(&trace.chn);
-    Sac_data_close(&trace.chn);
+    Chn_file_close(trace.chn);
+    Sac_data_close(trace.chn);
     const std::string bytes = stage.scratch.read("a.sac");
     EXPECT_EQ(bytes.size(), 640U);
     EXPECT_EQ(header_int(bytes, 79), 2);
-}
-
-TEST(Sac_data_close, leaves_the_header_alone_when_it_is_not_wanted)
-{
-    Stage stage;
-    Flag_info.trace_hdr = 0;
-    Trace trace;
-    trace.open(stage);
-    Sac_dhdr_out(&trace.chn);
-    trace.add({4, 6});
-    Sac_data_close(&trace.chn);
-    EXPECT_EQ(header_int(stage.scratch.read("a.sac"), 79), 0);
 }
 
 TEST(Sac_data_close, opens_nothing_when_no_samples_are_wanted)
@@ -333,7 +380,7 @@ TEST(Sac_data_close, opens_nothing_when_no_samples_are_wanted)
     Smp_limit = 0;
     Trace trace;
     trace.chn.name = stage.scratch.write("a.sac", "someone else's");
-    EXPECT_EQ(shown_by([&] { Sac_data_close(&trace.chn); }), "");
+    EXPECT_EQ(shown_by([&] { Sac_data_close(trace.chn); }), "");
     EXPECT_EQ(stage.scratch.read("a.sac"), "someone else's");
 }
 
@@ -345,7 +392,7 @@ TEST(Sac_data_close, tells_of_a_trace_that_cannot_be_opened_and_shows_its_channe
     stage.scratch.make_dir("a.sac");
     ASSERT_TRUE(freopen("/dev/null", "r", stdin));
     std::string told;
-    const std::string asked = complained_by([&] { told = shown_by([&] { Sac_data_close(&trace.chn); }); });
+    const std::string asked = complained_by([&] { told = shown_by([&] { Sac_data_close(trace.chn); }); });
     EXPECT_TRUE(told.starts_with("\n!!!Could not re-open '" + trace.chn.name +
                                  "' to update header!!!\nChan structure (9A2F):\n   Ptrs chan prv =  "))
         << told;

@@ -1,7 +1,7 @@
 // The input, packet by packet, however it arrives.
 #include "packet/input.h"
 
-#include "driver/settings.h"
+#include "driver/base/run_files.h"
 #include "kit/bytes.h"
 #include "kit/ending.h"
 #include "kit/scratch.h"
@@ -43,11 +43,8 @@ protected:
     static std::string all()
     {
         std::string bytes;
-        PACKET pkt{};
-        uint16_t result = 0;
-        while ((result = Blk_read(pkt)) == 0)
-            bytes.append(reinterpret_cast<const char*>(pkt.bytes), Packet_size);
-        EXPECT_EQ(result, 29);
+        while (const auto pkt = Blk_read())
+            bytes.append(reinterpret_cast<const char*>(pkt->bytes), Packet_size);
         return bytes;
     }
     kit::Scratch scratch;
@@ -81,9 +78,8 @@ TEST_F(Input, stays_at_its_end)
 {
     open(some_bytes(1024));
     all();
-    PACKET pkt{};
-    EXPECT_EQ(Blk_read(pkt), 29);
-    EXPECT_EQ(Blk_read(pkt), 29);
+    EXPECT_FALSE(Blk_read());
+    EXPECT_FALSE(Blk_read());
 }
 
 TEST_F(Input, of_any_length_comes_whole)
@@ -98,8 +94,7 @@ TEST_F(Input, of_any_length_comes_whole)
 TEST_F(Input, is_read_anew_after_it_was_forgotten)
 {
     open(some_bytes(1024 * 5));
-    PACKET pkt{};
-    EXPECT_EQ(Blk_read(pkt), 0);
+    EXPECT_TRUE(Blk_read());
     const std::string other(2048, 'o');
     open(other);
     EXPECT_EQ(all(), other);
@@ -153,8 +148,7 @@ TEST_F(Input, that_cannot_be_read_ends_the_run_without_a_name)
         [] {
             FdIn = fopen("/tmp", "rb");
             Blk_rewind();
-            PACKET pkt{};
-            Blk_read(pkt);
+            Blk_read();
         },
         21, "\nFile read error for '(null)'");
 }
@@ -171,13 +165,13 @@ TEST_F(Input, that_fails_on_the_way_gives_all_whole_packets_before)
             if (write(ends[1], bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size())) _exit(97);
             close(ends[1]);
             open(ends[0]);
-            PACKET pkt{};
             for (size_t at = 0; at < 3072; at += 1024) {
-                if (Blk_read(pkt) != 0) _exit(96);
-                if (memcmp(pkt.bytes, bytes.data() + at, 1024) != 0) _exit(95);
+                const auto pkt = Blk_read();
+                if (!pkt) _exit(96);
+                if (memcmp(pkt->bytes, bytes.data() + at, 1024) != 0) _exit(95);
                 printf("packet ");
             }
-            Blk_read(pkt);
+            Blk_read();
             _exit(94);
         },
         21, "packet packet packet \nFile read error for '(null)'");

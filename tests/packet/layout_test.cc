@@ -162,9 +162,9 @@ TEST(Packet, counts_are_decimal_digits)
 
 TEST(Packet, unit_id_has_its_high_byte_first)
 {
-    EXPECT_EQ(raw_unit_id(Block(kit::Sh("x").raw(4, "\x9A\x2F")).pkt()), 0x9A2F);
-    EXPECT_EQ(raw_unit_id(Block(kit::Sh("x").unit(0)).pkt()), 0);
-    EXPECT_EQ(raw_unit_id(Block(kit::Sh("x").unit(0xFFFF)).pkt()), 0xFFFF);
+    EXPECT_EQ(Block(kit::Sh("x").raw(4, "\x9A\x2F")).pkt().unit_id, 0x9A2F);
+    EXPECT_EQ(Block(kit::Sh("x").unit(0)).pkt().unit_id, 0);
+    EXPECT_EQ(Block(kit::Sh("x").unit(0xFFFF)).pkt().unit_id, 0xFFFF);
 }
 
 TEST(Packet, a_field_is_given_unless_it_begins_with_a_blank)

@@ -1,10 +1,10 @@
 // The console while packets go by: the table's lines to the character, and the counter.
-#include "packet/progress.h"
+#include "packet/loop/progress.h"
 
-#include "driver/settings.h"
+#include "driver/base/settings.h"
 #include "kit/ending.h"
 #include "kit/packets.h"
-#include "model/records.h"
+#include "model/record/records.h"
 #include "packet/block.h"
 #include "packet/input.h"
 
@@ -18,26 +18,26 @@ class Progress : public testing::Test {
 protected:
     Progress()
     {
-        Verbose = 1;
+        Verbose = true;
         Blk_cnt = 0;
         unit.unit_id = 0x9A2F;
         evt.unit_id = 0x9A2F;
         evt.evt_num = 12;
         evt.smp_rate = 100.0f;
         evt.trg_type.put("EVT ");
-        chn.event = 12;
+        chn.id.event = 12;
     }
     std::string event(const std::string& packet)
     {
-        return kit::shown_by([&] { Progress_event(Block(packet).pkt(), &evt); });
+        return kit::shown_by([&] { Progress_event(Block(packet).pkt(), evt); });
     }
     std::string data()
     {
-        return kit::shown_by([&] { Progress_data(&unit, &chn); });
+        return kit::shown_by([&] { Progress_data(unit, chn); });
     }
     std::string health(const std::string& packet)
     {
-        return kit::shown_by([&] { Progress_health(Block(packet).pkt(), &unit); });
+        return kit::shown_by([&] { Progress_health(Block(packet).pkt(), unit); });
     }
     std::string parameters(const std::string& packet)
     {
@@ -45,7 +45,7 @@ protected:
     }
     std::string network(const std::string& packet)
     {
-        return kit::shown_by([&] { Progress_network(Block(packet).pkt(), &unit); });
+        return kit::shown_by([&] { Progress_network(Block(packet).pkt(), unit); });
     }
     UNIT_T unit;
     EVT_T evt;
@@ -61,7 +61,7 @@ TEST_F(Progress, table_has_its_head)
 
 TEST_F(Progress, counter_starts_at_0)
 {
-    Verbose = 0;
+    Verbose = false;
     EXPECT_EQ(kit::shown_by([] { Progress_start(); }), "\r\n\nMeg:     0");
 }
 
@@ -98,9 +98,9 @@ TEST_F(Progress, of_data_shows_the_channel_record)
     EXPECT_EQ(data(), "\r0000001       DT      9A2F       0012         01         01   ");
     Blk_cnt = 12345678;
     unit.unit_id = 0xFFFF;
-    chn.event = 9999, chn.stream = 9, chn.channel = 16;
+    chn.id.event = 9999, chn.id.stream = 9, chn.id.channel = 16;
     EXPECT_EQ(data(), "\r12345679       DT      FFFF       9999         10         17   ");
-    chn.event = 16665, chn.stream = 165, chn.channel = 165;
+    chn.id.event = 16665, chn.id.stream = 165, chn.id.channel = 165;
     EXPECT_EQ(data(), "\r12345679       DT      FFFF       16665         166         166   ");
 }
 
@@ -109,13 +109,13 @@ TEST_F(Progress, of_data_is_what_print_would_show)
     for (uint32_t i = 0; i < 40000; i += 7) {
         Blk_cnt = i * 107;
         unit.unit_id = static_cast<uint16_t>(i * 13);
-        chn.event = static_cast<uint16_t>(i);
-        chn.stream = static_cast<uint16_t>(i % 166);
-        chn.channel = static_cast<uint16_t>(i / 3 % 166);
+        chn.id.event = static_cast<uint16_t>(i);
+        chn.id.stream = static_cast<uint16_t>(i % 166);
+        chn.id.channel = static_cast<uint16_t>(i / 3 % 166);
         char line[128];
         snprintf(line, sizeof line, "\r%07u       DT      %04X       %04u         %02u         %02u   ",
-                 Blk_cnt + 1, static_cast<unsigned>(unit.unit_id), static_cast<unsigned>(chn.event),
-                 chn.stream + 1U, chn.channel + 1U);
+                 Blk_cnt + 1, static_cast<unsigned>(unit.unit_id), static_cast<unsigned>(chn.id.event),
+                 chn.id.stream + 1U, chn.id.channel + 1U);
         ASSERT_EQ(data(), line);
     }
 }
@@ -149,7 +149,7 @@ TEST_F(Progress, of_the_network_shows_its_number)
 /// What the counter shows for the packet number `block`, counted from 0.
 class Counter : public Progress {
 protected:
-    Counter() { Verbose = 0; }
+    Counter() { Verbose = false; }
     std::string at(uint32_t block)
     {
         Blk_cnt = block;

@@ -1,7 +1,7 @@
 // The compressed decoders against libmseed. Left out where that library is missing.
 #ifdef VX_LIBMSEED
 
-#include "driver/settings.h"
+#include "driver/base/settings.h"
 #include "packet/mseed_frames.h"
 #include "packet/steim_by_the_book.h"
 
@@ -57,7 +57,7 @@ void expect_series(const Coding& coding, const Samples& series, Widths& widths)
 
 TEST(Libmseed, series_packed_by_it_as_steim_1_come_back)
 {
-    Log_on = 1;
+    Log_on = true;
     std::mt19937 random(41);
     Widths widths;
     for (int i = 0; i < 2000; ++i) {
@@ -70,7 +70,7 @@ TEST(Libmseed, series_packed_by_it_as_steim_1_come_back)
 
 TEST(Libmseed, series_packed_by_it_as_steim_2_come_back)
 {
-    Log_on = 1;
+    Log_on = true;
     std::mt19937 random(42);
     Widths widths;
     for (int i = 0; i < 2000; ++i) {
@@ -114,13 +114,13 @@ void expect_frames(const Coding& coding, uint32_t seed)
 
 TEST(Libmseed, frames_of_random_words_are_read_alike_as_steim_1)
 {
-    Log_on = 1;
+    Log_on = true;
     expect_frames(Coding1, 43);
 }
 
 TEST(Libmseed, frames_of_random_words_are_read_alike_as_steim_2)
 {
-    Log_on = 1;
+    Log_on = true;
     expect_frames(Coding2, 44);
 }
 

@@ -1,7 +1,7 @@
 // The decoders of samples, on frames made by hand and on random ones.
 #include "packet/samples.h"
 
-#include "driver/settings.h"
+#include "driver/base/settings.h"
 #include "kit/ending.h"
 #include "kit/hex_lines.h"
 #include "kit/packets.h"
@@ -29,9 +29,9 @@ using Samples = std::vector<int32_t>;
 constexpr int32_t Least = std::numeric_limits<int32_t>::min();
 constexpr int32_t Most = std::numeric_limits<int32_t>::max();
 
-Samples decoded(Decoder decoder, const std::string& packet)
+Samples decoded(Plain_decoder decoder, const std::string& packet)
 {
-    return Channel().decode(decoder, packet);
+    return Channel::decode(decoder, packet);
 }
 
 // ---- samples without compression
@@ -165,16 +165,6 @@ TEST(Buf_16, and_Buf_32_agree_with_reading_value_by_value)
     }
 }
 
-TEST(Buf_16, and_Buf_32_leave_the_carried_sample_and_the_mark_alone)
-{
-    Channel channel(4711);
-    channel.decode(Buf_16, Dt().format(0x16).samples({1, 2, 3}));
-    channel.decode(Buf_32, Dt().format(0x32).samples({1, 2, 3}));
-    EXPECT_EQ(channel.chn.last, 4711U);
-    EXPECT_EQ(channel.chn.discontinuous, 0);
-    EXPECT_EQ(channel.log(), "");
-}
-
 // ---- control words and bit fields
 
 TEST(C0_flag_cvt, unpacks_sixteen_codes_of_two_bits)
@@ -267,7 +257,7 @@ void expect_good(const Level& level, const std::string& packet, const Samples& s
         Samples got;
         EXPECT_EQ(kit::shown_by([&] { got = channel.decode(decoder, packet); }), "");
         EXPECT_EQ(got, samples);
-        EXPECT_EQ(channel.chn.discontinuous, 0);
+        EXPECT_FALSE(channel.chn.discontinuous);
         if (!samples.empty()) {
             EXPECT_EQ(static_cast<int32_t>(channel.chn.last), samples.back());
         }
@@ -282,7 +272,7 @@ void expect_bad(const Level& level, const std::string& packet, const Samples& sa
     for (const Decoder decoder : level.decoders) {
         Channel channel(last);
         EXPECT_EQ(channel.decode(decoder, packet), samples);
-        EXPECT_EQ(channel.chn.discontinuous, 1);
+        EXPECT_TRUE(channel.chn.discontinuous);
         EXPECT_EQ(channel.chn.last, by_the_book::word_at(packet, 1, 2));
         EXPECT_EQ(channel.log(),
                   "     Read " + read + "\r\n     Calc " + calc + "\r\n" + kit::hex_lines(packet) + "\r\n");
@@ -291,7 +281,7 @@ void expect_bad(const Level& level, const std::string& packet, const Samples& sa
 
 class Steim : public testing::Test {
 protected:
-    Steim() { Log_on = 1; }
+    Steim() { Log_on = true; }
 };
 
 TEST_F(Steim, 1_in_plain_bytes)
@@ -404,7 +394,7 @@ TEST_F(Steim, frames_without_any_data_give_no_samples)
             Channel channel(0);
             EXPECT_EQ(channel.decode(decoder, packet), Samples());
             EXPECT_EQ(channel.chn.last, 100U);
-            EXPECT_EQ(channel.chn.discontinuous, 0);
+            EXPECT_FALSE(channel.chn.discontinuous);
         }
     }
 }
@@ -487,9 +477,9 @@ TEST_F(Steim, a_last_sample_of_0_switches_the_check_of_the_next_start_off)
         Channel channel(0);
         channel.decode(decoder, Dt().steim1(0, 0, {one(0)}).count(1));
         channel.decode(decoder, Dt().steim1(5000, 5000, {one(77)}).count(1));
-        EXPECT_EQ(channel.chn.discontinuous, 0);
+        EXPECT_FALSE(channel.chn.discontinuous);
         channel.decode(decoder, Dt().steim1(5000, 5000, {one(77)}).count(1));
-        EXPECT_EQ(channel.chn.discontinuous, 1);
+        EXPECT_TRUE(channel.chn.discontinuous);
     }
 }
 
@@ -499,9 +489,9 @@ TEST_F(Steim, behind_a_mismatch_the_recorders_own_last_sample_is_carried)
         Channel channel(0);
         channel.decode(decoder, Dt().steim2(10, 999, {sub(2, 1, {0})}).count(1)); // ends with 10, says 999
         EXPECT_EQ(channel.chn.last, 999U);
-        channel.chn.discontinuous = 0;
+        channel.chn.discontinuous = false;
         channel.decode(decoder, Dt().steim2(1000, 1000, {sub(2, 1, {1})}).count(1));
-        EXPECT_EQ(channel.chn.discontinuous, 0);
+        EXPECT_FALSE(channel.chn.discontinuous);
         EXPECT_EQ(channel.chn.last, 1000U);
     }
 }
@@ -510,22 +500,22 @@ TEST_F(Steim, the_mark_of_a_mismatch_stays)
 {
     for (const Decoder decoder : Steim1.decoders) {
         Channel channel(0);
-        channel.chn.discontinuous = 1;
+        channel.chn.discontinuous = true;
         channel.decode(decoder, Dt().steim1(10, 10, {one(0)}).count(1));
-        EXPECT_EQ(channel.chn.discontinuous, 1);
+        EXPECT_TRUE(channel.chn.discontinuous);
         EXPECT_EQ(channel.log(), "");
     }
 }
 
 TEST_F(Steim, a_mismatch_is_not_logged_when_logs_are_off)
 {
-    Log_on = 0;
+    Log_on = false;
     for (const Level& level : {Steim1, Steim2}) {
         for (const Decoder decoder : level.decoders) {
             Channel channel(7);
             EXPECT_EQ(channel.decode(decoder, Dt().steim1(10, 99, {four(0, 1, 1, 1)}).count(4)),
                       (Samples{10, 11, 12, 13}));
-            EXPECT_EQ(channel.chn.discontinuous, 1);
+            EXPECT_TRUE(channel.chn.discontinuous);
             EXPECT_EQ(channel.chn.last, 99U);
             EXPECT_EQ(channel.log(), "");
         }
@@ -565,24 +555,61 @@ TEST_F(Steim, 2_first_word_of_no_known_width_counts_whole_as_first_difference)
         kit::shown_by([&] {
             channel.decode(decoder, Dt().steim2(50, 46, {{2, 0x00000005}, sub(2, 1, {1})}).count(1));
         });
-        EXPECT_EQ(channel.chn.discontinuous, 0);
+        EXPECT_FALSE(channel.chn.discontinuous);
     }
 }
 
-TEST_F(Steim, decode_samples_goes_by_the_encoding)
+/// What decode_samples makes of a packet: whatever its encoding.
+struct Outcome {
+    Decoded verdict;
+    uint32_t last;
+    Samples samples;
+};
+
+Outcome outcome_of(const std::string& bytes, ENCODING encoding, uint32_t last = 0)
 {
-    Channel channel(0);
-    const auto samples_of = [&](const std::string& bytes, ENCODING encoding) {
-        const Block block(bytes);
-        decode_samples(&channel.chn, block.pkt(), encoding);
-        return Samples(Data_buf.sample, Data_buf.sample + Data_buf.count);
+    const Block block(bytes);
+    auto out = std::make_unique<DATA_BUF>();
+    out->count = 0;
+    const Decoded verdict = decode_samples(block.pkt(), encoding, last, *out);
+    return {verdict, last, {out->sample, out->sample + out->count}};
+}
+
+TEST(decode_samples, of_uncompressed_packets_leaves_the_carried_sample_alone_and_finds_nothing_wrong)
+{
+    for (const auto& [format, encoding] : {std::pair(0x16U, ENCODING::int16), {0x32U, ENCODING::int32}}) {
+        const Outcome outcome = outcome_of(Dt().format(format).samples({1, 2, 3}), encoding, 4711);
+        EXPECT_EQ(outcome.samples, (Samples{1, 2, 3}));
+        EXPECT_EQ(outcome.last, 4711U);
+        EXPECT_TRUE(outcome.verdict.sound);
+        EXPECT_EQ(outcome.verdict.read_first | outcome.verdict.read_last, 0U);
+    }
+}
+
+TEST(decode_samples, of_a_steim_packet_that_is_not_sound_says_what_was_read_and_what_came_out)
+{
+    const std::string packet = Dt().steim1(100, 999, {one(3), one(10)}).count(2);
+    const Outcome outcome = outcome_of(packet, ENCODING::steim1, 5);
+    EXPECT_FALSE(outcome.verdict.sound);
+    EXPECT_EQ(outcome.verdict.read_first, 100U);
+    EXPECT_EQ(outcome.verdict.read_last, 999U);
+    EXPECT_EQ(outcome.verdict.calc_first, 8U); // the first difference, on 5
+    EXPECT_EQ(outcome.verdict.calc_last, 110U);
+    EXPECT_EQ(outcome.samples, (Samples{100, 110}));
+    EXPECT_EQ(outcome.last, 999U);
+}
+
+TEST(decode_samples, goes_by_the_encoding)
+{
+    const auto samples_of = [](const std::string& bytes, ENCODING encoding) {
+        return outcome_of(bytes, encoding).samples;
     };
     EXPECT_EQ(samples_of(Dt().format(0x16).samples({1, -2}), ENCODING::int16), (Samples{1, -2}));
     EXPECT_EQ(samples_of(Dt().format(0x32).samples({1, -2, 3}), ENCODING::int32), (Samples{1, -2, 3}));
     EXPECT_EQ(samples_of(Dt().steim1(5, 6, {two(0, 1)}).count(2), ENCODING::steim1), (Samples{5, 6}));
     EXPECT_EQ(samples_of(Dt().steim2(6, 7, {sub(2, 2, {0, 1})}).count(2), ENCODING::steim2), (Samples{6, 7}));
     EXPECT_EQ(samples_of(Dt().format(0x77).samples({1, 2}), ENCODING::none), Samples{});
-    EXPECT_EQ(sizeof Data_buf, 6328U);
+    EXPECT_EQ(sizeof(DATA_BUF), 6328U);
 }
 
 // ---- random frames, against the description written down a second time

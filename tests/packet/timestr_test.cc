@@ -15,23 +15,30 @@
 
 namespace {
 
+TIMESTR at(std::string_view text)
+{
+    TIMESTR t;
+    t.put(text);
+    return t;
+}
+
 /// The digits of a packet's header time.
 std::string time_of(const std::string& packet)
 {
-    return header_time(Block(packet).pkt()).s;
+    return Block(packet).pkt().time.s;
 }
 
 TIME_T parsed(const std::string& text)
 {
     TIME_T t{};
-    Time_atoil(&t, text.c_str());
+    Time_atoil(t, at(text));
     return t;
 }
 
 double seconds_of(const std::string& text)
 {
     const TIME_T t = parsed(text);
-    return Time_cvt(&t);
+    return Time_cvt(t);
 }
 
 TEST(header_time, is_made_of_the_headers_digits)
@@ -76,7 +83,7 @@ TEST(Time_atoil, clears_the_microseconds_and_leaves_the_spare_fields)
 {
     TIME_T t{};
     t.spare[0] = 11, t.spare[1] = -12, t.micro = 99;
-    Time_atoil(&t, "2004123101530250");
+    Time_atoil(t, at("2004123101530250"));
     EXPECT_EQ(t.spare[0], 11);
     EXPECT_EQ(t.spare[1], -12);
     EXPECT_EQ(t.micro, 0);
@@ -179,88 +186,89 @@ TEST(Time_cvt, adds_milliseconds_and_microseconds)
 {
     TIME_T t = parsed("1984001000000500");
     t.micro = 250;
-    EXPECT_EQ(Time_cvt(&t), 86400.0 + 0.5 + 0.00025);
+    EXPECT_EQ(Time_cvt(t), 86400.0 + 0.5 + 0.00025);
 }
 
 TEST(Time_cvt, ignores_the_spare_fields)
 {
     TIME_T t = parsed("1984001000000000");
     t.spare[0] = t.spare[1] = 1000;
-    EXPECT_EQ(Time_cvt(&t), 86400.0);
+    EXPECT_EQ(Time_cvt(t), 86400.0);
 }
 
 TEST(Time_dif, is_the_time_from_the_second_to_the_first)
 {
-    EXPECT_EQ(Time_dif("2004123101530250", "2004123101530000"), 0.25);
-    EXPECT_EQ(Time_dif("2004124000000000", "2004123000000000"), 86400.0);
-    EXPECT_EQ(Time_dif("2005001000000000", "2004365235959000"), 1.0);
+    EXPECT_EQ(Time_dif(at("2004123101530250"), at("2004123101530000")), 0.25);
+    EXPECT_EQ(Time_dif(at("2004124000000000"), at("2004123000000000")), 86400.0);
+    EXPECT_EQ(Time_dif(at("2005001000000000"), at("2004365235959000")), 1.0);
 }
 
 TEST(Time_dif, over_the_end_of_a_leap_year_is_a_day_short)
 {
-    EXPECT_EQ(Time_dif("2005001000000000", "2004366235959000"), 0.0); // that day counts as the same one
-    EXPECT_EQ(Time_dif("2005002000000000", "2004366000000000"), 86400.0);
-    EXPECT_EQ(Time_dif("2008001000000000", "2007365000000000"), 2 * 86400.0);
+    EXPECT_EQ(Time_dif(at("2005001000000000"), at("2004366235959000")),
+              0.0); // that day counts as the same one
+    EXPECT_EQ(Time_dif(at("2005002000000000"), at("2004366000000000")), 86400.0);
+    EXPECT_EQ(Time_dif(at("2008001000000000"), at("2007365000000000")), 2 * 86400.0);
 }
 
 TEST(Time_dif, is_0_when_the_first_is_not_later)
 {
-    EXPECT_EQ(Time_dif("2004123101530000", "2004123101530250"), 0.0);
-    EXPECT_EQ(Time_dif("2004123101530250", "2004123101530250"), 0.0);
-    EXPECT_EQ(Time_dif("", "2004123101530250"), 0.0);
-    EXPECT_EQ(Time_dif("", ""), 0.0);
+    EXPECT_EQ(Time_dif(at("2004123101530000"), at("2004123101530250")), 0.0);
+    EXPECT_EQ(Time_dif(at("2004123101530250"), at("2004123101530250")), 0.0);
+    EXPECT_EQ(Time_dif(at(""), at("2004123101530250")), 0.0);
+    EXPECT_EQ(Time_dif(at(""), at("")), 0.0);
 }
 
 TEST(Time_dif, of_a_time_and_none_is_the_whole_time)
 {
-    EXPECT_EQ(Time_dif("2004123101530250", ""), 641816130.25);
-    EXPECT_EQ(std::bit_cast<uint32_t>(static_cast<float>(Time_dif("2004123101530250", ""))), 0x4E190559U);
+    EXPECT_EQ(Time_dif(at("2004123101530250"), at("")), 641816130.25);
+    EXPECT_EQ(std::bit_cast<uint32_t>(static_cast<float>(Time_dif(at("2004123101530250"), at("")))),
+              0x4E190559U);
 }
 
 TEST(Time_dif, is_a_difference_of_two_large_numbers)
 {
-    const double difference = Time_dif("2004123101530123", "2004123101530001");
+    const double difference = Time_dif(at("2004123101530123"), at("2004123101530001"));
     EXPECT_EQ(std::bit_cast<uint32_t>(static_cast<float>(difference)),
               0x3DF9DB20U); // not ...23, which 0.122 is
 }
 
 TEST(Time_update, is_the_time_from_the_first_to_the_second)
 {
-    EXPECT_EQ(Time_update("2004001000000000", "2004001000001500"), 1.5f);
-    EXPECT_EQ(Time_update("2004001000001500", "2004001000000000"), -1.5f);
-    EXPECT_EQ(Time_update("2004001000000000", "2004001000000000"), 0.0f);
-    EXPECT_EQ(Time_update("2003365235959000", "2004001000000000"), 1.0f);
+    EXPECT_EQ(Time_update(at("2004001000000000"), at("2004001000001500")), 1.5f);
+    EXPECT_EQ(Time_update(at("2004001000001500"), at("2004001000000000")), -1.5f);
+    EXPECT_EQ(Time_update(at("2004001000000000"), at("2004001000000000")), 0.0f);
+    EXPECT_EQ(Time_update(at("2003365235959000"), at("2004001000000000")), 1.0f);
 }
 
 TEST(Time_update, every_year_has_365_days)
 {
-    EXPECT_EQ(Time_update("2004366235959000", "2005001000000000"), -86399.0f);
-    EXPECT_EQ(Time_update("2004001000000000", "2005001000000000"), 365 * 86400.0f);
+    EXPECT_EQ(Time_update(at("2004366235959000"), at("2005001000000000")), -86399.0f);
+    EXPECT_EQ(Time_update(at("2004001000000000"), at("2005001000000000")), 365 * 86400.0f);
 }
 
 TEST(Time_update, short_milliseconds_count_ten_times)
 {
-    EXPECT_EQ(Time_update("2004001000000000", "200400100000150"), 1.5f);
-    EXPECT_EQ(Time_update("200400100000150", "2004001000002000"), 0.5f);
-    EXPECT_EQ(Time_update("2004001000001000", "20040010000015"), 0.05f);
-    EXPECT_EQ(Time_update("2004001000000000", "2004001000001"), 1.0f);
-    EXPECT_EQ(Time_update("2004001000001000", "2004001000001 15"), 0.15f);  // a word of two characters
-    EXPECT_EQ(Time_update("2004001000001000", "20040010000011 5"), 0.01f);  // a word of one
-    EXPECT_EQ(Time_update("2004001000000000", "2004001000001 150"), 1.15f); // three, though behind a blank
+    EXPECT_EQ(Time_update(at("2004001000000000"), at("200400100000150")), 1.5f);
+    EXPECT_EQ(Time_update(at("200400100000150"), at("2004001000002000")), 0.5f);
+    EXPECT_EQ(Time_update(at("2004001000001000"), at("20040010000015")), 0.05f);
+    EXPECT_EQ(Time_update(at("2004001000000000"), at("2004001000001")), 1.0f);
+    EXPECT_EQ(Time_update(at("2004001000001000"), at("2004001000001 15")), 0.15f); // a word of two characters
+    EXPECT_EQ(Time_update(at("2004001000001000"), at("20040010000011 5")), 0.01f); // a word of one
 }
 
 /// Milliseconds that this text at their place stands for.
 double milliseconds_of(const std::string& text)
 {
-    return std::round(1000 * Time_update("2004001000000000", ("2004001000000" + text).c_str()));
+    return std::round(1000 * Time_update(at("2004001000000000"), at("2004001000000" + text)));
 }
 
 TEST(Time_update, milliseconds_are_one_word_between_white_space)
 {
     for (const char white : {' ', '\t', '\n', '\v', '\f', '\r'}) {
         const std::string space(1, white);
-        EXPECT_EQ(milliseconds_of(space + "250"), 250) << int{white};
-        EXPECT_EQ(milliseconds_of(space + space + "15"), 150) << int{white};
+        EXPECT_EQ(milliseconds_of(space + "25"), 250) << int{white};
+        EXPECT_EQ(milliseconds_of(space + space + "1"), 10) << int{white};
         EXPECT_EQ(milliseconds_of("1" + space + "5"), 10) << int{white};
         EXPECT_EQ(milliseconds_of("15" + space), 150) << int{white};
     }
@@ -272,23 +280,24 @@ TEST(Time_update, milliseconds_are_one_word_between_white_space)
 TEST(Time_update, is_a_single_float)
 {
     // 123 days, 10 hours, 15 minutes, 30.25 seconds less a day
-    EXPECT_EQ(Time_update("2004001000000000", "2004123101530250"),
+    EXPECT_EQ(Time_update(at("2004001000000000"), at("2004123101530250")),
               static_cast<float>(((122.0 * 24 + 10) * 60 + 15) * 60 + 30.25));
-    EXPECT_EQ(std::bit_cast<uint32_t>(Time_update("2004001000000000", "2004001000000001")), 0x3A83126FU);
+    EXPECT_EQ(std::bit_cast<uint32_t>(Time_update(at("2004001000000000"), at("2004001000000001"))),
+              0x3A83126FU);
 }
 
 TEST(Time_compr, tells_whether_the_first_is_later)
 {
-    EXPECT_EQ(Time_compr("2004123101530250", "2004123101530249"), 1);
-    EXPECT_EQ(Time_compr("2004123101530249", "2004123101530250"), 0);
-    EXPECT_EQ(Time_compr("2004123101530250", "2004123101530250"), 0);
+    EXPECT_EQ(Time_compr(at("2004123101530250"), at("2004123101530249")), 1);
+    EXPECT_EQ(Time_compr(at("2004123101530249"), at("2004123101530250")), 0);
+    EXPECT_EQ(Time_compr(at("2004123101530250"), at("2004123101530250")), 0);
 }
 
 TEST(Time_compr, wraps_at_32_bits)
 {
-    EXPECT_EQ(Time_compr("2004027000000000", "2004026000000000"), 0); // the wrap lies between
-    EXPECT_EQ(Time_compr("2004026000000000", "2004027000000000"), 1);
-    EXPECT_EQ(Time_compr("2004028000000000", "2004027000000000"), 1);
+    EXPECT_EQ(Time_compr(at("2004027000000000"), at("2004026000000000")), 0); // the wrap lies between
+    EXPECT_EQ(Time_compr(at("2004026000000000"), at("2004027000000000")), 1);
+    EXPECT_EQ(Time_compr(at("2004028000000000"), at("2004027000000000")), 1);
 }
 
 TEST(Time_compr, compares_milliseconds_modulo_32_bits)
@@ -309,14 +318,14 @@ TEST(Time_compr, compares_milliseconds_modulo_32_bits)
     };
     for (int i = 0; i < 5000; ++i) {
         const std::string a = some_time(), b = some_time();
-        EXPECT_EQ(Time_compr(a.c_str(), b.c_str()), ms_of(a) > ms_of(b)) << a << ' ' << b;
+        EXPECT_EQ(Time_compr(at(a), at(b)), ms_of(a) > ms_of(b)) << a << ' ' << b;
     }
 }
 
 TEST(Time_r64toil, converts_nothing)
 {
     TIME_T t{2004, 123, {1, 2}, 10, 15, 30, 250, 7};
-    Time_r64toil(&t, 641816130.25);
+    Time_r64toil(t, 641816130.25);
     const TIME_T before{2004, 123, {1, 2}, 10, 15, 30, 250, 7};
     EXPECT_EQ(memcmp(&t, &before, sizeof t), 0);
 }
@@ -326,8 +335,7 @@ std::string moved(const std::string& time, float rate, unsigned count)
 {
     TIMESTR t;
     t.put(time);
-    const std::string digits = kit::bcd(count, 4);
-    add_str_tim(t.s, rate, reinterpret_cast<const uint8_t*>(digits.data()));
+    add_str_tim(t, rate, static_cast<uint16_t>(count));
     return t.s;
 }
 
@@ -438,15 +446,6 @@ TEST(add_str_tim, the_slowest_rate_of_a_header_takes_no_time)
     EXPECT_EQ(std::stoul(time.substr(11, 2)), ms / 1000 % 60);
 }
 
-TEST(add_str_tim, counts_digits_above_9_as_what_they_are)
-{
-    TIMESTR t;
-    t.put("2004001000000000");
-    const uint8_t count[] = {0x0A, 0xFF}; // 1000 + 165
-    add_str_tim(t.s, 1000.0f, count);
-    EXPECT_STREQ(t.s, "2004001000001165");
-}
-
 /// The same, step by step.
 std::string moved_step_by_step(const std::string& time, float rate, unsigned count)
 {
@@ -487,6 +486,12 @@ std::string random_time(std::mt19937& random)
              proper ? 1980 + below(120, 1) : below(1, random() % 2 ? 10000 : 110), below(366, 999) + 1,
              below(24, 100), below(60, 100), below(60, 100), below(1000, 1000));
     return text;
+}
+
+TEST(add_str_tim, takes_any_count_of_16_bits)
+{
+    EXPECT_EQ(moved("2004001000000000", 1000.0f, 1165), "2004001000001165");
+    EXPECT_EQ(moved("2004001000000000", 1000.0f, 65535), "2004001000105535");
 }
 
 TEST(add_str_tim, agrees_with_carrying_step_by_step)

@@ -1,7 +1,7 @@
 // The sample decoders against libmseed, in bulk: what it packs must come back, what the recording maker packs
 // both must read alike, and frames that no encoder makes as well. vx_peers SERIES [SEED]: so many random
 // series; then the real recordings, where they are.
-#include "driver/settings.h"
+#include "driver/base/settings.h"
 #include "mkrec/steim_encode.h"
 #include "packet/kind.h"
 #include "packet/mseed_frames.h"
@@ -23,8 +23,15 @@ using namespace mseed_frames;
 constexpr unsigned Most16 = 480, Most32 = 240;
 constexpr unsigned Steim1_formats[] = {0xC0, 0xC1, 0x02, 0x03};
 constexpr unsigned Steim2_formats[] = {0xC2, 0xC3};
-const Coding Plain16{0, DE_INT16, 0x16, {Buf_16, Buf_16}};
-const Coding Plain32{0, DE_INT32, 0x32, {Buf_32, Buf_32}};
+/// A decoder of plain samples as one that gives a verdict.
+template <Plain_decoder decode>
+Decoded plain(const PACKET& pkt, uint32_t&, DATA_BUF& out)
+{
+    decode(pkt, out);
+    return {};
+}
+const Coding Plain16{0, DE_INT16, 0x16, {plain<Buf_16>, plain<Buf_16>}};
+const Coding Plain32{0, DE_INT32, 0x32, {plain<Buf_32>, plain<Buf_32>}};
 
 struct Account {
     unsigned long series = 0, packets = 0, samples = 0, frames = 0, made = 0, real = 0, real_odd = 0,
@@ -40,9 +47,11 @@ void find_fault(Account& account, const std::string& what)
 /// How the program itself comes to the samples of a packet.
 Samples by_the_program(Channel& channel, const std::string& packet)
 {
-    const Block block(packet);
-    decode_samples(&channel.chn, block.pkt(), encoding_of(static_cast<uint8_t>(packet[23])));
-    return {Data_buf.sample, Data_buf.sample + Data_buf.count};
+    return channel.decode(
+        [](const PACKET& pkt, uint32_t& last, DATA_BUF& out) {
+            return decode_samples(pkt, encoding_of(byte(pkt, EVT::Format)), last, out);
+        },
+        packet);
 }
 
 void note_forms(Account& account, const Coding& coding, const std::string& packet)
@@ -87,7 +96,7 @@ void packed_by_it(Account& account, const Coding& coding, unsigned format, const
     if (whole != series || by_word != series || channel.chn.discontinuous)
         find_fault(account,
                    "series " + std::to_string(account.series) + ", format " + std::to_string(format));
-    channel.chn.discontinuous = 0;
+    channel.chn.discontinuous = false;
 }
 
 /// What the maker packs is read alike by libmseed, by the program, and is the series.
@@ -171,8 +180,8 @@ void real_packet(Account& account, const std::string& packet, Channel& channel)
     if (encoding == ENCODING::none) return;
     channel.chn.last = 0;
     const Samples ours = by_the_program(channel, packet);
-    const bool odd = channel.chn.discontinuous != 0 || ours.empty();
-    channel.chn.discontinuous = 0;
+    const bool odd = channel.chn.discontinuous || ours.empty();
+    channel.chn.discontinuous = false;
     if (odd) {
         ++account.real_odd;
         return;
@@ -209,7 +218,7 @@ int main(int argc, char** argv)
         return 2;
     }
     set_defaults();
-    Log_on = 1;
+    Log_on = true;
     Account account;
     random_cases(account, strtoul(argv[1], nullptr, 10),
                  static_cast<uint32_t>(argc > 2 ? strtoul(argv[2], nullptr, 10) : 1));

@@ -1,6 +1,6 @@
 #include "ls/entry.h"
 
-#include "driver/settings.h"
+#include "driver/base/settings.h"
 
 #include <algorithm>
 #include <cerrno>

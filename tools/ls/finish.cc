@@ -3,7 +3,7 @@
 #include "ls/fresh.h"
 #include "ls/tell.h"
 #include "ls/text.h"
-#include "output/qcc.h"
+#include "model/record/records.h"
 
 #include <cerrno>
 #include <cmath>

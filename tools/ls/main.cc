@@ -1,6 +1,6 @@
 // vx_ls: what is in an output tree of vx_sac. Statuses: 0 done, 1 something could not be read or written,
 // 2 bad arguments.
-#include "driver/console.h"
+#include "driver/base/console.h"
 #include "ls/begin.h"
 #include "ls/finish.h"
 #include "ls/list.h"

@@ -1,7 +1,6 @@
 #include "trace/header.h"
 
-#include "driver/number.h"
-#include "output/qcc.h"
+#include "model/record/records.h"
 
 #include <algorithm>
 #include <charconv>

@@ -1,6 +1,6 @@
 #include "trace/walk.h"
 
-#include "driver/settings.h"
+#include "driver/base/settings.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -1,0 +1,332 @@
+#include "driver/base/outfile.h"
+
+#include "driver/base/pieces.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <string>
+#include <sys/resource.h>
+#include <unistd.h>
+#include <utility>
+
+namespace {
+
+// Buffers come in three sizes, the large ones lent first: few files write fast, many files share what
+// memory there is. A buffer that comes free is kept for the next file.
+struct TIER {
+    uint32_t size;
+    uint32_t count;        ///< most buffers of this size
+    uint32_t made = 0;     ///< allocated so far
+    char* spare = nullptr; ///< those not lent, chained through their first bytes
+};
+TIER Tiers[] = {{Piece_max, 64}, {16384, 192}, {Out_room_max, 768}};
+
+constexpr uint32_t Slots_max = 64 + 192 + 768;
+constexpr uint32_t Descriptors_kept = 24; ///< left for input, INI file, console and what the host wants
+
+uint32_t Slots_allowed; ///< 0 until the first file asks
+uint32_t Slots_lent;
+uint32_t Openings; ///< so far: the number of the latest one
+OUT_FILE* Newest;
+OUT_FILE* Oldest;
+uint64_t Since_closing;    ///< bytes of full buffers since a file was last closed
+uint64_t Between_closings; ///< and before that, back to the closing before
+
+/// How many files may hold a descriptor. The process asks for as many as all slots need and settles for
+/// what it gets.
+uint32_t slots_by_limit()
+{
+    rlimit limit{};
+    if (getrlimit(RLIMIT_NOFILE, &limit) != 0) return 8;
+    const rlim_t wanted = Slots_max + Descriptors_kept;
+    if (limit.rlim_cur < wanted) {
+        const rlimit raised{std::min(wanted, limit.rlim_max), limit.rlim_max};
+        if (setrlimit(RLIMIT_NOFILE, &raised) == 0) limit = raised;
+    }
+    if (limit.rlim_cur <= Descriptors_kept + 2) return 2;
+    return static_cast<uint32_t>(std::min<rlim_t>(limit.rlim_cur - Descriptors_kept, Slots_max));
+}
+
+/// The kernel enlarges a process's table of descriptors step by step, and in a process with two threads each
+/// step takes some ten milliseconds. A copy of standard input with a high number enlarges it before the
+/// thread starts.
+void widen_descriptor_table()
+{
+    const int last = fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, static_cast<int>(Slots_max + Descriptors_kept - 1));
+    if (last >= 0) ::close(last);
+}
+
+void unlink_slot(OUT_FILE& file)
+{
+    (file.newer ? file.newer->older : Newest) = file.older;
+    (file.older ? file.older->newer : Oldest) = file.newer;
+    file.newer = file.older = nullptr;
+}
+
+void link_newest(OUT_FILE& file)
+{
+    file.older = Newest;
+    (Newest ? Newest->newer : Oldest) = &file;
+    Newest = &file;
+}
+
+char* take_buffer(uint32_t& size)
+{
+    for (TIER& tier : Tiers) {
+        char* buf = tier.spare;
+        if (buf) {
+            memcpy(&tier.spare, buf, sizeof tier.spare);
+        } else if (tier.made < tier.count) {
+            buf = static_cast<char*>(malloc(tier.size));
+            if (buf) ++tier.made;
+        }
+        if (buf) {
+            size = tier.size;
+            return buf;
+        }
+    }
+    return nullptr;
+}
+
+void give_buffer(char* buf, uint32_t size)
+{
+    for (TIER& tier : Tiers) {
+        if (tier.size != size) continue;
+        memcpy(buf, &tier.spare, sizeof tier.spare);
+        tier.spare = buf;
+    }
+}
+
+/// A byte could not be written.
+void lose(OUT_FILE& file)
+{
+    if (file.broken) return;
+    file.broken = true;
+    file.used = 0;
+    file.on_loss(file.name);
+}
+
+/// The same for a file that the thread knows by its number. It has its slot until the thread has finished.
+void lose_numbered(uint32_t number)
+{
+    for (OUT_FILE* file = Newest; file; file = file->older)
+        if (file->number == number) return lose(*file);
+}
+
+/// Writes what is collected, behind all that was handed over before.
+void write_collected(OUT_FILE& file)
+{
+    out_settle();
+    if (file.used == 0) return;
+    const uint32_t n = file.used;
+    file.used = 0; // also when it fails: the ending that follows must not try again
+    if (!file.broken && !write_all(file.fd, file.buf, n)) lose(file);
+}
+
+/// True where traces are long enough for the thread to save time: every closing of a file waits for it, which
+/// costs about what it saves on ten pieces.
+bool thread_pays()
+{
+    constexpr uint64_t least = Pieces * Piece_max;
+    return std::max(Since_closing, Between_closings) >= least;
+}
+
+/// Makes room in a buffer that is full.
+void empty_buffer(OUT_FILE& file)
+{
+    Since_closing += file.used;
+    if (thread_pays() && hand_over(file.fd, {file.buf, file.used}, file.number))
+        file.used = 0;
+    else
+        write_collected(file);
+}
+
+/// Writes what is collected and takes the slot back. The file stays open in its owner's eyes.
+void take_slot(OUT_FILE& file)
+{
+    if (!file.buf) return;
+    write_collected(file);
+    if (Since_closing > 0) Between_closings = std::exchange(Since_closing, 0);
+    const bool closed = ::close(file.fd) == 0;
+    file.fd = -1;
+    unlink_slot(file);
+    give_buffer(file.buf, file.cap);
+    file.buf = nullptr;
+    file.cap = 0;
+    --Slots_lent;
+    if (!closed && errno != EINTR) lose(file);
+}
+
+/// Opens a path, with the oldest file giving way when descriptors run out.
+int open_somehow(const char* path, int how)
+{
+    for (;;) {
+        const int fd = ::open(path, how | O_CLOEXEC | O_NOCTTY, 0666);
+        if (fd >= 0 || (errno != EMFILE && errno != ENFILE) || !out_give_up_oldest()) return fd;
+    }
+}
+
+int how_to_open(OUT_MODE mode)
+{
+    switch (mode) {
+    case OUT_MODE::create_new: return O_WRONLY | O_APPEND | O_CREAT | O_EXCL;
+    case OUT_MODE::truncate: return O_WRONLY | O_APPEND | O_CREAT | O_TRUNC;
+    case OUT_MODE::append: break;
+    }
+    return O_WRONLY | O_APPEND | O_CREAT;
+}
+
+/// Gives a file a buffer to the descriptor it has got.
+bool lend_slot(OUT_FILE& file, int fd)
+{
+    if (Slots_allowed == 0) {
+        Slots_allowed = slots_by_limit();
+        widen_descriptor_table();
+    }
+    while (Slots_lent >= Slots_allowed && out_give_up_oldest()) {
+    }
+    do {
+        file.buf = take_buffer(file.cap);
+    } while (!file.buf && out_give_up_oldest());
+    if (!file.buf) return false;
+    file.fd = fd;
+    file.used = 0;
+    link_newest(file);
+    ++Slots_lent;
+    return true;
+}
+
+/// A file that is written to again after its slot was taken.
+void regain_slot(OUT_FILE& file)
+{
+    const int fd = open_somehow(file.name, O_WRONLY | O_APPEND);
+    if (fd < 0 || !lend_slot(file, fd)) {
+        if (fd >= 0) ::close(fd);
+        lose(file);
+    }
+}
+
+/// Where the bytes of a file go that has lost some already.
+char* waste()
+{
+    static char bin[Out_room_max];
+    return bin;
+}
+
+} // namespace
+
+bool out_open(OUT_FILE& file, const char* name, OUT_MODE mode, ON_LOSS on_loss)
+{
+    const int fd = open_somehow(name, how_to_open(mode));
+    if (fd < 0) return false;
+    if (!lend_slot(file, fd)) {
+        ::close(fd);
+        if (mode == OUT_MODE::create_new) ::unlink(name); // or its name would be taken at the next try
+        errno = ENOMEM;
+        return false;
+    }
+    file.name = name;
+    file.number = ++Openings;
+    file.on_loss = on_loss;
+    file.open = true;
+    file.broken = false;
+    return true;
+}
+
+void out_close(OUT_FILE& file)
+{
+    if (!file.open) return;
+    take_slot(file);
+    file.open = false;
+}
+
+void out_close_all()
+{
+    while (out_give_up_oldest()) {
+    }
+    end_pieces();
+}
+
+bool out_overwrite_start(const char* name, std::string_view bytes, ON_LOSS on_loss)
+{
+    out_settle();
+    const int fd = open_somehow(name, O_RDWR);
+    if (fd < 0) return false;
+    const bool written = write_all(fd, bytes.data(), bytes.size());
+    const bool closed = ::close(fd) == 0 || errno == EINTR;
+    if (!written || !closed) on_loss(name);
+    return true;
+}
+
+void out_settle()
+{
+    finish_pieces(lose_numbered);
+}
+
+bool out_give_up_oldest()
+{
+    if (!Oldest) return false;
+    take_slot(*Oldest);
+    return true;
+}
+
+void out_limit_slots(uint32_t slots)
+{
+    Slots_allowed = slots;
+}
+
+char* OUT_FILE::room(uint32_t n)
+{
+    if (!buf && !broken) regain_slot(*this);
+    if (broken || !buf) {
+        used = 0;
+        return waste();
+    }
+    if (Newest != this) {
+        unlink_slot(*this);
+        link_newest(*this);
+    }
+    if (cap - used < n) empty_buffer(*this);
+    return broken ? waste() : buf + used;
+}
+
+void OUT_FILE::write(std::string_view bytes)
+{
+    while (!bytes.empty()) {
+        const size_t n = std::min<size_t>(bytes.size(), Out_room_max);
+        memcpy(room(static_cast<uint32_t>(n)), bytes.data(), n);
+        took(static_cast<uint32_t>(n));
+        bytes.remove_prefix(n);
+    }
+}
+
+/// Formats a text of n characters that did not fit behind what is collected.
+__attribute__((format(printf, 3, 0))) static void print_anew(OUT_FILE& file, uint32_t n, const char* format,
+                                                             va_list args)
+{
+    std::string whole(n + 1, '\0');
+    vsnprintf(whole.data(), whole.size(), format, args);
+    file.write(std::string_view(whole).substr(0, n));
+}
+
+void OUT_FILE::print(const char* format, ...)
+{
+    va_list args;
+    va_start(args, format);
+    va_list again;
+    va_copy(again, args);
+    char* to = room(1);
+    const uint32_t left = broken ? Out_room_max : cap - used;
+    const int n = vsnprintf(to, left, format, args);
+    if (n >= 0 && static_cast<uint32_t>(n) < left)
+        took(static_cast<uint32_t>(n));
+    else if (n >= 0)
+        print_anew(*this, static_cast<uint32_t>(n), format, again);
+    va_end(again);
+    va_end(args);
+}

@@ -1,0 +1,5 @@
+#include "driver/base/run_files.h"
+
+FILE* FdIn;
+OUT_FILE FdLog;
+OUT_FILE FdQcc;

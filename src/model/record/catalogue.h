@@ -1,0 +1,46 @@
+// Tables of sensors, gains, measures and letters, and the sensor look-up.
+#pragma once
+
+#include <cstdint>
+
+struct SENSOR {
+    uint16_t code;
+    char make[31];
+    char model[15];
+    char name[16];
+    double freq; ///< natural frequency, Hz
+    double damp;
+    double vpu; ///< volts per unit
+    double fsa; ///< full-scale voltage
+};
+inline constexpr uint16_t Sensor_cnt = 42;
+inline constexpr uint16_t Sensor_unknown = 41; ///< the row that matches every sensor
+extern const SENSOR Sensor[Sensor_cnt];
+
+struct GAIN {
+    float factor;
+    float db;
+};
+inline constexpr int Gain_cnt = 16;
+extern const GAIN Gain_info[Gain_cnt];
+
+struct MEASURE {
+    uint16_t code;
+    char name[16];
+};
+inline constexpr int Measure_cnt = 22;
+extern const MEASURE Measures[Measure_cnt];
+
+inline constexpr char Axis[] = "ZNEZNE"; ///< default orientation letter of channel n, at n mod 6
+
+struct UNITS {
+    char letter;
+    char name[8];
+};
+extern const double FSA[6];    ///< full-scale voltages; nothing reads them
+extern const UNITS Units[5];   ///< sensor unit letters; nothing reads them
+extern const char Bw_units[6]; ///< bit weight prefixes none, milli, micro, nano, pico; nothing reads them
+
+/// The row of the first sensor whose make and model begin these, in any case. Row
+/// order is part of the behaviour: "FBA-1" stands before, and so catches, "FBA-13".
+uint16_t Sensor_find(const char* make, const char* model);
