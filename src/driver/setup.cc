@@ -91,6 +91,7 @@ void find_ini_file(const char* argv0)
         FileIni.assign(argv0, slash ? static_cast<size_t>(slash + 1 - argv0) : strlen(argv0));
         FileIni += Fname_ini;
     }
+    // kept: note-in-the-path. The note becomes part of the path, which is shown, and then looked for.
     if (!fexist(FileIni.c_str())) FileIni += " - not found; using defaults";
 }
 

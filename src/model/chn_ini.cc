@@ -1,4 +1,4 @@
-// The channel keys of the INI file, and the constants of known sensors, taken into the channel's record.
+// The channel keys of the INI file, and the constants of known sensors, applied to the channel's settings.
 #include "driver/base/ascii.h"
 #include "driver/base/number.h"
 #include "model/channel.h"
@@ -9,48 +9,16 @@
 #include <map>
 #include <utility>
 
-static const INI_KEY IniKeyChn[] = {
-    "ChnFSA",   "ChnRes",      "ChnBand",   "ChnType",    "ChnAxis",    "ChnSnsMake", "ChnSnsModel",
-    "ChnSnsSN", "ChnSnsFSA",   "ChnSnsVPU", "ChnSnsFreq", "ChnSnsDamp", "ChnLat",     "ChnLon",
-    "ChnAlt",   "ChnAzm",      "ChnDepth",  "ChnDip",     "ChnNZNP",    "ChnZero",    "ChnPole",
-    "ChnNorm",  "ChnSeisComp", "ChnStnChn", "",
-};
-enum CHN_KEY {
-    FULL_SCALE,
-    RES,
-    BAND,
-    TYPE,
-    AXIS,
-    SNS_MAKE,
-    SNS_MODEL,
-    SNS_SN,
-    SNS_FSA,
-    SNS_VPU,
-    SNS_FREQ,
-    SNS_DAMP,
-    LAT,
-    LON,
-    ALT,
-    AZM,
-    DEPTH,
-    DIP,
-    NZNP,
-    ZERO,
-    POLE,
-    NORM,
-    SEIS_COMP,
-    STN_CHN,
-};
-static_assert(sizeof IniKeyChn / sizeof IniKeyChn[0] == STN_CHN + 2);
+namespace {
 
 /// The channel a line is about.
-struct LINE_HEAD {
+struct LineHead {
     uint16_t number;      ///< counted from 1; may be anything
     std::string_view key; ///< what follows the number
 };
 
 /// Takes the head "Ch1", "Ch01" or "ChA" off a line. Number 0, which no channel has, when there is none.
-static LINE_HEAD line_head(std::string_view line)
+LineHead line_head(std::string_view line)
 {
     if (line.size() < 3 || to_upper(line[0]) != 'C' || to_upper(line[1]) != 'H') return {0, {}};
     const auto letter = static_cast<unsigned char>(line[2]);
@@ -64,15 +32,8 @@ static LINE_HEAD line_head(std::string_view line)
     return {static_cast<uint16_t>(number * 10 + (line[3] - '0')), line.substr(4)};
 }
 
-/// The first value that is not 0 stays, be it told by a line or by the catalogue.
-template <class Number>
-static void set_once(Number& field, Number value)
-{
-    if (field == 0) field = value;
-}
-
-/// Looks a newly told model up, unless the channel has a row of its own already.
-static void take_sensor(Settings& set)
+/// Looks up a model that a line names, unless the channel has a row of its own already.
+void take_sensor(Settings& set)
 {
     if (set.sns_ndx != 0 && set.sns_ndx != Sensor_unknown) return;
     set.sns_ndx = Sensor_find(set.make.s, set.model.s);
@@ -83,51 +44,72 @@ static void take_sensor(Settings& set)
     set_once(set.sns_fsa, sensor.fsa);
 }
 
-static void apply(Settings& set, int key, std::string_view value)
+void set_make(Settings& set, std::string_view value)
 {
-    const auto integer = [&] { return to_int32(value); };
-    switch (key) {
-    case FULL_SCALE: set.fsa = to_double(value); break;
-    case RES: set.bits = static_cast<uint8_t>(integer()); break;
-    case BAND: set.band = value.front(); break;
-    case TYPE: set.set_type(to_upper(value.front())); break;
-    case AXIS: set.axis = value.front(); break;
-    case SNS_MAKE:
-        if (set.make.empty()) set.make.put(value);
-        break;
-    case SNS_MODEL:
-        set.model.put(value);
-        take_sensor(set);
-        break;
-    case SNS_SN: set.sn = static_cast<uint32_t>(integer()); break;
-    case SNS_FSA: set_once(set.sns_fsa, to_double(value)); break;
-    case SNS_VPU: set_once(set.vpu, to_double(value)); break;
-    case SNS_FREQ: set_once(set.freq, to_double(value)); break;
-    case SNS_DAMP: set_once(set.damp, to_double(value)); break;
-    case AZM: set.azimuth = static_cast<uint16_t>(integer()); break;
-    case DEPTH: set.depth = to_double(value); break;
-    case DIP: set.dip = static_cast<int16_t>(integer()); break;
-    case SEIS_COMP: set.SeisComp.put(value); break;
-    case STN_CHN: set_once(set.stn_chn, static_cast<uint16_t>(integer())); break;
-    default: break; // known, and nothing is kept of it
-    }
+    if (set.make.empty()) set.make.put(value);
 }
 
+void set_model(Settings& set, std::string_view value)
+{
+    set.model.put(value);
+    take_sensor(set);
+}
+
+template <class Number>
+Number integer(std::string_view value)
+{
+    return static_cast<Number>(to_int32(value));
+}
+
+struct ChannelKey {
+    std::string_view name; ///< as it follows the channel's number
+    void (*apply)(Settings& set, std::string_view value); ///< null: the key is known, and its value is not kept
+};
+
+constexpr ChannelKey IniKeyChn[] = {
+    {"FSA", [](Settings& s, std::string_view v) { s.fsa = to_double(v); }},
+    {"Res", [](Settings& s, std::string_view v) { s.bits = integer<uint8_t>(v); }},
+    {"Band", [](Settings& s, std::string_view v) { s.band = v.front(); }},
+    {"Type", [](Settings& s, std::string_view v) { s.set_type(to_upper(v.front())); }},
+    {"Axis", [](Settings& s, std::string_view v) { s.axis = v.front(); }},
+    {"SnsMake", set_make},
+    {"SnsModel", set_model},
+    {"SnsSN", [](Settings& s, std::string_view v) { s.sn = integer<uint32_t>(v); }},
+    {"SnsFSA", [](Settings& s, std::string_view v) { set_once(s.sns_fsa, to_double(v)); }},
+    {"SnsVPU", [](Settings& s, std::string_view v) { set_once(s.vpu, to_double(v)); }},
+    {"SnsFreq", [](Settings& s, std::string_view v) { set_once(s.freq, to_double(v)); }},
+    {"SnsDamp", [](Settings& s, std::string_view v) { set_once(s.damp, to_double(v)); }},
+    {"Lat", nullptr},
+    {"Lon", nullptr},
+    {"Alt", nullptr},
+    {"Azm", [](Settings& s, std::string_view v) { s.azimuth = integer<uint16_t>(v); }},
+    {"Depth", [](Settings& s, std::string_view v) { s.depth = to_double(v); }},
+    {"Dip", [](Settings& s, std::string_view v) { s.dip = integer<int16_t>(v); }},
+    {"NZNP", nullptr},
+    {"Zero", nullptr},
+    {"Pole", nullptr},
+    {"Norm", nullptr},
+    {"SeisComp", [](Settings& s, std::string_view v) { s.SeisComp.put(v); }},
+    {"StnChn", [](Settings& s, std::string_view v) { set_once(s.stn_chn, integer<uint16_t>(v)); }},
+};
+
 /// What the lines of a section make of a channel.
-static Settings settings_by(const INI_SECTION& section, uint16_t channel, Settings set)
+Settings settings_by(const INI_SECTION& section, uint16_t channel, Settings set)
 {
     for (const std::string_view line : section.lines) {
-        const LINE_HEAD head = line_head(line);
+        const LineHead head = line_head(line);
         if (head.number != channel + 1) continue;
-        const int key = ini_key(head.key, IniKeyChn, 3);
+        const ChannelKey* key = ini_row(head.key, IniKeyChn);
         const auto value = ini_value(line);
-        if (key >= 0 && value && !value->empty()) apply(set, key, *value);
+        if (key && key->apply && value && !value->empty()) key->apply(set, *value);
     }
     return set;
 }
 
-/// By section and channel: a section is walked once for a channel, however many events it has.
-static std::map<std::pair<uint32_t, uint16_t>, Settings> Known_settings;
+/// By section and channel: the lines of a section are read once for a channel, however many events it has.
+std::map<std::pair<uint32_t, uint16_t>, Settings> Known_settings;
+
+} // namespace
 
 void Chn_ini(CHN_T& chn)
 {

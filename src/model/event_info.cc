@@ -65,6 +65,7 @@ static void take_position(UNIT_T& unit, const PACKET& pkt)
     unit.position.alt = scan_int32(p, POS::Elevation, 6);
 }
 
+/// kept: short-headers-describe. A short EH or ET, which is logged as one text, is read like a full one.
 static void take_description(EVT_T& evt, const PACKET& pkt)
 {
     take_rate_and_trigger(evt, pkt);

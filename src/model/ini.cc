@@ -145,14 +145,9 @@ void ini_forget()
     Ini = {};
 }
 
-int ini_key(std::string_view text, const INI_KEY* keys, size_t drop)
+bool begins_with_key(std::string_view text, std::string_view key)
 {
-    for (int i = 0; keys[i][0] != '\0'; ++i) {
-        const char* key = keys[i] + drop;
-        const size_t len = strlen(key);
-        if (text.size() >= len && strncasecmp(text.data(), key, len) == 0) return i;
-    }
-    return -1;
+    return text.size() >= key.size() && strncasecmp(text.data(), key.data(), key.size()) == 0;
 }
 
 std::optional<std::string_view> ini_value(std::string_view line)
@@ -160,6 +155,6 @@ std::optional<std::string_view> ini_value(std::string_view line)
     const size_t equals = line.find('=');
     if (equals == std::string_view::npos) return std::nullopt;
     const std::string_view value = line.substr(equals + 1);
-    const std::string_view told = value.substr(0, value.find_first_of(";\r\n"));
-    return told.substr(std::min(told.find_first_not_of(' '), told.size()));
+    const std::string_view given = value.substr(0, value.find_first_of(";\r\n"));
+    return given.substr(std::min(given.find_first_not_of(' '), given.size()));
 }

@@ -37,7 +37,7 @@ public:
     PLACE end() const { return {packed.data() + packed.size()}; }
 
 private:
-    std::string packed; // before each line a byte that tells its length
+    std::string packed; // each line after a byte with its length
     size_t count = 0;
 };
 
@@ -58,13 +58,26 @@ const INI_SECTION* ini_section(uint16_t unit_id, int32_t from);
 /// Forgets what was read, so that the file is read again; for tests.
 void ini_forget();
 
-/// One slot of a key table; an empty one ends the table.
-using INI_KEY = char[12];
+/// True when a text begins with the key, in any case.
+bool begins_with_key(std::string_view text, std::string_view key);
 
-/// Index of the first key, in table order, that the text begins with, in any case; -1 for none. Each key is
-/// compared without its first `drop` characters.
-int ini_key(std::string_view text, const INI_KEY* keys, size_t drop);
+/// The first row of a key table whose `name` the text begins with; null for none. Row order matters where one name
+/// begins another.
+template <class Row, size_t n>
+const Row* ini_row(std::string_view text, const Row (&rows)[n])
+{
+    for (const Row& row : rows)
+        if (begins_with_key(text, row.name)) return &row;
+    return nullptr;
+}
 
-/// The value of a line: behind the first "=", before the first ";", CR or LF, leading blanks skipped,
-/// trailing ones kept. Nothing when the line has no "=".
+/// kept: first-number-wins. Some numbers keep their first value that is not 0, from a line or from the catalogue.
+template <class Number>
+void set_once(Number& field, Number value)
+{
+    if (field == 0) field = value;
+}
+
+/// The value of a line: what follows the first "=", up to the first ";", CR or LF, without leading blanks; trailing ones
+/// stay. Nothing when the line has no "=".
 std::optional<std::string_view> ini_value(std::string_view line);

@@ -61,6 +61,7 @@ void form_lines(OUT_FILE& log, Form form, const PACKET& pkt, std::span<const Lin
     for (const Line& line : lines) form_line(log, form, pkt, line, entry);
 }
 
+/// kept: blank-first-byte. Only the first byte is looked at, so an entry numbered " 1" is skipped.
 bool form_entry(OUT_FILE& log, const PACKET& pkt, int entry)
 {
     if (!given(text(pkt, {entry, 1}))) return false;

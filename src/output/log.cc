@@ -105,8 +105,8 @@ void log_health_text(OUT_FILE& file, const PACKET& pkt, int count)
     file.write("\n");
 }
 
-/// Room for "     %03X   " and the line end around hex_str's line.
-constexpr uint32_t Hex_line_room = 96;
+/// "     %03X   ", hex_str's line and the line end, the longest that log_hex writes at once.
+constexpr uint32_t Hex_line_room = 5 + 3 + 3 + Hex_str_len + 2 + 1;
 
 void log_hex(OUT_FILE& file, const PACKET& pkt, int count)
 {
@@ -160,9 +160,12 @@ char take_mark()
     return sign == 0 ? ' ' : sign < 0 ? '-' : '+';
 }
 
+/// The pieces of a summary line: type with mark and time, event fields at their widest, counts with the block number.
+constexpr uint32_t Head_line_room = (2 + 1 + 23 + 5 + 7) + (7 + 8 + 4 + 8 + 5 + 5) + (7 + 7 + 3 + 10 + 2);
+
 void log_head(OUT_FILE& file, const PACKET& pkt, char mark)
 {
-    char* const line = file.room(160);
+    char* const line = file.room(Head_line_room);
     char* to = put_type_and_time(line, pkt, mark);
     if (belongs_to_event(pkt))
         to = put_event(to, pkt);

@@ -64,6 +64,7 @@ void store_numbers(OUT_FILE& file, const CHN_T& chn)
 
 void store_channel(const BOTH& files, const UNIT_T& unit, CHN_T& chn)
 {
+    // kept: qc-channels-from-zero. Everywhere else channels are counted from 1.
     if (files.unit) files.unit->print("\r\n   Channel %2u:", chn.id.channel);
     files.run->print("\r\n   %04hX    %2u:", unit.unit_id, chn.id.channel);
     if (chn.cnt > 1) {

@@ -35,7 +35,7 @@ inline uint16_t bcd2i(const uint8_t* bcd, int16_t n)
     return static_cast<uint16_t>(value);
 }
 
-/// The same value, a byte at a time.
+/// carried: bytewise-bcd. The same value, a byte at a time.
 inline uint16_t bcdtoi(const uint8_t* bcd, uint16_t n)
 {
     unsigned value = 0;
@@ -48,6 +48,7 @@ inline uint16_t bcdtoi(const uint8_t* bcd, uint16_t n)
 /// room for 14. Returns the number of characters (13).
 int secs_split(const uint8_t* packed, char* text);
 
+/// carried: byte-swaps. The bytes of a number in reverse order.
 inline int16_t swap16(uint16_t v)
 {
     return static_cast<int16_t>(__builtin_bswap16(v));
@@ -75,17 +76,17 @@ void put_be32(BYTE* to, uint32_t word)
     for (int i = 0; i < 4; ++i) to[i] = static_cast<BYTE>(word >> (24 - 8 * i));
 }
 
-/// kept: little-endian-reads-big. Reads n (1 to 4) bytes upward from `at`, the first one the most
+/// carried: sized-integers. kept: little-endian-reads-big. Reads n (1 to 4) bytes upward from `at`, the first one the most
 /// significant and signed. A bad n is complained about on standard output; the first byte is the value.
 int32_t little_endian_in(const uint8_t* at, uint16_t n);
 
-/// kept: big-endian-starts-at-3. Reads n (1 to 4) bytes downward from `at` + 3, whatever n is.
+/// carried: sized-integers. kept: big-endian-starts-at-3. Reads n (1 to 4) bytes downward from `at` + 3, whatever n is.
 int32_t big_endian_in(const uint8_t* at, uint16_t n);
 
-/// Writes n bytes of a value, the lowest first, upward from `to`.
+/// carried: sized-integers. Writes n bytes of a value, the lowest first, upward from `to`.
 void little_endian_out(uint32_t value, uint8_t* to, uint16_t n);
 
-/// kept: big-endian-starts-at-3. Writes n bytes of a value, the lowest first, downward from `to` + 3.
+/// carried: sized-integers. kept: big-endian-starts-at-3. Writes n bytes of a value, the lowest first, downward from `to` + 3.
 void big_endian_out(uint32_t value, uint8_t* to, uint16_t n);
 
 /// Value of a big-endian field of 2 or 4 bytes; 2 bytes are not sign-extended. Any other n is complained

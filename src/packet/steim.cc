@@ -20,7 +20,7 @@ const uint8_t* word_at(const PACKET& pkt, int frame, int word)
     return bytes(pkt, {DT::Frames + frame * DT::Frame_len + word * 4, 4});
 }
 
-/// One decoding: what the packet says, and what has been made of it so far. All sums wrap at 32 bits.
+/// One decoding: what the packet says, and the samples so far. All sums wrap at 32 bits.
 struct STEIM {
     const PACKET& pkt;
     DATA_BUF& out;
@@ -98,6 +98,8 @@ void each_word(const PACKET& pkt, int first, Word word)
     }
 }
 
+/// carried: flags-array-messages. A difference code has two bits, so neither this nor the other complaints about codes
+/// are ever printed.
 void complain_about_first(const PACKET& pkt, const uint8_t* codes)
 {
     uint32_t in_memory;

@@ -1,4 +1,4 @@
-// Leap years, day of year to month and day.
+// carried: calendar. Leap years, day of year to month and day.
 #pragma once
 
 #include <cstdint>

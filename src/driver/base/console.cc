@@ -53,24 +53,23 @@ void syntax()
     printf("\r\n   %s [switches] sourceFile [output_path] [switches]", Program);
     printf("\r\n\n Switches               Description                               Default    ");
     printf("\r\n ----------------------------------------------------------------------------");
-    printf("\r\n   -Dc     include DT info in log file: Y, +, N or -              (%s)", "NO");
-    printf("\r\n   -Lc     Log file output: Y, +, N or -                          (%s)", "YES");
-    printf("\r\n   -Nc     file Name option:                                      (%s)", "Auto");
+    printf("\r\n   -Dc     include DT info in log file: Y, +, N or -              (NO)");
+    printf("\r\n   -Lc     Log file output: Y, +, N or -                          (YES)");
+    printf("\r\n   -Nc     file Name option:                                      (Auto)");
     printf("\r\n             0/A = use Station Name if present, else use Unit ID");
     printf("\r\n             1/I = always use Unit ID");
-    printf("\r\n   -Pn     output Path levels                                     (%d)", 0);
+    printf("\r\n   -Pn     output Path levels                                     (0)");
     printf("\r\n             0 = no additional subdirectories");
     printf("\r\n             1 = one subdirectory level:  YYYY_DDD");
-    printf("\r\n             2 = two subdirectory levels: YYYY_DDD%cHH", Dir_sep[0]);
-    printf("\r\n             3 = two subdirectory levels: YYYY_DDD%cHH_MM", Dir_sep[0]);
-    printf("\r\n             4 = two subdirectory levels: YYYY_DDD%cHH_MM_SS", Dir_sep[0]);
-    printf("\r\n   -Qc     QCC File output: Y, +, N or -                          (%s)", "NO");
-    printf("\r\n   -Rn     sample Rate (if not found in the data)                 (%u)", 100U);
-    printf("\r\n   -Sn     Sample count per channel per event                     (%" PRIu32 ")",
-           0xFFFFFFFFU);
+    printf("\r\n             2 = two subdirectory levels: YYYY_DDD/HH");
+    printf("\r\n             3 = two subdirectory levels: YYYY_DDD/HH_MM");
+    printf("\r\n             4 = two subdirectory levels: YYYY_DDD/HH_MM_SS");
+    printf("\r\n   -Qc     QCC File output: Y, +, N or -                          (NO)");
+    printf("\r\n   -Rn     sample Rate (if not found in the data)                 (100)");
+    printf("\r\n   -Sn     Sample count per channel per event                     (4294967295)");
     // kept: usage-shows-skip. Of all defaults shown this one is the setting as it stands now.
     printf("\r\n   -Tn     Trash n samples from each event                        (%" PRIu32 ")", Smp_skip);
-    printf("\r\n   -Vc     Verbose message output: Y, +, N or -                   (%s)", "ENABLED");
+    printf("\r\n   -Vc     Verbose message output: Y, +, N or -                   (ENABLED)");
     printf("\r\n\nSwitches may appear anywhere on the command line.");
     printf("\r\nArguments and switches are NOT case sensitive.");
     printf("\r\n");

@@ -56,7 +56,7 @@ bool out_overwrite_start_vx(const char* path, std::string_view bytes, ON_LOSS on
     return with_patience([&] { return out_overwrite_start(path, bytes, on_loss); });
 }
 
-uint8_t fexist(const char* path)
+bool fexist(const char* path)
 {
     return access(path, F_OK) == 0;
 }

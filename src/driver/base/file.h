@@ -16,8 +16,8 @@ bool out_open_vx(OUT_FILE& file, const char* path, OUT_MODE mode, ON_LOSS on_los
 /// out_overwrite_start with the same patience.
 bool out_overwrite_start_vx(const char* path, std::string_view bytes, ON_LOSS on_loss);
 
-/// 1 if anything of that name exists, else 0.
-uint8_t fexist(const char* path);
+/// True if anything of that name exists.
+bool fexist(const char* path);
 
 /// After a failed stat() or access(): true if errno leaves open whether the file exists.
 bool look_failed();

@@ -37,9 +37,10 @@ struct UNITS {
     char letter;
     char name[8];
 };
-extern const double FSA[6];    ///< full-scale voltages; nothing reads them
-extern const UNITS Units[5];   ///< sensor unit letters; nothing reads them
-extern const char Bw_units[6]; ///< bit weight prefixes none, milli, micro, nano, pico; nothing reads them
+// carried: letter-tables
+extern const double FSA[6];    ///< full-scale voltages
+extern const UNITS Units[5];   ///< sensor unit letters
+extern const char Bw_units[6]; ///< bit weight prefixes none, milli, micro, nano, pico
 
 /// The row of the first sensor whose make and model begin these, in any case. Row
 /// order is part of the behaviour: "FBA-1" stands before, and so catches, "FBA-13".
