@@ -18,7 +18,7 @@ MEMORY_PER_INI = 20  # bytes kept per byte of station file, where every line beg
 FILE_MOST = 256 * MEGABYTE  # of one output file; the status is then 22
 TYPES = ("EH", "ET", "DT", "SH", "SC", "DS", "CD", "OM", "AD", "DR", "NH", "NT", "FD")
 FILLS = (b"\x00", b"\xff", b"\x0a", b"\xa0", b"\xaa", b"\x99", b"\x39", b" ", b"-", b"%", b"\x01\x00", b"ON ")
-TABLES = (trial.ROOT / "src/packet/layout.h", *sorted((trial.ROOT / "src/output").glob("dump*.cc")))
+LAYOUT = trial.ROOT / "src/packet/layout.h"
 
 
 class Case:
@@ -33,13 +33,12 @@ class Case:
 
 
 def fields(scale):
-    """Where the program's own tables say that fields lie, and a grid for what they leave out."""
+    """Where the program's own layouts say that fields lie, and a grid for what they leave out."""
     found = set()
-    for table in TABLES:
-        for at, length, count in re.findall(r"\{(\d+), (\d+)(?:, (\d+))?\}", table.read_text()):
-            for i in range(int(count or 1)):
-                found.add((int(at) + i * int(length), int(length)))
-    assert len(found) > 150, "the tables of fields are written otherwise now"
+    for at, length, count in re.findall(r"\{(\d+), (\d+)(?:, (\d+))?\}", LAYOUT.read_text()):
+        for i in range(int(count or 1)):
+            found.add((int(at) + i * int(length), int(length)))
+    assert len(found) > 300, "the layouts are written otherwise now"
     found.update((at, 4 if scale == 1 else 1) for at in range(0, PACKET, 4 if scale == 1 else 1))
     found.update((at, 64) for at in range(0, PACKET, 64))
     return sorted((at, length) for at, length in found if at + length <= PACKET and length > 0)

@@ -10,15 +10,11 @@
 
 namespace {
 
-constexpr Line Prev_dir{{16, 4}, "Prev Dir Location (Block)"};
-constexpr Line Next_dir{{20, 4}, "Next Dir Location (Block)"};
-constexpr Line Sector_flag{{25, 1}, "Block/Sector Flag"};
-constexpr Line Entry_cnt{{26, 2}, "No of dir entries"};
-constexpr Line Last_entry{{28, 4}, "Last Entry Number"};
-
-constexpr int Entries = 32;    // where the first entry begins
-constexpr int Entry_size = 72; // bytes of an entry that are read, however far the next one is
-constexpr Span Entry_len{6, 2};
+constexpr Line Prev_dir{DR::Prev_dir, "Prev Dir Location (Block)"};
+constexpr Line Next_dir{DR::Next_dir, "Next Dir Location (Block)"};
+constexpr Line Sector_flag{DR::Sector_flag, "Block/Sector Flag"};
+constexpr Line Entry_cnt{DR::Entry_cnt, "No of dir entries"};
+constexpr Line Last_entry{DR::Last_entry, "Last Entry Number"};
 
 /// How the value of an entry's field is shown.
 enum class AS : uint8_t { number, four_digits, ten_digits, hex, block, name };
@@ -29,37 +25,30 @@ struct Entry_line {
     const char* label;
 };
 constexpr Entry_line Entry_lines[] = {
-    {{0, 4}, AS::number, "Entry Number"},
-    {{4, 1}, AS::number, "Entry Status"},
-    {{5, 1}, AS::number, "Entry Format"},
-    {Entry_len, AS::number, "Entry Length"},
-    {{8, 2}, AS::four_digits, "Unit ID"}, // kept: decimal-unit-id. Hexadecimal everywhere else.
-    {{10, 2}, AS::number, "Event Number"},
-    {{12, 1}, AS::number, "Event Header Flag"},
-    {{13, 1}, AS::number, "Event Trailer Flag"},
-    {{14, 2}, AS::number, "Stream Number"},
-    {{16, 8}, AS::name, "Data Stream Name"},
-    {{24, 4}, AS::name, "Trigger Type"},
-    {{58, 2}, AS::hex, "Data Format"},
-    {{60, 4}, AS::block, "Data Location (Block)"},
-    {{64, 4}, AS::ten_digits, "Data Length (Blocks)"},
-    {{68, 4}, AS::number, "Disk Errors (Blocks)"},
+    {DR::ENTRY::Number, AS::number, "Entry Number"},
+    {DR::ENTRY::Status, AS::number, "Entry Status"},
+    {DR::ENTRY::Format, AS::number, "Entry Format"},
+    {DR::ENTRY::Length, AS::number, "Entry Length"},
+    {DR::ENTRY::Unit_id, AS::four_digits, "Unit ID"}, // kept: decimal-unit-id. Hexadecimal everywhere else.
+    {DR::ENTRY::Event, AS::number, "Event Number"},
+    {DR::ENTRY::Header_flag, AS::number, "Event Header Flag"},
+    {DR::ENTRY::Trailer_flag, AS::number, "Event Trailer Flag"},
+    {DR::ENTRY::Stream, AS::number, "Stream Number"},
+    {DR::ENTRY::Strm_name, AS::name, "Data Stream Name"},
+    {DR::ENTRY::Trg_type, AS::name, "Trigger Type"},
+    {DR::ENTRY::Data_format, AS::hex, "Data Format"},
+    {DR::ENTRY::Location, AS::block, "Data Location (Block)"},
+    {DR::ENTRY::Blocks, AS::ten_digits, "Data Length (Blocks)"},
+    {DR::ENTRY::Errors, AS::number, "Disk Errors (Blocks)"},
 };
 
-/// A packed time, and its milliseconds.
-struct Time_line {
-    Span packed, millis;
-    const char* label;
-};
-constexpr Time_line Time_lines[] = {
-    {{28, 4}, {48, 2}, "Trigger time"},   {{32, 4}, {50, 2}, "First sample time"},
-    {{36, 4}, {52, 2}, "Detrigger time"}, {{40, 4}, {54, 2}, "Last sample time"},
-    {{44, 4}, {56, 2}, "Entry time"},
+constexpr const char* Time_labels[DR::ENTRY::Times.count] = {
+    "Trigger time", "First sample time", "Detrigger time", "Last sample time", "Entry time",
 };
 
 /// The lines of one entry. None is longer than 64 characters.
 struct PAGE {
-    char bytes[64 * (std::size(Entry_lines) + std::size(Time_lines) + 1)];
+    char bytes[64 * (std::size(Entry_lines) + std::size(Time_labels) + 1)];
     size_t used = 0;
 
     __attribute__((format(printf, 2, 3))) void print(const char* format, ...)
@@ -105,9 +94,9 @@ void make_entry(PAGE& page, const PACKET& pkt, int entry, uint32_t origin)
         put_value(page, pkt, in_entry(entry, line.where), line.as, origin);
         page.print("\r\n");
     }
-    for (const Time_line& line : Time_lines) {
-        page.label(line.label);
-        put_time(page, pkt, in_entry(entry, line.packed), in_entry(entry, line.millis));
+    for (int i = 0; i < DR::ENTRY::Times.count; ++i) {
+        page.label(Time_labels[i]);
+        put_time(page, pkt, in_entry(entry, DR::ENTRY::Times[i]), in_entry(entry, DR::ENTRY::Millis[i]));
         page.print("\r\n");
     }
 }
@@ -124,9 +113,9 @@ void log_entry(OUT_FILE& log, const PACKET& pkt, int entry, uint32_t origin, uin
 /// Writes the entries that lie in the packet as a whole, up to the first that does not.
 void log_entries(OUT_FILE& log, const PACKET& pkt, uint32_t count, uint32_t origin)
 {
-    int entry = Entries;
-    while (count > 0 && entry + Entry_size <= Packet_size) {
-        const uint32_t len = number(pkt, in_entry(entry, Entry_len));
+    int entry = DR::Entries.at;
+    while (count > 0 && entry + DR::Entries.len <= Packet_size) {
+        const uint32_t len = number(pkt, in_entry(entry, DR::ENTRY::Length));
         // kept: entry-that-stays. An entry without length is followed by itself, as often as entries remain.
         const uint32_t times = len == 0 ? count : 1;
         log_entry(log, pkt, entry, origin, times);

@@ -6,49 +6,58 @@
 // SC: the station and its channels
 
 static constexpr Line Station_lines[] = {
-    {{16, 2}, "Experiment Number"}, {{18, 24}, "Experiment Name"},    {{42, 40}, "Experiment Comment"},
-    {{82, 4}, "Station Number"},    {{86, 24}, "Station Name"},       {{110, 40}, "Station Comment"},
-    {{150, 12}, "DAS Model"},       {{162, 12}, "DAS Serial Number"}, {{174, 14}, "Experiment Start"},
-    {{188, 4}, "Time Clock Type"},  {{192, 10}, "Time Clock S/N"},
+    {SC::Exp_number, "Experiment Number"},
+    {SC::Exp_name, "Experiment Name"},
+    {SC::Exp_comment, "Experiment Comment"},
+    {SC::Stn_number, "Station Number"},
+    {SC::Stn_name, "Station Name"},
+    {SC::Stn_comment, "Station Comment"},
+    {SC::Das_model, "DAS Model"},
+    {SC::Das_serial, "DAS Serial Number"},
+    {SC::Exp_start, "Experiment Start"},
+    {SC::Clock_type, "Time Clock Type"},
+    {SC::Clock_serial, "Time Clock S/N"},
 };
-static constexpr Row Channels{202, 146, 5};
 static constexpr Line Channel_lines[] = {
-    {{0, 2}, "Channel Number"}, {{2, 10}, "Channel Name"},       {{12, 10}, "Azimuth"},
-    {{22, 10}, "Inclination"},  {{32, 10}, "X Coordinate"},      {{42, 10}, "Y Coordinate"},
-    {{52, 10}, "Z Coordinate"}, {{62, 4}, "Unit type for X, Y"}, {{66, 4}, "Unit type for Z"},
-    {{70, 4}, "Preamp Gain"},   {{74, 12}, "Sensor Model"},      {{86, 12}, "Sensor Serial Number"},
-    {{98, 40}, "Comments"},     {{138, 8}, "Bit-count Voltage"},
+    {SC::CHN::Number, "Channel Number"},  {SC::CHN::Name, "Channel Name"},
+    {SC::CHN::Azimuth, "Azimuth"},        {SC::CHN::Inclination, "Inclination"},
+    {SC::CHN::X, "X Coordinate"},         {SC::CHN::Y, "Y Coordinate"},
+    {SC::CHN::Z, "Z Coordinate"},         {SC::CHN::Unit_xy, "Unit type for X, Y"},
+    {SC::CHN::Unit_z, "Unit type for Z"}, {SC::CHN::Preamp, "Preamp Gain"},
+    {SC::CHN::Sensor, "Sensor Model"},    {SC::CHN::Sensor_serial, "Sensor Serial Number"},
+    {SC::CHN::Comment, "Comments"},       {SC::CHN::Bit_volts, "Bit-count Voltage"},
 };
 
 void log_sc(OUT_FILE& log, const PACKET& pkt)
 {
     form_lines(log, Form_a, pkt, Station_lines);
-    for (int i = 0; i < Channels.count; ++i)
-        if (form_entry(log, pkt, Channels[i].at)) form_lines(log, Form_b, pkt, Channel_lines, Channels[i].at);
+    for (int i = 0; i < SC::Channels.count; ++i) {
+        const int channel = SC::Channels[i].at;
+        if (form_entry(log, pkt, channel)) form_lines(log, Form_b, pkt, Channel_lines, channel);
+    }
     log.write("\r\n");
 }
 
 // CD: the calibration
 
-static constexpr Span Step{50, 4};
 static constexpr Line Calibration_lines[] = {
-    {{16, 14}, "Start Time"},
-    {{30, 8}, "Repeat Interval"},
-    {{38, 4}, "No of Intervals"},
-    {{42, 8}, "Length of Intervals"},
-    {Step, "Step"},
+    {CD::Start, "Start Time"},
+    {CD::Interval, "Repeat Interval"},
+    {CD::Count, "No of Intervals"},
+    {CD::Length, "Length of Intervals"},
+    {CD::Step, "Step"},
 };
 static constexpr Line Step_lines[] = {
-    {{54, 8}, "Step Period"},
-    {{62, 8}, "Step Size"},
-    {{70, 8}, "Step Amplitude"},
-    {{78, 4}, "Step Output"},
+    {CD::Step_period, "Step Period"},
+    {CD::Step_size, "Step Size"},
+    {CD::Step_amplitude, "Step Amplitude"},
+    {CD::Step_output, "Step Output"},
 };
 
 void log_cd(OUT_FILE& log, const PACKET& pkt)
 {
     form_lines(log, Form_a, pkt, Calibration_lines);
-    const std::string_view step = text(pkt, Step);
+    const std::string_view step = text(pkt, CD::Step);
     // kept: one-case-step. "On" counts as off.
     if (step.starts_with("ON") || step.starts_with("on")) {
         log.write("\r\n");
@@ -71,37 +80,39 @@ struct Choice {
 } // namespace
 
 static constexpr Line Mode_lines[] = {
-    {{16, 2}, "Power State"},
-    {{18, 2}, "Recording Mode"},
+    {OM::Power, "Power State"},
+    {OM::Mode, "Recording Mode"},
 };
 static constexpr Line Device_lines[] = {
-    {{20, 1}, "Primary Disk ID"},
-    {{21, 1}, "Secondary Disk ID"},
-    {{22, 1}, "Tape ID"},
-    {{23, 1}, "Auto-dump Device"},
+    {OM::Disk_1, "Primary Disk ID"},
+    {OM::Disk_2, "Secondary Disk ID"},
+    {OM::Tape, "Tape ID"},
+    {OM::Dump_device, "Auto-dump Device"},
 };
 static constexpr Choice Dump_choices[] = {
-    {{{24, 1}, "Auto-dump on ET Block"}, 'Y', "Enabled", "Disabled"},
-    {{{25, 1}, "Auto-dump in Serial Mode"}, 'Y', "Enabled", "Disabled"},
+    {{OM::Dump_on_et, "Auto-dump on ET Block"}, 'Y', "Enabled", "Disabled"},
+    {{OM::Dump_serial, "Auto-dump in Serial Mode"}, 'Y', "Enabled", "Disabled"},
 };
-static constexpr Line Threshold{{26, 2}, "Auto-dump Threshold"};
-static constexpr Line Powerdown{{28, 4}, "SCSI Powerdown Delay"};
+static constexpr Line Threshold{OM::Dump_threshold, "Auto-dump Threshold"};
+static constexpr Line Powerdown{OM::Powerdown, "SCSI Powerdown Delay"};
 static constexpr Choice Disk_choices[] = {
-    {{{32, 1}, "SCSI Disk Wrap"}, 'Y', "Enabled", "Disabled"},
-    {{{33, 1}, "SCSI Directory"}, 'Y', "Enabled", "Disabled"},
-    {{{34, 1}, "SCSI Device Power"}, 'O', "Always On", "Toggle"},
-    {{{35, 1}, "SCSI Termintor Power"}, 'O', "Always On", "Toggle"}, // kept: termintor. So spelled.
+    {{OM::Disk_wrap, "SCSI Disk Wrap"}, 'Y', "Enabled", "Disabled"},
+    {{OM::Disk_directory, "SCSI Directory"}, 'Y', "Enabled", "Disabled"},
+    {{OM::Device_power, "SCSI Device Power"}, 'O', "Always On", "Toggle"},
+    {{OM::Terminator_power, "SCSI Termintor Power"},
+     'O',
+     "Always On",
+     "Toggle"}, // kept: termintor. So spelled.
 };
-static constexpr Row Wakes{48, 64, 8};
 static constexpr Line Wake_start_lines[] = {
-    {{0, 2}, "Sequence number"},
-    {{2, 12}, "Start time"},
+    {OM::WAKE::Number, "Sequence number"},
+    {OM::WAKE::Start, "Start time"},
 };
 static constexpr Line Wake_period_lines[] = {
-    {{14, 6}, "Power Duration"},
-    {{20, 6}, "Repeat Interval"},
+    {OM::WAKE::Duration, "Power Duration"},
+    {OM::WAKE::Interval, "Repeat Interval"},
 };
-static constexpr Line Wake_count{{26, 2}, "Number of Intervals"};
+static constexpr Line Wake_count{OM::WAKE::Count, "Number of Intervals"};
 
 /// A byte as it is, a NUL included.
 static void log_character(OUT_FILE& log, const PACKET& pkt, const Line& line)
@@ -144,17 +155,17 @@ void log_om(OUT_FILE& log, const PACKET& pkt)
 
     for (const Choice& choice : Disk_choices) log_choice(log, pkt, choice);
     log.write("     Wake Sequence Information\r\n");
-    for (int i = 0; i < Wakes.count; ++i) log_wake(log, pkt, Wakes[i].at);
+    for (int i = 0; i < OM::Wakes.count; ++i) log_wake(log, pkt, OM::Wakes[i].at);
     log.write("\r\n");
 }
 
 // AD: the auxiliary data
 
-static constexpr Line Aux_channels{{18, 16}, "Channels Included"};
+static constexpr Line Aux_channels{AD::Channels, "Channels Included"};
 static constexpr Line Aux_lines[] = {
-    {{34, 8}, "Sample Interval"},
-    {{42, 2}, "Data Format"},
-    {{44, 8}, "Record Length"},
+    {AD::Interval, "Sample Interval"},
+    {AD::Format, "Data Format"},
+    {AD::Length, "Record Length"},
 };
 
 void log_ad(OUT_FILE& log, const PACKET& pkt)

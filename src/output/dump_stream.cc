@@ -5,55 +5,57 @@
 
 namespace {
 
-constexpr Row Streams{16, 230, 5};
-constexpr Span Trg_type{64, 4};
-constexpr int Trg_block = 68;
-
 constexpr Line Name_lines[] = {
-    {{0, 2}, "Data Stream No"},
-    {{2, 24}, "Data Stream Name"},
+    {DS::STRM::Number, "Data Stream No"},
+    {DS::STRM::Name, "Data Stream Name"},
 };
-constexpr Line Channels{{26, 16}, "Channels Included"};
+constexpr Line Channels{DS::STRM::Channels, "Channels Included"};
 constexpr Line Format_lines[] = {
-    {{42, 4}, "Sample Rate"},
-    {{46, 2}, "Data Format"},
-    {Trg_type, "Trigger Type"},
+    {DS::STRM::Rate, "Sample Rate"},
+    {DS::STRM::Format, "Data Format"},
+    {DS::STRM::Trg_type, "Trigger Type"},
 };
 
 // Places in a trigger block count from where the block begins.
-constexpr Line Trg_channels{{0, 16}, "Trigger Channels"};
+constexpr Line Trg_channels{DS::EVT::Channels, "Trigger Channels"};
 constexpr Line Event_lines[] = {
-    {{16, 2}, "Minimum Channels"},   {{18, 8}, "Trigger Window"}, {{26, 8}, "Pretrigger Length"},
-    {{34, 8}, "Posttrigger Length"}, {{42, 8}, "Record Length"},  {{58, 8}, "STA Length"},
-    {{66, 8}, "LTA Length"},         {{74, 8}, "Mean Removal"},   {{82, 8}, "Trigger Ratio"},
-    {{90, 8}, "Detrigger Ratio"},    {{98, 4}, "LTA hold"},
+    {DS::EVT::Least_chns, "Minimum Channels"},
+    {DS::EVT::Window, "Trigger Window"},
+    {DS::EVT::Pretrigger, "Pretrigger Length"},
+    {DS::EVT::Posttrigger, "Posttrigger Length"},
+    {DS::EVT::Length, "Record Length"},
+    {DS::EVT::Sta, "STA Length"},
+    {DS::EVT::Lta, "LTA Length"},
+    {DS::EVT::Mean_removal, "Mean Removal"},
+    {DS::EVT::Ratio, "Trigger Ratio"},
+    {DS::EVT::Detrigger_ratio, "Detrigger Ratio"},
+    {DS::EVT::Lta_hold, "LTA hold"},
 };
 constexpr Line Time_lines[] = {
-    {{0, 14}, "Start Time"},
-    {{14, 8}, "Repeat Interval"},
-    {{22, 4}, "Number of Intervals"},
-    {{34, 8}, "Record Length"},
+    {DS::TIM::Start, "Start Time"},
+    {DS::TIM::Interval, "Repeat Interval"},
+    {DS::TIM::Count, "Number of Intervals"},
+    {DS::TIM::Length, "Record Length"},
 };
 constexpr Line Level_lines[] = {
-    {{0, 8}, "Trigger Level"},
-    {{8, 8}, "Pretrigger Length"},
-    {{16, 8}, "Record Length"},
+    {DS::LEV::Level, "Trigger Level"},
+    {DS::LEV::Pretrigger, "Pretrigger Length"},
+    {DS::LEV::Length, "Record Length"},
 };
 constexpr Line Continuous_lines[] = {
-    {{0, 8}, "Record Length"},
+    {DS::CON::Length, "Record Length"},
 };
 constexpr Line Outside_lines[] = {
-    {{0, 8}, "Pretrigger Length"},
-    {{8, 8}, "Record Length"},
+    {DS::EXT::Pretrigger, "Pretrigger Length"},
+    {DS::EXT::Length, "Record Length"},
 };
 constexpr Line Cross_lines[] = {
-    {{0, 2}, "Trigger Stream Number"},
-    {{2, 8}, "Pretrigger Length"},
-    {{10, 8}, "Record Length"},
+    {DS::CRS::Stream, "Trigger Stream Number"},
+    {DS::CRS::Pretrigger, "Pretrigger Length"},
+    {DS::CRS::Length, "Record Length"},
 };
-constexpr Row Start_times{0, 14, 11};
 constexpr Line Time_list_lines[] = {
-    {{154, 8}, "Record Length"},
+    {DS::TML::Length, "Record Length"},
 };
 
 void log_trg_channels(OUT_FILE& log, const PACKET& pkt, int block)
@@ -63,10 +65,10 @@ void log_trg_channels(OUT_FILE& log, const PACKET& pkt, int block)
 
 void log_start_times(OUT_FILE& log, const PACKET& pkt, int block)
 {
-    for (int i = 0; i < Start_times.count; ++i) {
+    for (int i = 0; i < DS::TML::Starts.count; ++i) {
         // kept: narrow-start-times. Three blanks stand before these labels, not the six of their neighbours.
         log.print("   Start Time %02d               : ", i + 1);
-        form_text(log, pkt, in_entry(block, Start_times[i]));
+        form_text(log, pkt, in_entry(block, DS::TML::Starts[i]));
         log.write("\r\n");
     }
 }
@@ -92,12 +94,13 @@ std::string_view trigger_name(std::string_view type)
 
 void log_trigger(OUT_FILE& log, const PACKET& pkt, int stream)
 {
-    const std::string_view name = trigger_name(text(pkt, in_entry(stream, Trg_type)));
+    const std::string_view name = trigger_name(text(pkt, in_entry(stream, DS::STRM::Trg_type)));
+    const int block = in_entry(stream, DS::STRM::Trigger).at;
     for (const Trigger& trigger : Triggers) {
         // kept: one-case-triggers. All letters upper or all lower case; "Evt" is no trigger type.
         if (name != trigger.upper && name != trigger.lower) continue;
-        if (trigger.head) trigger.head(log, pkt, stream + Trg_block);
-        form_lines(log, Form_b, pkt, trigger.lines, stream + Trg_block);
+        if (trigger.head) trigger.head(log, pkt, block);
+        form_lines(log, Form_b, pkt, trigger.lines, block);
     }
 }
 
@@ -105,8 +108,8 @@ void log_trigger(OUT_FILE& log, const PACKET& pkt, int stream)
 
 void log_ds(OUT_FILE& log, const PACKET& pkt)
 {
-    for (int i = 0; i < Streams.count; ++i) {
-        const int stream = Streams[i].at;
+    for (int i = 0; i < DS::Streams.count; ++i) {
+        const int stream = DS::Streams[i].at;
         if (!form_entry(log, pkt, stream)) continue;
         form_lines(log, Form_a, pkt, Name_lines, stream);
         form_channel_line(log, Form_a, pkt, Channels, stream);

@@ -23,12 +23,6 @@ inline constexpr Form Form_a{5, 29}; ///< a field of the packet
 inline constexpr Form Form_b{6, 28}; ///< a field of a repeated entry
 inline constexpr Form Form_c{3, 23}; ///< a field of an event or network header
 
-/// The same field in the entry that begins at `entry`.
-constexpr Span in_entry(int entry, Span field)
-{
-    return {entry + field.at, field.len};
-}
-
 /// Begins a line: all of it that stands before the value.
 void form_label(OUT_FILE& log, Form form, std::string_view label);
 
