@@ -65,14 +65,16 @@ inline constexpr unsigned Extension = 0x08;   // DT: 40 bytes stand between head
 inline constexpr unsigned Bit4 = 0x10;        // EH, ET, DT: collected in the event record
 } // namespace FLAG
 
-namespace DT {                           // data
-inline constexpr int Data = 24;          // uncompressed samples, when no extension is there
-inline constexpr int Extension_len = 40; // length of the extension
-inline constexpr Span Micros{24, 4};     // BCD; digits 2 to 4 are microseconds, with an extension
-inline constexpr int Frames = 64;        // fifteen Steim frames
-inline constexpr int Frame_len = 64;     // one frame: a control word and fifteen words
+namespace DT {                                // data
+inline constexpr int Data = 24;               // uncompressed samples, when no extension is there
+inline constexpr int Extension_len = 40;      // length of the extension
+inline constexpr Span Micros{24, 4};          // BCD; digits 2 to 4 are microseconds, with an extension
+inline constexpr Span Extension_flags{46, 1}; // FLAG::Extension here: the samples start behind the extension
+inline constexpr int Frames = 64;             // fifteen Steim frames
+inline constexpr int Frame_len = 64;          // one frame: a control word and fifteen words
 inline constexpr int Frame_cnt = 15;
 static_assert(EVT::Format.end() == Data && Data + Extension_len == Frames);
+static_assert(Extension_flags.at == Data + EVT::Flags.at);
 static_assert(Frames + Frame_cnt * Frame_len == Packet_size);
 } // namespace DT
 

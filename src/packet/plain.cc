@@ -11,8 +11,7 @@ namespace {
 /// header, which is a byte of the samples when there is no extension.
 int samples_start(const PACKET& pkt)
 {
-    constexpr Span tested{DT::Data + EVT::Flags.at, 1};
-    return (byte(pkt, tested) & FLAG::Extension) ? DT::Data + DT::Extension_len : DT::Data;
+    return (byte(pkt, DT::Extension_flags) & FLAG::Extension) ? DT::Data + DT::Extension_len : DT::Data;
 }
 
 VX_WIDE void take_16(const uint8_t* from, size_t n, int32_t* to)

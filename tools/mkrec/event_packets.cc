@@ -8,8 +8,6 @@ namespace mkrec {
 
 namespace {
 
-constexpr Span Extension_flags{46, 1}; // the byte that says where uncompressed samples start
-
 /// Electric facts of a digitiser input, in the letters of the event header.
 struct INPUT {
     const char *nominal, *exact; // bit weight
@@ -144,7 +142,7 @@ void write_data_page(PAGE& page, const SURVEY& survey, const PLACE& place, const
     put_bcd(page, EVT::Samples, static_cast<unsigned>(block.samples));
     put_binary(page, EVT::Flags, FLAG::Extension);
     put_bcd(page, DT::Micros, static_cast<unsigned>(micros_of(place.unit)) * 10000);
-    put_binary(page, Extension_flags, FLAG::Extension);
+    put_binary(page, DT::Extension_flags, FLAG::Extension);
     memcpy(page.bytes + DT::Frames, block.payload, sizeof block.payload);
 }
 

@@ -14,7 +14,7 @@ struct DIRECTORY_ENTRY {
     uint32_t start, blocks; ///< in packets of the unit
 };
 
-inline constexpr size_t Directory_most = 13; ///< entries that one packet holds
+inline constexpr size_t Directory_most = DR::Entries.count; ///< entries that one packet holds
 
 /// Writes pages for one unit; each gives its meaningful bytes in the header. `sequence` counts them.
 class PARAMETER_PAGES {
@@ -22,8 +22,8 @@ public:
     PARAMETER_PAGES(const SURVEY& survey, int unit) : survey_(survey), unit_(unit) {}
 
     void health(PAGE& page, std::string_view text, int64_t ms);
-    void stations(PAGE& page, int number); ///< SC, number 0 and up: five channels each
-    void streams(PAGE& page, int number);  ///< DS, number 0 and up: four streams each
+    void stations(PAGE& page, int number); ///< SC, number 0 and up: as many channels as it holds
+    void streams(PAGE& page, int number);  ///< DS, number 0 and up: as many streams as it holds
     void operation(PAGE& page);            ///< OM
     void auxiliary(PAGE& page);            ///< AD
     void calibration(PAGE& page);          ///< CD

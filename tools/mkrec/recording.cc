@@ -51,8 +51,8 @@ void RECORDER::open()
     PAGE page;
     parameters_.health(page, Start_text, survey_start_ms() - Setting_up_ms);
     write(page);
-    for (int i = 0; i * 5 < inputs(survey_); ++i) parameters_.stations(page, i), write(page);
-    for (int i = 0; i * 4 < survey_.options.streams; ++i) parameters_.streams(page, i), write(page);
+    for (int i = 0; i < sc_packets(survey_); ++i) parameters_.stations(page, i), write(page);
+    for (int i = 0; i < ds_packets(survey_); ++i) parameters_.streams(page, i), write(page);
     parameters_.operation(page);
     write(page);
     parameters_.auxiliary(page);

@@ -1,7 +1,6 @@
 #include "mkrec/survey.h"
 
 #include "mkrec/steim_encode.h"
-#include "packet/layout.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -11,14 +10,18 @@ namespace mkrec {
 namespace {
 
 constexpr int Payload_len = Packet_size - DT::Frames;
-constexpr int Channels_per_sc = 5;
-constexpr int Streams_per_ds = 4;
 constexpr int Event_numbers = 9999;
 constexpr int64_t Minute_ms = 60000;
 
 int64_t parts_in_all(const OPTIONS& o)
 {
     return o.events * o.units * o.streams * o.channels;
+}
+
+/// Packets of `most` entries each that `entries` entries take.
+int packets_for(int entries, int most)
+{
+    return (entries + most - 1) / most;
 }
 
 /// Packets that are no data packets.
@@ -80,9 +83,17 @@ bool make_survey(const OPTIONS& options, SURVEY& survey, std::string& complaint)
 int opening_packets(const SURVEY& survey)
 {
     if (!survey.options.parameters) return 0;
-    const int sc = (inputs(survey) + Channels_per_sc - 1) / Channels_per_sc;
-    const int ds = (survey.options.streams + Streams_per_ds - 1) / Streams_per_ds;
-    return sc + ds + 6; // SH OM AD CD FD NH
+    return sc_packets(survey) + ds_packets(survey) + 6; // SH OM AD CD FD NH
+}
+
+int sc_packets(const SURVEY& survey)
+{
+    return packets_for(inputs(survey), SC::Channels.count);
+}
+
+int ds_packets(const SURVEY& survey)
+{
+    return packets_for(survey.options.streams, DS::Whole_streams);
 }
 
 int closing_packets(const SURVEY& survey)

@@ -4,6 +4,7 @@
 
 #include "mkrec/options.h"
 #include "mkrec/signal.h"
+#include "packet/layout.h"
 
 #include <string>
 
@@ -16,7 +17,7 @@ struct PLACE {
     int channel = 0;   ///< of the stream, from 0
 };
 
-inline constexpr int Bank_len = 16; ///< channels that one EH or ET describes
+inline constexpr int Bank_len = EH::Bit_wght.count; ///< channels that one EH or ET describes
 
 struct SURVEY {
     OPTIONS options;
@@ -31,6 +32,9 @@ bool make_survey(const OPTIONS& options, SURVEY& survey, std::string& complaint)
 /// Packets at a unit's start and at its end.
 int opening_packets(const SURVEY& survey);
 int closing_packets(const SURVEY& survey);
+/// SC and DS packets of a unit.
+int sc_packets(const SURVEY& survey);
+int ds_packets(const SURVEY& survey);
 /// EH packets of an event, one per bank of channels; as many ET packets.
 int banks(const SURVEY& survey);
 
