@@ -60,9 +60,9 @@ static void take_position(UNIT_T& unit, const PACKET& pkt)
 {
     const std::string_view p = text(pkt, EH::Position);
     if (p.front() == ' ' || p.front() == '\0') return;
-    unit.position.lat = degrees(p, {POS::Lat_deg, 2}, {POS::Lat_min, 6}, p[POS::South], 's');
-    unit.position.lon = degrees(p, {POS::Lon_deg, 3}, {POS::Lon_min, 6}, p[POS::West], 'w');
-    unit.position.alt = scan_int32(p, POS::Elevation, 6);
+    unit.position.lat = degrees(p, POS::Lat_deg, POS::Lat_min, p[POS::South.at], 's');
+    unit.position.lon = degrees(p, POS::Lon_deg, POS::Lon_min, p[POS::West.at], 'w');
+    unit.position.alt = scan_int32(p, POS::Elevation.at, POS::Elevation.len);
 }
 
 /// kept: short-headers-describe. A short EH or ET, which is logged as one text, is read like a full one.

@@ -120,12 +120,16 @@ static_assert(adjacent({Us_trg, Us_first, Us_detrg, Us_last, Chn_cnt, Comment, F
 static_assert(Rate_telemetry.at == Rate.at && Rate_telemetry.end() == Trg_type.end());
 } // namespace EH
 
-namespace POS { // within the 26 characters of EH::Position
-inline constexpr int South = 0;
-inline constexpr int Lat_deg = 2, Lat_min = 4;
-inline constexpr int West = 10;
-inline constexpr int Lon_deg = 11, Lon_min = 14;
-inline constexpr int Elevation = 20;
+namespace POS { // within EH::Position
+inline constexpr Span South{0, 1};
+inline constexpr Span Lat_deg{2, 2};
+inline constexpr Span Lat_min{4, 6};
+inline constexpr Span West{10, 1};
+inline constexpr Span Lon_deg{11, 3};
+inline constexpr Span Lon_min{14, 6};
+inline constexpr Span Elevation{20, 6};
+static_assert(adjacent({Lat_deg, Lat_min, West, Lon_deg, Lon_min, Elevation}));
+static_assert(Elevation.end() == EH::Position.len);
 } // namespace POS
 
 namespace SH { // state of health

@@ -106,13 +106,13 @@ TEST(Layout, of_the_event_headers_channel_rows)
 TEST(Layout, of_the_position)
 {
     const int base = EH::Position.at;
-    EXPECT_EQ(base + POS::South, 918);
-    EXPECT_EQ(base + POS::Lat_deg, 920);
-    EXPECT_EQ(base + POS::Lat_min, 922);
-    EXPECT_EQ(base + POS::West, 928);
-    EXPECT_EQ(base + POS::Lon_deg, 929);
-    EXPECT_EQ(base + POS::Lon_min, 932);
-    EXPECT_EQ(base + POS::Elevation, 938);
+    EXPECT_EQ(base + POS::South.at, 918);
+    EXPECT_EQ(base + POS::Lat_deg.at, 920);
+    EXPECT_EQ(base + POS::Lat_min.at, 922);
+    EXPECT_EQ(base + POS::West.at, 928);
+    EXPECT_EQ(base + POS::Lon_deg.at, 929);
+    EXPECT_EQ(base + POS::Lon_min.at, 932);
+    EXPECT_EQ(base + POS::Elevation.at, 938);
 }
 
 TEST(Packet, text_has_the_exact_width_with_its_blanks)
