@@ -22,11 +22,16 @@ constexpr Line Installed_lines[] = {
     {EH::Chn_cnt, "Installed channels"},
 };
 constexpr Line Event_telemetry_lines[] = {
-    {{960, 8}, "MES-DAU Version"},          {{968, 8}, "MES-DAU Xmitter Freq"},
-    {{976, 8}, "MES-DAU Xmitter Id"},       {{984, 8}, "MES-DAU Xmitter Site"},
-    {{992, 8}, "MES-DAU Sensor"},           {{1000, 8}, "MES-DAU Receiver Site"},
-    {{1012, 4}, "MES-DAU Propagatn Delay"}, {{1016, 2}, "MES-DAU Data Chn"},
-    {{1018, 4}, "MES-DAU Data Chn Positn"}, {{954, 6}, "MES-DAU Overscale Count"},
+    {EH::Tel_version, "MES-DAU Version"},
+    {EH::Tel_freq, "MES-DAU Xmitter Freq"},
+    {EH::Tel_id, "MES-DAU Xmitter Id"},
+    {EH::Tel_site, "MES-DAU Xmitter Site"},
+    {EH::Tel_sensor, "MES-DAU Sensor"},
+    {EH::Tel_receiver, "MES-DAU Receiver Site"},
+    {EH::Tel_delay, "MES-DAU Propagatn Delay"},
+    {EH::Tel_chn, "MES-DAU Data Chn"},
+    {EH::Tel_chn_position, "MES-DAU Data Chn Positn"},
+    {EH::Overscale, "MES-DAU Overscale Count"},
 };
 
 constexpr Line Network_time_lines[] = {
@@ -37,11 +42,15 @@ constexpr Line Network_time_lines[] = {
 };
 constexpr Line Network_stream{EH::Strm_name, "Stream Name"};
 constexpr Line Network_telemetry_lines[] = {
-    {{960, 8}, "MES-CRU Version"},          {{968, 8}, "MES-CRU Xmitter Freq"},
-    {{976, 8}, "MES-CRU Xmitter Id"},       {{984, 8}, "MES-CRU Xmitter Site"},
-    {{992, 8}, "MES-CRU (Xmitter Freq)"},   {{1000, 8}, "MES-CRU Site"},
-    {{1012, 4}, "MES-CRU Propagatn Delay"}, {{1016, 2}, "MES-CRU Data Chn"},
-    {{1018, 4}, "MES-CRU Data Chn Positn"},
+    {EH::Tel_version, "MES-CRU Version"},
+    {EH::Tel_freq, "MES-CRU Xmitter Freq"},
+    {EH::Tel_id, "MES-CRU Xmitter Id"},
+    {EH::Tel_site, "MES-CRU Xmitter Site"},
+    {EH::Tel_sensor, "MES-CRU (Xmitter Freq)"},
+    {EH::Tel_receiver, "MES-CRU Site"},
+    {EH::Tel_delay, "MES-CRU Propagatn Delay"},
+    {EH::Tel_chn, "MES-CRU Data Chn"},
+    {EH::Tel_chn_position, "MES-CRU Data Chn Positn"},
 };
 
 /// The sample rate, and the trigger type where there is one: a telemetry unit's rate runs over it.

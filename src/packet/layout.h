@@ -111,13 +111,26 @@ inline constexpr Span Chn_cnt{860, 2};
 inline constexpr Span Comment{862, 40};
 inline constexpr Span Filters{902, 16};
 inline constexpr Span Position{918, 26};
+inline constexpr Span Overscale{954, 6};
+inline constexpr Span Tel_version{960, 8};
+inline constexpr Span Tel_freq{968, 8};
+inline constexpr Span Tel_id{976, 8};
+inline constexpr Span Tel_site{984, 8};
+inline constexpr Span Tel_sensor{992, 8};
+inline constexpr Span Tel_receiver{1000, 8};
+inline constexpr Span Tel_delay{1012, 4};
+inline constexpr Span Tel_chn{1016, 2};
+inline constexpr Span Tel_chn_position{1018, 4};
 inline constexpr Span Telemetry{1016, 6}; // not all blank: the packet comes from a telemetry unit
 static_assert(adjacent({Time_src,        Pll_days,    Stn_name_5th,  Stn_name,  Strm_name,  Rate,
                         Trg_type,        T_trg,       T_first,       T_detrg,   T_last,     Bit_wght.all(),
                         True_wght.all(), Gain.all(),  Res.all(),     Fsv.all(), Seed.all(), Sns_fsv.all(),
                         Sns_vpu.all(),   Units.all(), Chn_name.all()}));
 static_assert(adjacent({Us_trg, Us_first, Us_detrg, Us_last, Chn_cnt, Comment, Filters, Position}));
+static_assert(adjacent({Overscale, Tel_version, Tel_freq, Tel_id, Tel_site, Tel_sensor, Tel_receiver}));
+static_assert(adjacent({Tel_delay, Tel_chn, Tel_chn_position}));
 static_assert(Rate_telemetry.at == Rate.at && Rate_telemetry.end() == Trg_type.end());
+static_assert(Telemetry.at == Tel_chn.at && Telemetry.end() == Tel_chn_position.end());
 } // namespace EH
 
 namespace POS { // within EH::Position
