@@ -1,5 +1,6 @@
 // Where the fields of all packets lie. One packet is 1024 bytes; integers are big-endian, header times and
-// counts BCD (two digits per byte, high nibble first), texts blank-padded ASCII.
+// counts BCD (two digits per byte, high nibble first), texts blank-padded ASCII. docs/format.md says what the
+// fields mean; scripts/check-layout compares its tables with this file.
 #pragma once
 
 #include <initializer_list>
