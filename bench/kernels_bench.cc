@@ -44,10 +44,10 @@ struct MADE {
         const auto x = walk(bits, 100000);
         samples = mkrec::steim_encode(level, x.data(), static_cast<int>(x.size()), x[0], &bytes[DT::Frames])
                       .samples;
-        bytes[0] = 'D';
-        bytes[1] = 'T';
-        bytes[20] = bcd_byte(samples / 100);
-        bytes[21] = bcd_byte(samples % 100);
+        bytes[HDR::Type.at] = 'D';
+        bytes[HDR::Type.at + 1] = 'T';
+        bytes[EVT::Samples.at] = bcd_byte(samples / 100);
+        bytes[EVT::Samples.at + 1] = bcd_byte(samples % 100);
     }
     PACKET packet() const { return PACKET(bytes.data()); }
 };
@@ -79,8 +79,8 @@ template <void (*decode)(const PACKET&, DATA_BUF&), int count>
 void plain(benchmark::State& state)
 {
     std::array<uint8_t, Packet_size> bytes{};
-    bytes[20] = bcd_byte(count / 100);
-    const PACKET packet(bytes.data());
+    bytes[EVT::Samples.at] = bcd_byte(count / 100);
+    CHN_T chn;
     for (auto _ : state) {
         decode(packet, Data_buf);
         benchmark::DoNotOptimize(Data_buf.sample[0]);

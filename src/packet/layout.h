@@ -74,6 +74,11 @@ inline constexpr Span Extension_flags{46, 1}; // FLAG::Extension here: the sampl
 inline constexpr int Frames = 64;             // fifteen Steim frames
 inline constexpr int Frame_len = 64;          // one frame: a control word and fifteen words
 inline constexpr int Frame_cnt = 15;
+inline constexpr int Frame_words = 16;    // of a frame; word 0 holds the codes of all
+inline constexpr int X0_word = 1;         // of frame 1: the first sample
+inline constexpr int Xn_word = 2;         // of frame 1: the last sample
+inline constexpr int First_data_word = 3; // of frame 1; of the others it is 1
+static_assert(Frame_words * 4 == Frame_len);
 static_assert(EVT::Format.end() == Data && Data + Extension_len == Frames);
 static_assert(Extension_flags.at == Data + EVT::Flags.at);
 static_assert(Frames + Frame_cnt * Frame_len == Packet_size);

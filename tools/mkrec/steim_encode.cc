@@ -10,9 +10,6 @@ namespace mkrec {
 
 namespace {
 
-constexpr int Xn_word = 2;         // of the first frame, after the control word and X0
-constexpr int First_data_word = 3; // of the first frame
-
 /// One word: how many differences of how many bits, and what says so.
 struct FORM {
     int count, bits;
@@ -104,7 +101,7 @@ uint32_t packed(const int32_t* d, const FORM& form)
 int fill_frame(const DIFFERENCES& diff, const FORM* forms, int at, int word, uint8_t* frame)
 {
     uint32_t control = 0;
-    for (; word < 16; ++word) {
+    for (; word < DT::Frame_words; ++word) {
         const FORM& form = forms[fitting(diff.share + at)];
         if (form.count == 0) break;
         put_be32(frame + 4 * word, packed(diff.d + at, form));
@@ -127,13 +124,13 @@ STEIM_FILL steim_encode(STEIM level, const int32_t* x, int n, int32_t previous, 
     STEIM_FILL fill{0, 0, false};
     while (fill.frames < Steim_frames && diff.share[fill.samples] > 0) {
         uint8_t* frame = frames + fill.frames * Steim_frame_len;
-        fill.samples = fill_frame(diff, forms, fill.samples, fill.frames ? 1 : First_data_word, frame);
+        fill.samples = fill_frame(diff, forms, fill.samples, fill.frames ? 1 : DT::First_data_word, frame);
         ++fill.frames;
     }
     fill.too_wide = fill.samples < diff.n && diff.share[fill.samples] == 0;
     if (fill.samples > 0) {
-        put_be32(frames + 4, static_cast<uint32_t>(x[0]));
-        put_be32(frames + 4 * Xn_word, static_cast<uint32_t>(x[fill.samples - 1]));
+        put_be32(frames + 4 * DT::X0_word, static_cast<uint32_t>(x[0]));
+        put_be32(frames + 4 * DT::Xn_word, static_cast<uint32_t>(x[fill.samples - 1]));
     }
     return fill;
 }

@@ -1,18 +1,20 @@
 // Steim-1 and Steim-2: samples to the fifteen frames of a data packet.
 #pragma once
 
+#include "packet/layout.h"
+
 #include <cstdint>
 
 namespace mkrec {
 
 enum class STEIM : uint8_t { level1 = 1, level2 = 2 };
 
-inline constexpr int Steim_frames = 15;
-inline constexpr int Steim_frame_len = 64;
+inline constexpr int Steim_frames = DT::Frame_cnt;
+inline constexpr int Steim_frame_len = DT::Frame_len;
 inline constexpr int Steim_len = Steim_frames * Steim_frame_len;
 
 /// Data words of the fifteen frames, and the samples that they hold at best.
-inline constexpr int Steim_words = 13 + 14 * 15;
+inline constexpr int Steim_words = Steim_frames * (DT::Frame_words - 1) - 2; // less X0 and Xn
 inline constexpr int Steim1_most = Steim_words * 4;
 inline constexpr int Steim2_most = Steim_words * 7;
 
