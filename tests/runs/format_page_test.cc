@@ -4,7 +4,7 @@
 #include "runs/traces.h"
 
 #ifdef VX_LIBMSEED
-#include "packet/mseed_frames.h"
+#include <libmseed.h>
 #endif
 
 #include <map>
@@ -74,12 +74,13 @@ std::map<std::string, std::pair<int, int>> places(const char* heading)
     return found;
 }
 
-/// What a packet of one sample that reads differently in each encoding becomes.
-std::vector<float> samples_in_format(unsigned format)
+/// A packet of one sample that reads differently in each encoding, in an event and a second of its own.
+Recording event_in_format(unsigned format)
 {
-    Dt dt = Dt().event(12).format(format).extension().count(1);
-    dt.word(1, 3, {3, 0x80000000U | 5}).raw(68, big_endian(100, 4)).raw(72, big_endian(100, 4));
-    return samples_of(only_trace(convert(in_event(dt))));
+    Dt dt = Dt().event(format + 1).at(10, format / 60, format % 60, 0).format(format);
+    dt.extension().count(1).raw(68, big_endian(100, 4)).raw(72, big_endian(100, 4));
+    return Eh().event(format + 1).usual() + dt.word(1, 3, {3, 0x80000000U | 5}) +
+           Et().event(format + 1).usual();
 }
 
 const std::map<std::string, std::vector<float>> Samples_by_encoding{
@@ -104,14 +105,45 @@ TEST(Format_page, the_Steim_2_frame_worked_out_by_hand_gives_its_samples)
 }
 
 #ifdef VX_LIBMSEED
+namespace {
+
+/// A frame in a miniSEED record of 1024 bytes, whose data begin at byte 64 like those of a packet.
+std::string mseed_record(const Frame& frame, int encoding)
+{
+    const std::string identity = "000001D STA01  HHZXX";
+    const std::string time = big_endian(2004, 2) + big_endian(123, 2) + std::string(6, '\0');
+    const std::string counts =
+        big_endian(static_cast<uint32_t>(frame.samples.size()), 2) + big_endian(100, 2) + big_endian(1, 2);
+    const std::string rest = std::string(3, '\0') + '\1' + big_endian(0, 4) + big_endian(64, 2) +
+                             big_endian(48, 2); // one blockette; where data and blockette begin
+    std::string blockette = big_endian(1000, 2) + big_endian(0, 2);
+    blockette += {static_cast<char>(encoding), 1, 10, 0}; // big-endian, 2^10 bytes
+    std::string record = identity + time + counts + rest + blockette;
+    record.resize(64);
+    record += frame.bytes;
+    record.resize(1024);
+    return record;
+}
+
+std::vector<int32_t> decoded_by_libmseed(const Frame& frame, int encoding)
+{
+    std::string record = mseed_record(frame, encoding);
+    MSRecord* msr = nullptr;
+    EXPECT_EQ(msr_unpack(record.data(), 1024, &msr, 1, 0), MS_NOERROR);
+    if (!msr) return {};
+    const int32_t* samples = static_cast<const int32_t*>(msr->datasamples);
+    std::vector<int32_t> all(samples, samples + msr->numsamples);
+    msr_free(&msr);
+    return all;
+}
+
+} // namespace
+
 TEST(Format_page, an_independent_decoder_reads_both_frames_alike)
 {
-    using namespace mseed_frames;
-    for (const auto& [heading, coding] : {std::pair{Steim1, &Coding1}, std::pair{Steim2, &Coding2}}) {
-        const Frame frame = frame_of(heading);
-        const std::string packet = packet_of(frame, coding->format);
-        EXPECT_EQ(decoded_by_it(*coding, packet, static_cast<unsigned>(frame.samples.size())), frame.samples);
-    }
+    const Frame frame1 = frame_of(Steim1), frame2 = frame_of(Steim2);
+    EXPECT_EQ(decoded_by_libmseed(frame1, DE_STEIM1), frame1.samples);
+    EXPECT_EQ(decoded_by_libmseed(frame2, DE_STEIM2), frame2.samples);
 }
 #endif
 
@@ -153,11 +185,15 @@ TEST(Format_page, names_every_data_format_that_has_samples)
         for (std::string code; codes >> code;)
             told[static_cast<unsigned>(std::stoul(code, nullptr, 16))] = row.at(1);
     }
+    Recording all;
+    for (unsigned format = 0; format < 256; ++format) all += event_in_format(format);
+    const Converted run = convert(all);
+    const std::vector<std::string> traces = run.sac_names(); // by time
+    ASSERT_EQ(traces.size(), 256U);
     for (unsigned format = 0; format < 256; ++format) {
-        const bool known = told.contains(format);
-        EXPECT_EQ(samples_in_format(format),
-                  known ? Samples_by_encoding.at(told[format]) : std::vector<float>{})
-            << "format " << format;
+        const auto samples =
+            told.contains(format) ? Samples_by_encoding.at(told[format]) : std::vector<float>{};
+        EXPECT_EQ(samples_of(run.file(traces[format])), samples) << "format " << format;
     }
 }
 
