@@ -12,8 +12,7 @@
 
 namespace {
 
-constexpr int Words = DT::Frame_len / 4; ///< in a frame; word 0 holds the codes of all
-constexpr int First_data_word = 3;       ///< of frame 1, behind the two integration constants
+constexpr int Words = DT::Frame_words;
 
 const uint8_t* word_at(const PACKET& pkt, int frame, int word)
 {
@@ -31,7 +30,7 @@ struct STEIM {
     bool mismatch = false;
 
     STEIM(const PACKET& p, DATA_BUF& o)
-        : pkt(p), out(o), x0(be32(word_at(p, 0, 1))), xn(be32(word_at(p, 0, 2)))
+        : pkt(p), out(o), x0(be32(word_at(p, 0, DT::X0_word))), xn(be32(word_at(p, 0, DT::Xn_word)))
     {
         out.count = 0;
     }
@@ -112,8 +111,8 @@ uint32_t steim1_first(const PACKET& pkt)
 {
     uint8_t codes[Words];
     C0_flag_cvt(word_at(pkt, 0, 0), codes);
-    const uint8_t* word = word_at(pkt, 0, First_data_word);
-    switch (codes[First_data_word]) {
+    const uint8_t* word = word_at(pkt, 0, DT::First_data_word);
+    switch (codes[DT::First_data_word]) {
     case 0: return 0;
     case 1: return signed_byte(word[0]);
     case 2: return signed_pair(word);
@@ -140,7 +139,7 @@ int steim2_first_word(const PACKET& pkt)
 {
     uint8_t codes[Words];
     C0_flag_cvt(word_at(pkt, 0, 0), codes);
-    int w = First_data_word;
+    int w = DT::First_data_word;
     while (w < Words && codes[w] == 0) ++w;
     return w;
 }
@@ -243,7 +242,8 @@ Decoded Buf_c0_by_word(const PACKET& pkt, uint32_t& last, DATA_BUF& out)
     STEIM s(pkt, out);
     s.diff = steim1_first(pkt);
     s.start(last);
-    each_word(pkt, First_data_word, [&](unsigned code, const uint8_t* word) { steim1_word(s, code, word); });
+    each_word(pkt, DT::First_data_word,
+              [&](unsigned code, const uint8_t* word) { steim1_word(s, code, word); });
     return checked(s, last);
 }
 

@@ -10,7 +10,7 @@
 namespace {
 
 constexpr int Lanes = 8;
-constexpr int Words = DT::Frame_len / 4;                    ///< in a frame; word 0 holds the codes of all
+constexpr int Words = DT::Frame_words;
 constexpr int Data_words = DT::Frame_cnt * (Words - 1) - 2; ///< but for control words and constants
 constexpr int Most = Data_words * 7;                        ///< differences a packet can hold
 static_assert(Most + Lanes <= Samples_max, "whole vectors are written");
@@ -183,8 +183,8 @@ VX_WIDE uint32_t sum_up(const int32_t* differences, int n, uint32_t value, int32
 bool by_table(const PACKET& pkt, const SPLITS& splits, bool steim2, uint32_t last, DATA_BUF& out)
 {
     const uint8_t* const frames = bytes(pkt, {DT::Frames, Packet_size - DT::Frames});
-    const uint32_t x0 = be32(frames + 4);
-    const uint32_t xn = be32(frames + 8);
+    const uint32_t x0 = be32(frames + 4 * DT::X0_word);
+    const uint32_t xn = be32(frames + 4 * DT::Xn_word);
     static DIFFERENCES differences;
     const auto [n, valid] = differences_of(frames, splits, steim2, differences.data());
     if (n == 0 || (steim2 && !valid) || static_cast<uint16_t>(n) != pkt.samples) return false;
