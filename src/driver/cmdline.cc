@@ -7,6 +7,9 @@
 #include "driver/base/settings.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <iterator>
+#include <string>
 
 namespace {
 

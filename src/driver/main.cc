@@ -7,6 +7,7 @@
 #include "packet/loop/convert.h"
 
 #include <csignal>
+#include <cstdio>
 #include <new>
 
 /// The exit status: 1 for an input that is empty, else 0.

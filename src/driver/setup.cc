@@ -8,6 +8,7 @@
 #include "output/qcc.h"
 
 #include <cstring>
+#include <string>
 #include <sys/stat.h>
 #include <unistd.h>
 

@@ -10,9 +10,11 @@
 #include "output/sac.h"
 
 #include <cerrno>
+#include <cstdint>
 #include <cstring>
 #include <memory>
 #include <new>
+#include <string>
 #include <strings.h>
 
 namespace {

@@ -5,6 +5,9 @@
 #include "model/record/catalogue.h"
 #include "model/record/records.h"
 
+#include <cstdint>
+#include <string_view>
+
 static constexpr int Bank_channels = 16;
 
 /// Volts per count, from a text such as "15.89 uV".

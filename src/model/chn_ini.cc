@@ -6,7 +6,9 @@
 #include "model/record/catalogue.h"
 #include "model/record/records.h"
 
+#include <cstdint>
 #include <map>
+#include <string_view>
 #include <utility>
 
 namespace {

@@ -6,6 +6,7 @@
 #include "model/record/ring.h"
 #include "output/sac.h"
 
+#include <cstdint>
 #include <memory>
 #include <new>
 

@@ -4,8 +4,11 @@
 #include "model/event.h"
 #include "model/record/records.h"
 
+#include <cstdint>
 #include <cstring>
+#include <memory>
 #include <new>
+#include <string_view>
 
 static void take_rate_and_trigger(EVT_T& evt, const PACKET& pkt)
 {

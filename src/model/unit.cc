@@ -8,8 +8,10 @@
 #include "output/log.h"
 #include "output/qcc.h"
 
+#include <cstdint>
 #include <memory>
 #include <new>
+#include <string>
 
 namespace {
 

@@ -4,6 +4,9 @@
 #include "model/record/records.h"
 #include "model/unit.h"
 
+#include <cstdint>
+#include <string_view>
+
 namespace {
 
 uint16_t to_uint16(std::string_view value)

@@ -6,6 +6,10 @@
 #include "output/form.h"
 #include "packet/timestr.h"
 
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
 namespace {
 
 // kept: network-follows-event. Whether a network packet shows telemetry fields is told by the last full event

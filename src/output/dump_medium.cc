@@ -5,8 +5,10 @@
 
 #include <algorithm>
 #include <cstdarg>
+#include <cstdint>
 #include <cstdio>
 #include <iterator>
+#include <string_view>
 
 namespace {
 

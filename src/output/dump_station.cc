@@ -3,6 +3,8 @@
 #include "output/dump.h"
 #include "output/form.h"
 
+#include <string_view>
+
 // SC: the station and its channels
 
 static constexpr Line Station_lines[] = {

@@ -3,6 +3,9 @@
 #include "output/dump.h"
 #include "output/form.h"
 
+#include <span>
+#include <string_view>
+
 namespace {
 
 constexpr Line Name_lines[] = {

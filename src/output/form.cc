@@ -2,6 +2,7 @@
 
 #include "driver/base/text.h"
 
+#include <cstdint>
 #include <cstring>
 
 /// Bytes of a field that lie past the packet's end.

@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <cinttypes>
 #include <cstring>
+#include <ctime>
+#include <string_view>
 #include <utility>
 
 namespace {

@@ -8,6 +8,7 @@
 
 #include <cmath>
 #include <cstdio>
+#include <string_view>
 
 namespace {
 

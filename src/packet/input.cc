@@ -4,6 +4,7 @@
 #include "driver/base/run_files.h"
 
 #include <cerrno>
+#include <cstddef>
 #include <unistd.h>
 
 uint32_t Blk_cnt;

@@ -4,6 +4,8 @@
 #include "driver/base/simd.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
 
 namespace {
 

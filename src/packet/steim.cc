@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cinttypes>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 

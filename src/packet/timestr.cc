@@ -7,6 +7,8 @@
 #include <cinttypes>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
+#include <string_view>
 
 namespace {
 

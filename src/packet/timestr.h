@@ -4,6 +4,7 @@
 
 #include "driver/base/text.h"
 
+#include <cstddef>
 #include <cstdint>
 
 using TIMESTR = Text<16>;

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <ctime>
 #include <string>
+#include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
 

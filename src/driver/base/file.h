@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <string_view>
 
 /// Tries to open a file until it succeeds or five whole seconds have passed: a disk may have to wake up. Null
 /// after that.

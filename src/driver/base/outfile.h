@@ -12,6 +12,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <string_view>
 
 /// Called once for a file, with its name, when bytes of it are lost. It decides what becomes of the run;

@@ -6,6 +6,7 @@
 #include "model/record/records.h"
 
 #include <cinttypes>
+#include <cstdint>
 #include <cstdio>
 
 /// An output file as the dumps show it: an address while it is open.

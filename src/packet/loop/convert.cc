@@ -17,6 +17,8 @@
 #include "packet/loop/progress.h"
 #include "packet/samples.h"
 
+#include <cstdint>
+
 namespace {
 
 UNIT_T& enter_unit(const PACKET& pkt)
