@@ -1,6 +1,7 @@
-// Characters as the C locale has them, whatever the user's locale.
+// Characters by the rules of the C locale, whatever locale the user has.
 #pragma once
 
+/// Blank, tab, line feed, vertical tab, form feed or carriage return.
 inline bool is_space(char c)
 {
     return c == ' ' || (c >= '\t' && c <= '\r');

@@ -2,7 +2,7 @@
 
 namespace {
 
-/// Days before each month; the entries past December let day numbers beyond the year map to months 13, 14.
+/// Days before each month, in a common and in a leap year. Days after 31 December are in months 13 and 14.
 const uint16_t Months_doy[2][15] = {
     {0, 31, 59, 90, 120, 151, 181, 212, 243, 273, 304, 334, 365, 396, 424},
     {0, 31, 60, 91, 121, 152, 182, 213, 244, 274, 305, 335, 366, 397, 425},

@@ -1,11 +1,12 @@
-// Lines that are written for every packet are built by hand: each piece is put at `to`, and the place behind
-// it is returned. Everything else is a plain print.
+// Builds the few lines that are written once per packet; every other line is a plain print. Each function
+// writes at `to`, without a NUL, and returns the place after its last character.
 #pragma once
 
 #include <cstdint>
 #include <cstring>
 #include <string_view>
 
+/// Copies a text.
 inline char* put(char* to, std::string_view piece)
 {
     memcpy(to, piece.data(), piece.size());
@@ -25,7 +26,7 @@ inline constexpr PAIRS Pairs = [] {
     return p;
 }();
 
-/// The lowest `width` decimal digits of a number.
+/// Writes the lowest `width` decimal digits of a number.
 template <int width>
 char* put_digits(char* to, uint32_t value)
 {
@@ -38,8 +39,7 @@ char* put_digits(char* to, uint32_t value)
     return to + width;
 }
 
-/// A decimal number with leading zeros up to `width` digits, more when it is wider, as "%0<width>u" prints
-/// it.
+/// Writes a number as "%0<width>u" does: leading zeros up to `width` digits, more digits when it needs them.
 template <int width>
 char* put_decimal(char* to, uint32_t value)
 {
@@ -54,7 +54,7 @@ char* put_decimal(char* to, uint32_t value)
     return put_digits<width>(to, value);
 }
 
-/// The lowest `width` upper-case hexadecimal digits of a number.
+/// Writes the lowest `width` hexadecimal digits of a number, in upper case.
 inline char* put_hex(char* to, unsigned value, int width)
 {
     for (int shift = 4 * (width - 1); shift >= 0; shift -= 4) *to++ = "0123456789ABCDEF"[value >> shift & 15];

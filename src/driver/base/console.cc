@@ -10,8 +10,8 @@
 
 static bool On_terminal;
 
-/// A caller may have closed the standard descriptors. The next files opened would take their numbers, and
-/// console text would end up in a trace: they are taken for nothing instead.
+/// Opens /dev/null for each standard descriptor that the caller closed. Otherwise the next files opened would
+/// get these numbers, and console text would be written into a trace.
 static void fill_standard_descriptors()
 {
     for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd)
@@ -67,7 +67,7 @@ void syntax()
     printf("\r\n   -Qc     QCC File output: Y, +, N or -                          (NO)");
     printf("\r\n   -Rn     sample Rate (if not found in the data)                 (100)");
     printf("\r\n   -Sn     Sample count per channel per event                     (4294967295)");
-    // kept: usage-shows-skip. Of all defaults shown this one is the setting as it stands now.
+    // kept: usage-shows-skip. All other defaults are fixed texts; this is the current setting.
     printf("\r\n   -Tn     Trash n samples from each event                        (%" PRIu32 ")", Smp_skip);
     printf("\r\n   -Vc     Verbose message output: Y, +, N or -                   (ENABLED)");
     printf("\r\n\nSwitches may appear anywhere on the command line.");

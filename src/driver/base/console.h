@@ -1,17 +1,18 @@
 // What the console shows before and after the packets: banner, usage text, run summary.
 #pragma once
 
-/// Readies the console, before any file is opened: standard descriptors that are closed lead nowhere, output
-/// goes in large pieces, and on a terminal it is flushed a few times a second.
+/// Prepares the console; must be called before any file is opened. Opens /dev/null for standard descriptors
+/// that are closed, and gives standard output a buffer of 64 KiB.
 void console_start();
 
-/// Flushes what a person at a terminal should see by now; costs nothing elsewhere.
+/// Flushes standard output, at most every 100 ms, if it is a terminal.
 void console_tick();
 
+/// Prints program, version and purpose.
 void print_banner();
 
-/// The usage text; the caller ends the run with status 2.
+/// Prints the usage text. The caller ends the run with status 2.
 void syntax();
 
-/// What was asked for and how it was understood.
+/// Prints the settings and paths of the run.
 void print_summary();

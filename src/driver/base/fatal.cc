@@ -7,8 +7,8 @@
 #include <cstdlib>
 #include <utility>
 
-static bool Ending; ///< the run is being ended: a further loss cannot end it again
-static bool Lost;   ///< bytes of a log or QC file were lost, and the run went on
+static bool Ending; ///< the run is ending; a loss is only reported now
+static bool Lost;   ///< bytes were lost, and the run went on
 
 void log_lost(const char* name)
 {
@@ -29,7 +29,7 @@ void end_run(int status)
     exit(status == 0 && Lost ? FATAL_WRITE : status);
 }
 
-/// carried: ending-messages. The messages of all the field's tools, those that read disks included.
+/// carried: ending-messages. Includes those of sister tools, which read disks.
 static void print_message(uint8_t code, const char* name)
 {
     switch (code) {
@@ -53,8 +53,8 @@ static void print_message(uint8_t code, const char* name)
     }
 }
 
-/// Every ending goes this way. The writing thread finishes first: if it lost bytes of a trace, that is what
-/// the run ends with.
+/// Every ending calls this. It first waits for the writing thread: if that lost bytes of a trace, the run
+/// ends with this loss instead (status 22).
 template <class Say>
 [[noreturn]] static void end_saying(int status, Say last_words)
 {

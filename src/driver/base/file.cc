@@ -7,7 +7,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-/// Whole seconds of a clock that nobody sets back.
+/// Whole seconds of the monotonic clock.
 static time_t steady_seconds()
 {
     timespec now;
@@ -15,7 +15,7 @@ static time_t steady_seconds()
     return now.tv_sec;
 }
 
-/// Tries until it succeeds, with short sleeps, while the clock is within five whole seconds of the start.
+/// Calls `attempt` every 20 ms until it succeeds, for five to six seconds. False if it never does.
 template <class Try>
 static bool with_patience(Try attempt)
 {
@@ -23,7 +23,7 @@ static bool with_patience(Try attempt)
     const timespec nap{0, 20'000'000};
     do {
         if (attempt()) return true;
-        fflush(stdout); // a person should see how far the run came
+        fflush(stdout); // shows how far the run is while it waits
         nanosleep(&nap, nullptr);
     } while (steady_seconds() <= start + 5);
     return false;
@@ -69,7 +69,7 @@ bool look_failed()
     case ENOTDIR:
     case EACCES:
     case ELOOP:
-    case ENAMETOOLONG: return false; // whoever opens the path will find nothing either
+    case ENAMETOOLONG: return false; // the path cannot be opened either
     default: return true;
     }
 }

@@ -16,7 +16,7 @@ size_t skip_space(std::string_view text, size_t at)
     return at;
 }
 
-/// A decimal integer within text: where it ends, and its value, clamped far outside 32 bits.
+/// A decimal integer read from a text. Digits after the value has passed 2^40 are ignored.
 struct INTEGER {
     int64_t value = 0;
     bool found = false;
@@ -54,7 +54,7 @@ int64_t scan_integer(std::string_view text, size_t at, int width)
     return integer_at(text, at, std::min(text.size(), at + static_cast<size_t>(width))).value;
 }
 
-/// strtod wants a terminator: a bounded copy of a field, which may be long where a user wrote it.
+/// Reads the first 255 characters of a field with strtod, which needs a NUL at the end.
 double double_of(std::string_view field)
 {
     Text<255> copy;
@@ -133,7 +133,7 @@ float stof(std::string_view text, uint16_t length)
     number.put(text);
     double value = strtod(number.s, nullptr);
     if (const char* slash = strchr(number.s, '/')) {
-        // kept: stof-slash. The divisor is read one character after the one that is tested.
+        // kept: stof-slash. The test for 0 reads the divisor after the "/", the division one character later.
         if (strtod(slash + 1, nullptr) != 0.0) value /= strtod(slash + 2, nullptr);
     }
     return static_cast<float>(value);

@@ -16,29 +16,29 @@
 
 namespace {
 
-// Buffers come in three sizes, the large ones lent first: few files write fast, many files share what
-// memory there is. A buffer that comes free is kept for the next file.
+// Buffers come in three sizes; a file gets the largest that is free. A few files thus get large buffers, and
+// the buffers of all 1024 slots together take at most 13 MiB. A free buffer is kept for the next file.
 struct TIER {
     uint32_t size;
     uint32_t count;        ///< most buffers of this size
     uint32_t made = 0;     ///< allocated so far
-    char* spare = nullptr; ///< those not lent, chained through their first bytes
+    char* spare = nullptr; ///< the first free one; its first bytes point to the next
 };
 TIER Tiers[] = {{Piece_max, 64}, {16384, 192}, {Out_room_max, 768}};
 
 constexpr uint32_t Slots_max = 64 + 192 + 768;
-constexpr uint32_t Descriptors_kept = 24; ///< left for input, INI file, console and what the host wants
+constexpr uint32_t Descriptors_kept = 24; ///< not for slots: input, INI file, console, C library
 
-uint32_t Slots_allowed; ///< 0 until the first file asks
-uint32_t Slots_lent;
-uint32_t Openings; ///< so far: the number of the latest one
-OUT_FILE* Newest;
-OUT_FILE* Oldest;
-uint64_t Since_closing;    ///< bytes of full buffers since a file was last closed
-uint64_t Between_closings; ///< and before that, back to the closing before
+uint32_t Slots_allowed;    ///< 0 until the first file is opened
+uint32_t Slots_lent;       ///< slots in use
+uint32_t Openings;         ///< files opened so far
+OUT_FILE* Newest;          ///< of the files with a slot, the one written to last
+OUT_FILE* Oldest;          ///< the one not written to for the longest time
+uint64_t Since_closing;    ///< bytes of full buffers since a slot was last freed
+uint64_t Between_closings; ///< the last value of Since_closing when a slot was freed, if not 0
 
-/// How many files may hold a descriptor. The process asks for as many as all slots need and settles for
-/// what it gets.
+/// How many files may have a slot. Raises the descriptor limit of the process to what all slots need, as far
+/// as the hard limit allows.
 uint32_t slots_by_limit()
 {
     rlimit limit{};
@@ -52,9 +52,9 @@ uint32_t slots_by_limit()
     return static_cast<uint32_t>(std::min<rlim_t>(limit.rlim_cur - Descriptors_kept, Slots_max));
 }
 
-/// The kernel enlarges a process's table of descriptors step by step, and in a process with two threads each
-/// step takes some ten milliseconds. A copy of standard input with a high number enlarges it before the
-/// thread starts.
+/// The kernel enlarges the descriptor table of a process step by step, and in a process with two threads each
+/// step takes about ten milliseconds. Duplicating standard input to a high number enlarges the table before
+/// the thread starts.
 void widen_descriptor_table()
 {
     const int last = fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, static_cast<int>(Slots_max + Descriptors_kept - 1));
@@ -75,6 +75,7 @@ void link_newest(OUT_FILE& file)
     Newest = &file;
 }
 
+/// A buffer, the largest that is free or can be allocated, and its size. Null without memory.
 char* take_buffer(uint32_t& size)
 {
     for (TIER& tier : Tiers) {
@@ -93,6 +94,7 @@ char* take_buffer(uint32_t& size)
     return nullptr;
 }
 
+/// Keeps a buffer for the next file.
 void give_buffer(char* buf, uint32_t size)
 {
     for (TIER& tier : Tiers) {
@@ -102,7 +104,7 @@ void give_buffer(char* buf, uint32_t size)
     }
 }
 
-/// A byte could not be written.
+/// Drops the rest of a file whose write failed, and calls its ON_LOSS once.
 void lose(OUT_FILE& file)
 {
     if (file.broken) return;
@@ -111,32 +113,32 @@ void lose(OUT_FILE& file)
     file.on_loss(file.name);
 }
 
-/// The same for a file that the thread knows by its number. It has its slot until the thread has finished.
+/// The same by number. The file still has its slot: a slot is freed only when the thread is done.
 void lose_numbered(uint32_t number)
 {
     for (OUT_FILE* file = Newest; file; file = file->older)
         if (file->number == number) return lose(*file);
 }
 
-/// Writes what is collected, behind all that was handed over before.
+/// Waits for the thread, then writes the buffer.
 void write_collected(OUT_FILE& file)
 {
     out_settle();
     if (file.used == 0) return;
     const uint32_t n = file.used;
-    file.used = 0; // also when it fails: the ending that follows must not try again
+    file.used = 0; // before the write: an ending after a failure must not write these bytes again
     if (!file.broken && !write_all(file.fd, file.buf, n)) lose(file);
 }
 
-/// True where traces are long enough for the thread to save time: every closing of a file waits for it, which
-/// costs about what it saves on ten pieces.
+/// True when handing buffers to the thread saves time. Each closing of a file waits for the thread, which
+/// costs what the thread saves on about ten pieces. So at least 16 must come between two closings.
 bool thread_pays()
 {
     constexpr uint64_t least = Pieces * Piece_max;
     return std::max(Since_closing, Between_closings) >= least;
 }
 
-/// Makes room in a buffer that is full.
+/// Empties a full buffer: the thread or this call writes it.
 void empty_buffer(OUT_FILE& file)
 {
     Since_closing += file.used;
@@ -146,7 +148,7 @@ void empty_buffer(OUT_FILE& file)
         write_collected(file);
 }
 
-/// Writes what is collected and takes the slot back. The file stays open in its owner's eyes.
+/// Writes the buffer and frees the slot. `open` does not change: the next write gets a slot again.
 void take_slot(OUT_FILE& file)
 {
     if (!file.buf) return;
@@ -162,7 +164,8 @@ void take_slot(OUT_FILE& file)
     if (!closed && errno != EINTR) lose(file);
 }
 
-/// Opens a path, with the oldest file giving way when descriptors run out.
+/// Opens a path. When descriptors run out, frees the slot of the file not written to for the longest time and
+/// tries again.
 int open_somehow(const char* path, int how)
 {
     for (;;) {
@@ -181,7 +184,7 @@ int how_to_open(OUT_MODE mode)
     return O_WRONLY | O_APPEND | O_CREAT;
 }
 
-/// Gives a file a buffer to the descriptor it has got.
+/// Gives a file its slot: this descriptor and a buffer. False without memory.
 bool lend_slot(OUT_FILE& file, int fd)
 {
     if (Slots_allowed == 0) {
@@ -201,7 +204,7 @@ bool lend_slot(OUT_FILE& file, int fd)
     return true;
 }
 
-/// A file that is written to again after its slot was taken.
+/// Gives a slot to a file that lost its own and is written to again.
 void regain_slot(OUT_FILE& file)
 {
     const int fd = open_somehow(file.name, O_WRONLY | O_APPEND);
@@ -211,7 +214,7 @@ void regain_slot(OUT_FILE& file)
     }
 }
 
-/// Where the bytes of a file go that has lost some already.
+/// The place where the bytes of a broken file are written; nothing reads them.
 char* waste()
 {
     static char bin[Out_room_max];
@@ -226,7 +229,7 @@ bool out_open(OUT_FILE& file, const char* name, OUT_MODE mode, ON_LOSS on_loss)
     if (fd < 0) return false;
     if (!lend_slot(file, fd)) {
         ::close(fd);
-        if (mode == OUT_MODE::create_new) ::unlink(name); // or its name would be taken at the next try
+        if (mode == OUT_MODE::create_new) ::unlink(name); // otherwise the next try would find the name taken
         errno = ENOMEM;
         return false;
     }
@@ -305,7 +308,7 @@ void OUT_FILE::write(std::string_view bytes)
     }
 }
 
-/// Formats a text of n characters that did not fit behind what is collected.
+/// Formats a text of n characters again, since the rest of the buffer was too small.
 __attribute__((format(printf, 3, 0))) static void print_anew(OUT_FILE& file, uint32_t n, const char* format,
                                                              va_list args)
 {

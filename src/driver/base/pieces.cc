@@ -24,8 +24,8 @@ struct PIECE {
 /// The bytes of piece k are in row k modulo Pieces. The thread owns them from take() until they are written.
 char Bytes[Pieces][Piece_max];
 
-/// The thread, and what it shares with the run. Both sides use the pieces and the counts under the lock; the
-/// run also without it while no piece is waiting.
+/// The thread, and what it shares with the run. Both use the pieces and the counts under the lock; the run
+/// also without it while no piece is waiting.
 class WRITER {
 public:
     bool start();
@@ -40,18 +40,18 @@ private:
 
     std::mutex lock;
     std::condition_variable work;     ///< for the thread: a piece was handed over, or no more will be
-    std::condition_variable few_left; ///< for the run: no more pieces are left than it waits for
+    std::condition_variable few_left; ///< for the run: only `awaited` pieces are left
     PIECE ring[Pieces];               ///< piece k is at k modulo Pieces
     uint32_t given = 0;               ///< pieces handed over
     uint32_t done = 0;                ///< pieces written or lost
-    uint32_t awaited = Pieces;        ///< the run waits until so many are left; Pieces when it does not wait
+    uint32_t awaited = Pieces;        ///< pieces that may be left when the run's wait ends; Pieces: no wait
     bool ending = false;
-    bool refused = false; ///< no thread can be had
+    bool refused = false; ///< starting the thread failed
     std::thread thread;
 };
 
-/// Never destroyed: end() joins the thread, and a condition that no thread ever waited on is unknown to the
-/// race checkers, which report its destruction.
+/// Never destroyed. end() joins the thread, and race checkers report the destruction of a condition variable
+/// on which no thread has waited.
 alignas(WRITER) char Writer_place[sizeof(WRITER)];
 WRITER& Writer = *new (Writer_place) WRITER;
 
@@ -85,6 +85,7 @@ void WRITER::write_pieces()
     }
 }
 
+/// Waits until at most `few` pieces are left.
 void WRITER::wait_until_left(uint32_t few, HELD& held)
 {
     awaited = few;
@@ -99,7 +100,7 @@ bool WRITER::take(int fd, std::string_view bytes, uint32_t number)
     const uint32_t place = given % Pieces;
     if (ring[place].lost) return false;
     ring[place] = {number, fd, static_cast<uint32_t>(bytes.size())};
-    held.unlock(); // the thread goes on with others meanwhile
+    held.unlock(); // the thread may write other pieces meanwhile
     memcpy(Bytes[place], bytes.data(), bytes.size());
     held.lock();
     ++given;
@@ -111,7 +112,7 @@ void WRITER::finish(void (*report_loss)(uint32_t number))
 {
     HELD held(lock);
     wait_until_left(0, held);
-    held.unlock(); // the thread has nothing to do, and a report may end the run
+    held.unlock(); // the thread is idle, and a report may end the run
     for (uint32_t i = 0; i < Pieces; ++i) {
         PIECE& piece = ring[(given + i) % Pieces];
         if (std::exchange(piece.lost, false)) report_loss(piece.number);

@@ -1,4 +1,4 @@
-// The files of the whole run: its input, its packet log, its QC file. Opened by setup, closed by fatal.
+// The handles of the files of the whole run. setup opens them, fatal closes them.
 #pragma once
 
 #include "driver/base/outfile.h"

@@ -1,5 +1,5 @@
-// The run's settings and paths. Each says who sets it and who reads it; once the packets come, nobody sets
-// any.
+// The settings and paths of the run. Their comments name who reads them; the run summary (console) and the
+// log header (log) show most of them, too. None changes once the first packet is read.
 #pragma once
 
 #include <cstdint>
@@ -17,38 +17,36 @@ inline constexpr char Fn_ext_chn[] = ".sac";
 inline constexpr size_t Path_max = 131; ///< most characters of a path that a user may give
 
 // Set by the command line.
-extern bool Verbose; ///< console table; false: "Meg:" counter.                 Read: progress.
-extern bool
-    Log_on; ///< packet logs, of the run and of each unit.             Read: convert, unit, event, setup.
-extern bool Log_dt; ///< units' logs get summary lines of DT packets, too.     Read: convert.
-extern bool Qcc_on; ///< QC files, of the run and of each unit.                Read: convert, unit, setup.
+extern bool Verbose; ///< true: console table, false: "Meg:" counter; progress
+extern bool Log_on;  ///< packet logs, of the run and of each unit; convert, unit, event, setup
+extern bool Log_dt;  ///< summary lines of DT packets also in the logs of units; convert
+extern bool Qcc_on;  ///< QC files, of the run and of each unit; convert, unit, setup
 extern uint16_t
-    Name_option; ///< trace names: 0 station name if there is one, 1 unit ID, 2 station name.  Read: chn_name.
-extern uint16_t Path_option; ///< levels of directories below the output path, 0 to 4.  Read: chn_name.
-extern float Smp_rate_cmd;   ///< samples per second; kept: rate-only-shown.            Read: console, log.
-extern uint32_t Smp_limit;   ///< most samples written per channel and event.           Read: channel, sac.
-extern uint32_t Smp_skip;    ///< samples dropped per channel and event.                Read: channel.
-extern std::string Cmd_line; ///< the command line as typed, cut at Path_max.           Read: log.
-extern std::string FileIn; ///< input file as named there.                            Read: setup, unit, log.
+    Name_option; ///< name of traces by 0: station if it has a name, 1: unit ID, 2: station; chn_name
+extern uint16_t Path_option; ///< levels of directories below the output path, 0 to 4; chn_name
+extern float Smp_rate_cmd; ///< samples per second. kept: rate-only-shown. Only console and log header read it
+extern uint32_t Smp_limit; ///< most samples written per channel and event; channel, sac
+extern uint32_t Smp_skip;  ///< samples dropped per channel and event; channel
+extern std::string Cmd_line; ///< the command line as typed, cut at Path_max characters; log
+extern std::string FileIn;   ///< input file as typed; setup, unit
 
-// Set by setup, once the command line is read; DirOut begins with what that says.
-extern std::string
-    DirOut; ///< output path, ends in "/".                            Read: unit, chn_name, log.
-extern std::string DirOrg;  ///< working directory at start.                          Read: console, log.
-extern std::string FileIni; ///< INI file, or kept: note-in-the-path.                Read: ini, console, log.
-extern std::string FileLog; ///< packet log of the run.                               Read: console, log.
-extern std::string FileQcc; ///< QC file of the run.                                  Read: console, log.
-extern std::string File_temp; ///< base name of the input file.                         Read: setup.
+// Set by setup, after the command line.
+extern std::string DirOut;  ///< output path, ends in "/"; the command line sets what is typed; unit, chn_name
+extern std::string DirOrg;  ///< working directory at the start; setup
+extern std::string FileIni; ///< INI file, or its path and a note that it does not exist; ini
+extern std::string FileLog; ///< packet log of the run; setup
+extern std::string FileQcc; ///< QC file of the run; setup
+extern std::string File_temp; ///< base name of the input file; setup
 
-extern time_t Sys_time; ///< start of the run.  Set: main.  Read: log header, SAC header.
+extern time_t Sys_time; ///< start of the run, set by main; log, sac
 
-/// Puts every setting at its default; the paths and files are left alone.
+/// Sets every setting to its default, but not the paths.
 void set_defaults();
 
-/// The name of a Name_option value, as the run summary and the log header show it.
+/// The text for Name_option in the run summary and the log header.
 const char* name_option_text();
 
-/// "YES" or "NO", as summary and log header show a flag.
+/// The text for a flag there.
 inline const char* yes_no(bool on)
 {
     return on ? "YES" : "NO";

@@ -1,5 +1,6 @@
-// Loops over samples are compiled twice on x86, for plain and for wide vector units; the host picks one when
-// the program starts. Integers and single operations only: both give the same bits.
+// VX_WIDE marks loops over samples. On x86 they are compiled twice, with and without AVX2, and the processor
+// decides at program start which copy runs. Both give the same bits: the loops use integers, and doubles in a
+// fixed order without fused operations.
 #pragma once
 
 #if defined(__x86_64__) && defined(__linux__) && !defined(__SANITIZE_ADDRESS__) &&                           \

@@ -1,5 +1,5 @@
-// Texts of fixed capacity, as the records hold them: at most N characters, always ended by a NUL.
-// The capacity stands in the record's declaration and nowhere else.
+// Texts of fixed capacity, for fields of records: at most N characters and a NUL. Only the declaration of the
+// field gives its capacity.
 #pragma once
 
 #include <cstdarg>
@@ -8,7 +8,7 @@
 #include <cstring>
 #include <string_view>
 
-/// The part of a text field that print shows: everything before its first NUL.
+/// The part of a field before its first NUL, or all of it: what "%s" prints.
 inline std::string_view before_nul(std::string_view field)
 {
     return field.substr(0, field.find('\0'));
@@ -18,7 +18,7 @@ template <size_t N>
 struct Text {
     char s[N + 1] = {};
 
-    /// Takes over a text: stops at its first NUL, cuts what is longer than N.
+    /// Copies a text up to its first NUL, N characters at most. The rest becomes NUL.
     void put(std::string_view from)
     {
         const std::string_view kept = before_nul(from).substr(0, N);
@@ -26,7 +26,7 @@ struct Text {
         memset(s + kept.size(), 0, sizeof s - kept.size());
     }
 
-    /// Takes over a text right-aligned: blanks on the left up to N characters, cut at N.
+    /// Copies a text up to its first NUL, N characters at most, with blanks before it up to N.
     void put_right(std::string_view from)
     {
         const std::string_view kept = before_nul(from).substr(0, N);
@@ -35,7 +35,7 @@ struct Text {
         s[N] = '\0';
     }
 
-    /// Prints into the text, cut at N characters.
+    /// Formats the text; characters after the Nth are dropped.
     __attribute__((format(printf, 2, 3))) void print(const char* format, ...)
     {
         va_list args;
