@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <cstring>
 
-/// Every byte in hexadecimal, with a blank behind.
+/// The two hexadecimal digits of every byte, and a blank.
 struct HEX {
     char of[256][3];
 };
@@ -31,13 +31,13 @@ int secs_split(const uint8_t* packed, char* text)
     return snprintf(text, 14, "%04u%03u%02u%02u%02u", year, day, hour, minute, second);
 }
 
-/// Nothing here stops the program; what was read so far is the value.
+/// The run goes on after this message.
 static void complain_about_count()
 {
     printf("\n ERROR: Incorrect no of bytes passed");
 }
 
-/// A signed integer of n bytes, from the most significant one on; `step` is the way to the next.
+/// A signed integer of n bytes, most significant byte first; `step` is the distance to the next byte.
 static int32_t integer_in(const uint8_t* at, uint16_t n, int step)
 {
     uint32_t value = static_cast<uint32_t>(static_cast<int8_t>(*at));

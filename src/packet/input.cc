@@ -16,10 +16,11 @@ static_assert(Read_ahead % Packet_size == 0);
 
 uint8_t Ahead[Read_ahead];
 size_t Filled;    ///< bytes read into Ahead
-size_t Taken;     ///< bytes handed out of it
-bool At_end;      ///< nothing is left behind Ahead
+size_t Taken;     ///< bytes of Ahead in packets already returned
+bool At_end;      ///< the input has no bytes after those in Ahead
 bool Read_failed; ///< reading ended with an error
 
+/// Fills Ahead, or reads up to the end of the input.
 void read_on()
 {
     Filled = Taken = 0;

@@ -32,4 +32,4 @@ enum class ENCODING : uint8_t { none, int16, int32, steim1, steim2 };
 /// The encoding that a data format byte stands for; none for a format the program does not know.
 ENCODING encoding_of(uint8_t format);
 
-inline constexpr uint8_t Format_16_bit = 0x16; ///< the one format that makes a channel a 16-bit one
+inline constexpr uint8_t Format_16_bit = 0x16; ///< the only format for which a channel's word_bits is 16

@@ -1,18 +1,18 @@
-// Where the fields of all packets lie. One packet is 1024 bytes; integers are big-endian, header times and
-// counts BCD (two digits per byte, high nibble first), texts blank-padded ASCII. docs/format.md says what the
-// fields mean; scripts/check-layout compares its tables with this file.
+// The place of every field of every packet type. A packet has 1024 bytes; integers are big-endian, times and
+// counts of the header are BCD (two digits per byte, high nibble first), texts are ASCII padded with blanks.
 #pragma once
 
 #include <initializer_list>
 
 inline constexpr int Packet_size = 1024;
 
+/// The place of a field: offset and length in bytes.
 struct Span {
     int at, len;
     constexpr int end() const { return at + len; }
 };
 
-/// The same field once per channel of a bank, or entries of one length, one behind the other.
+/// Fields or entries of equal length, one after the other, for instance one per channel of a bank.
 struct Row {
     int at, len, count;
     constexpr Span operator[](int i) const { return {at + i * len, len}; }
@@ -20,7 +20,7 @@ struct Row {
     constexpr int end() const { return at + len * count; }
 };
 
-/// A field of the entry that begins at `entry`; fields of entries count from there.
+/// The place in the packet of a field of the entry that begins at `entry`; `field` counts from there.
 constexpr Span in_entry(int entry, Span field)
 {
     return {entry + field.at, field.len};
@@ -62,30 +62,30 @@ static_assert(adjacent({HDR::Seq, Number, Stream, Channel, Samples, Flags, Forma
 
 namespace FLAG {                              // bits of the flags byte
 inline constexpr unsigned Second_bank = 0x04; // EH, ET: about channels 17 to 32
-inline constexpr unsigned Extension = 0x08;   // DT: 40 bytes stand between header and samples
+inline constexpr unsigned Extension = 0x08;   // DT: an extension of 40 bytes precedes the samples
 inline constexpr unsigned Bit4 = 0x10;        // EH, ET, DT: collected in the event record
 } // namespace FLAG
 
 namespace DT {                                // data
-inline constexpr int Data = 24;               // uncompressed samples, when no extension is there
+inline constexpr int Data = 24;               // uncompressed samples, without an extension
 inline constexpr int Extension_len = 40;      // length of the extension
 inline constexpr Span Micros{24, 4};          // BCD; digits 2 to 4 are microseconds, with an extension
-inline constexpr Span Extension_flags{46, 1}; // FLAG::Extension here: the samples start behind the extension
+inline constexpr Span Extension_flags{46, 1}; // FLAG::Extension here: uncompressed samples begin at 64
 inline constexpr int Frames = 64;             // fifteen Steim frames
 inline constexpr int Frame_len = 64;          // one frame: a control word and fifteen words
 inline constexpr int Frame_cnt = 15;
-inline constexpr int Frame_words = 16;    // of a frame; word 0 holds the codes of all
+inline constexpr int Frame_words = 16;    // in a frame; word 0 (control word) has the codes of all
 inline constexpr int X0_word = 1;         // of frame 1: the first sample
 inline constexpr int Xn_word = 2;         // of frame 1: the last sample
-inline constexpr int First_data_word = 3; // of frame 1; of the others it is 1
+inline constexpr int First_data_word = 3; // in frame 1; in the others it is 1
 static_assert(Frame_words * 4 == Frame_len);
 static_assert(EVT::Format.end() == Data && Data + Extension_len == Frames);
 static_assert(Extension_flags.at == Data + EVT::Flags.at);
 static_assert(Frames + Frame_cnt * Frame_len == Packet_size);
 } // namespace DT
 
-namespace EH {                           // event header; the event trailer has the same face
-inline constexpr unsigned Full_len = 58; // a smaller byte count means a short packet: one text
+namespace EH {                           // event header; the event trailer has the same fields
+inline constexpr unsigned Full_len = 58; // with a smaller byte count it holds one text
 inline constexpr Span Short_text{24, 31};
 inline constexpr Span Time_src{57, 1};
 inline constexpr Span Pll_days{58, 1};
@@ -93,7 +93,7 @@ inline constexpr Span Stn_name_5th{59, 1};
 inline constexpr Span Stn_name{60, 4};
 inline constexpr Span Strm_name{64, 24};
 inline constexpr Span Rate{88, 4};
-inline constexpr Span Rate_telemetry{88, 8}; // runs over the trigger type
+inline constexpr Span Rate_telemetry{88, 8}; // includes the bytes of the trigger type
 inline constexpr Span Trg_type{92, 4};
 inline constexpr Span T_trg{96, 16};
 inline constexpr Span T_first{112, 16};
@@ -206,7 +206,7 @@ inline constexpr Span Channels{26, 16}; // a character per channel
 inline constexpr Span Rate{42, 4};
 inline constexpr Span Format{46, 2};
 inline constexpr Span Trg_type{64, 4};
-inline constexpr Span Trigger{68, 162}; // what stands in it depends on the trigger type
+inline constexpr Span Trigger{68, 162}; // its fields depend on the trigger type
 static_assert(adjacent({Number, Name, Channels, Rate, Format}));
 static_assert(adjacent({Trg_type, Trigger}) && Trigger.end() == Streams.len);
 } // namespace STRM
@@ -326,7 +326,7 @@ inline constexpr Span Next_dir{20, 4};
 inline constexpr Span Sector_flag{25, 1};
 inline constexpr Span Entry_cnt{26, 2};
 inline constexpr Span Last_entry{28, 4};
-inline constexpr Row Entries{32, 72, 13}; // of 72 bytes; an entry that says another length moves the next one
+inline constexpr Row Entries{32, 72, 13}; // an entry's own length gives the place of the next
 static_assert(adjacent({HDR::Seq, Prev_dir, Next_dir}));
 static_assert(adjacent({Sector_flag, Entry_cnt, Last_entry, Entries.all()}));
 static_assert(Entries.end() <= Packet_size && Entries.end() + Entries.len > Packet_size);

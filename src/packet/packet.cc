@@ -1,7 +1,7 @@
 #include "packet/packet.h"
 
-/// The year of a header has two digits: 85 to 99 are 1985 to 1999, 00 to 84 are 2000 to 2084. A character
-/// that is no digit ends the number, so that it is at most 9 and belongs to the later century.
+/// True for the years 85 to 99 of a header, which are 1985 to 1999; 00 to 84 are 2000 to 2084. A year with a
+/// nibble above 9 is in the later century, too.
 static bool before_2000(const char* year)
 {
     const int tens = year[0] - '0';

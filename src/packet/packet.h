@@ -1,5 +1,5 @@
-// A packet as a value, and the readers of its fields. This is the one gate to a packet's bytes: nobody else
-// adds a number to their address.
+// A packet as a value, and the readers of its fields. This room is the gate to a packet's bytes: no other
+// code adds an offset to their address.
 #pragma once
 
 #include "packet/codec.h"
@@ -13,19 +13,19 @@
 #include <cstring>
 #include <string_view>
 
-/// A packet with its header decoded. `stream`, `channel` and the like are numbers only in the types that
-/// carry them: belongs_to_event() for event and stream, PKT_DT for channel and samples.
+/// A packet with its header decoded. Not every type has all fields: `event` and `stream` are valid where
+/// belongs_to_event() is true, `channel` and `samples` in DT packets.
 struct PACKET {
     explicit PACKET(const uint8_t* packet_bytes);
 
-    const uint8_t* bytes; ///< Packet_size bytes; they belong to the reader and are good until its next packet
+    const uint8_t* bytes; ///< Packet_size bytes in the buffer of Blk_read, valid until its next call
     PKT kind;
-    uint16_t unit_id; ///< as the recorder wrote it; 0 is not yet replaced
+    uint16_t unit_id; ///< as in the packet; 0 is possible
     uint16_t seq;     ///< packet sequence number
     uint16_t event;   ///< event number
     uint16_t stream;  ///< counted from 0
     uint16_t channel; ///< counted from 0
-    uint16_t samples; ///< what the packet says that it holds
+    uint16_t samples; ///< count of samples, as the header gives it
     TIMESTR time;     ///< to the millisecond
 };
 
@@ -43,7 +43,7 @@ inline std::string_view text(const PACKET& pkt, Span field)
     return {reinterpret_cast<const char*>(pkt.bytes) + at, static_cast<size_t>(len)};
 }
 
-/// The first byte of a field; a blank past the packet's end.
+/// The first byte of a field; a blank if that is past the packet's end.
 inline uint8_t byte(const PACKET& pkt, Span field)
 {
     return field.at < Packet_size ? pkt.bytes[field.at] : ' ';
@@ -55,8 +55,8 @@ inline uint16_t bcd(const PACKET& pkt, Span field)
     return bcd2i(bytes(pkt, field), static_cast<int16_t>(field.len));
 }
 
-/// Writes the digits of a BCD field that lies inside the packet, two per byte, without a terminator. Returns
-/// the place behind them.
+/// Writes the digits of a BCD field that lies inside the packet, two per byte, without a NUL. Returns the
+/// place after them.
 inline char* digits(const PACKET& pkt, Span field, char* to)
 {
     unbcd(to, bytes(pkt, field), static_cast<uint16_t>(field.len));
@@ -69,12 +69,13 @@ inline uint32_t number(const PACKET& pkt, Span field)
     return field.len == 1 ? byte(pkt, field) : reverse(bytes(pkt, field), static_cast<uint16_t>(field.len));
 }
 
-/// True when a text field is given, that is, does not begin with a blank.
+/// True when a text field is given: it does not begin with a blank.
 inline bool given(std::string_view field)
 {
     return !field.empty() && field.front() != ' ';
 }
 
+/// The flags byte; FLAG has its bits.
 inline unsigned flags(const PACKET& pkt)
 {
     return byte(pkt, EVT::Flags);

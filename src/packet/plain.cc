@@ -1,4 +1,4 @@
-// Decoders of uncompressed samples.
+// Decodes uncompressed samples. decode_samples picks the decoder of a packet.
 #include "packet/samples.h"
 
 #include "driver/base/simd.h"
@@ -9,8 +9,8 @@
 
 namespace {
 
-/// Where the samples start. kept: offset-46. The test looks not at the flags byte but 22 bytes behind the
-/// header, which is a byte of the samples when there is no extension.
+/// Where the samples start: byte 64 when byte 46 has the extension bit, else byte 24. kept: offset-46. Byte
+/// 46 is not the flags byte; without an extension it belongs to the samples.
 int samples_start(const PACKET& pkt)
 {
     return (byte(pkt, DT::Extension_flags) & FLAG::Extension) ? DT::Data + DT::Extension_len : DT::Data;
@@ -26,7 +26,7 @@ VX_WIDE void take_32(const uint8_t* from, size_t n, int32_t* to)
     for (size_t i = 0; i < n; ++i) to[i] = static_cast<int32_t>(be32(from + 4 * i));
 }
 
-/// Decodes `Width`-byte samples, `cap` at most; those that would lie past the packet's end are 0.
+/// Decodes samples of `Width` bytes, `cap` at most. Samples past the packet's end are 0.
 template <int Width>
 void decode_plain(const PACKET& pkt, DATA_BUF& out, int cap)
 {

@@ -1,5 +1,6 @@
-// Decoders of Steim-compressed samples: fifteen frames of differences between neighbouring samples, with the
-// first and the last sample stored beside them to check the decoding against.
+// Decodes Steim-compressed samples word by word. A packet has fifteen frames of differences between
+// neighbouring samples; it also stores its first and last sample, which check the decoding. Begin with
+// Buf_c0.
 #include "packet/samples.h"
 
 #include "packet/steim_fields.h"
@@ -13,22 +14,23 @@
 
 namespace {
 
-constexpr int Words = DT::Frame_words;
+constexpr int Words = DT::Frame_len / 4; ///< in a frame; word 0 (control word) has the codes of all
+constexpr int First_data_word = 3;       ///< in frame 1, after the first and last sample
 
 const uint8_t* word_at(const PACKET& pkt, int frame, int word)
 {
     return bytes(pkt, {DT::Frames + frame * DT::Frame_len + word * 4, 4});
 }
 
-/// One decoding: what the packet says, and the samples so far. All sums wrap at 32 bits.
+/// One decoding. All sums are modulo 2^32.
 struct STEIM {
     const PACKET& pkt;
     DATA_BUF& out;
-    uint32_t x0;        ///< first sample, as stored
-    uint32_t xn;        ///< last sample, as stored
-    uint32_t value = 0; ///< running value: the latest sample
-    uint32_t diff = 0;  ///< what "Calc start" shows of the differences
-    bool mismatch = false;
+    uint32_t x0;           ///< the stored first sample
+    uint32_t xn;           ///< the stored last sample
+    uint32_t value = 0;    ///< the latest sample
+    uint32_t diff = 0;     ///< the difference in "Calc start" of the log
+    bool mismatch = false; ///< the first difference does not lead from the packet before to x0
 
     STEIM(const PACKET& p, DATA_BUF& o)
         : pkt(p), out(o), x0(be32(word_at(p, 0, DT::X0_word))), xn(be32(word_at(p, 0, DT::Xn_word)))
@@ -36,8 +38,7 @@ struct STEIM {
         out.count = 0;
     }
 
-    /// The differences of one word. The latest sample is kept at hand meanwhile: each waits for the one
-    /// before.
+    /// Adds the differences of one word. The sum is a local variable, so that it stays in a register.
     template <size_t n>
     void add(const std::array<uint32_t, n>& differences)
     {
@@ -51,7 +52,7 @@ struct STEIM {
         out.count = count;
     }
 
-    /// The same; the last difference is the one that "Calc start" shows.
+    /// The same; "Calc start" will show the last difference.
     template <size_t n>
     void add_and_remember(const std::array<uint32_t, n>& differences)
     {
@@ -59,7 +60,8 @@ struct STEIM {
         diff = differences.back();
     }
 
-    /// The first difference leads from the channel's last sample to this packet's first.
+    /// Sets the sum to x0 minus the first difference. The packet before ended with `last` (0: none); `last`
+    /// plus the first difference must give x0.
     void start(uint32_t last)
     {
         if (last != 0 && last + diff != x0) mismatch = true;
@@ -87,7 +89,7 @@ uint32_t signed_pair(const uint8_t* p)
     return static_cast<uint32_t>(static_cast<int16_t>(be16(p)));
 }
 
-/// Runs `word(code, bytes)` over all data words, from `first` of frame 1 on.
+/// Calls `word(code, bytes)` for all data words; in frame 1 they begin with word `first`.
 template <class Word>
 void each_word(const PACKET& pkt, int first, Word word)
 {
@@ -98,8 +100,8 @@ void each_word(const PACKET& pkt, int first, Word word)
     }
 }
 
-/// carried: flags-array-messages. A difference code has two bits, so neither this nor the other complaints about codes
-/// are ever printed.
+/// carried: flags-array-messages. Codes have two bits, so neither this message nor the others about codes are
+/// ever printed.
 void complain_about_first(const PACKET& pkt, const uint8_t* codes)
 {
     uint32_t in_memory;
@@ -108,6 +110,7 @@ void complain_about_first(const PACKET& pkt, const uint8_t* codes)
     for (int i = 0; i < Words; ++i) fprintf(stderr, " %u", codes[i]);
 }
 
+/// The first difference of a Steim-1 packet; 0 if its word is empty.
 uint32_t steim1_first(const PACKET& pkt)
 {
     uint8_t codes[Words];
@@ -135,7 +138,7 @@ void steim1_word(STEIM& s, unsigned code, const uint8_t* word)
     }
 }
 
-/// The first word of frame 1 that holds data; Words when none does.
+/// The first word of frame 1 whose code is not 0; past the last word when there is none.
 int steim2_first_word(const PACKET& pkt)
 {
     uint8_t codes[Words];
@@ -145,6 +148,7 @@ int steim2_first_word(const PACKET& pkt)
     return w;
 }
 
+/// The first difference of a Steim-2 packet, which word `at` of frame 1 holds; 0 without such a word.
 uint32_t steim2_first(const PACKET& pkt, int at)
 {
     if (at == Words) return 0;
@@ -162,8 +166,8 @@ uint32_t steim2_first(const PACKET& pkt, int at)
     }
 }
 
-/// The differences of a word whose fields are known when this is compiled: several times as fast as when they
-/// are not, which counts where every packet fails its check.
+/// Adds the differences of a Steim-2 word. With code and dnib as constants this is several times as fast,
+/// which counts in recordings whose packets are all unsound.
 template <unsigned code, unsigned dnib>
 void add_differences(STEIM& s, uint32_t word)
 {
@@ -197,8 +201,7 @@ void steim2_word(STEIM& s, unsigned code, const uint8_t* bytes)
     }
 }
 
-/// Sound when the last sample and the count are what the packet says, and the first one followed on `last`.
-/// The next packet is checked against the recorder's own value.
+/// The verdict (see Decoded). The next packet is checked against the stored last sample, not the decoded one.
 Decoded checked(const STEIM& s, uint32_t& last)
 {
     const bool sound = s.value == s.xn && s.pkt.samples == (s.out.count & 0xFFFF) && !s.mismatch;

@@ -1,9 +1,9 @@
-// How the words of Steim frames fall into differences: the tables of both levels.
+// How many differences a word of a Steim frame holds, and of how many bits.
 #pragma once
 
 #include <cstdint>
 
-/// How many differences a word holds, and of how many bits. Count 0: it is empty, or there is no such word.
+/// The count of differences in a word, and their width in bits. Count 0: the word is empty or invalid.
 struct STEIM_FIELDS {
     uint8_t count, width;
 };
@@ -11,7 +11,7 @@ struct STEIM_FIELDS {
 /// Steim-1, by code.
 inline constexpr STEIM_FIELDS Steim1_fields[4] = {{0, 0}, {4, 8}, {2, 16}, {1, 32}};
 
-/// Steim-2, by code and by dnib, the two top bits of the word. Code 1 has no dnib: these bits are data.
+/// Steim-2, by code and dnib (the two top bits of the word). With code 1 these bits are data.
 inline constexpr STEIM_FIELDS Steim2_fields[4][4] = {
     {{0, 0}, {0, 0}, {0, 0}, {0, 0}},
     {{4, 8}, {4, 8}, {4, 8}, {4, 8}},

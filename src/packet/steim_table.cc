@@ -10,21 +10,22 @@
 namespace {
 
 constexpr int Lanes = 8;
-constexpr int Words = DT::Frame_words;
-constexpr int Data_words = DT::Frame_cnt * (Words - 1) - 2; ///< but for control words and constants
-constexpr int Most = Data_words * 7;                        ///< differences a packet can hold
+constexpr int Words = DT::Frame_len / 4; ///< in a frame; word 0 (control word) has the codes of all
+constexpr int Data_words = DT::Frame_cnt * (Words - 1) - 2; ///< without control words, first and last sample
+constexpr int Most = Data_words * 7;                        ///< most differences of a packet
 static_assert(Most + Lanes <= Samples_max, "whole vectors are written");
 
-/// How words fall into differences, by place (4 x code + the word's two top bits): each difference is shifted
-/// up so that its sign is the word's top bit, then down to its place. Lanes past the count make values that
-/// nobody reads. A place has Lanes entries in each list; of the counts only the first is used.
+/// How words are split into differences. The place of a word is 4 x code + its two top bits. It has Lanes
+/// entries in `up` and `down`, from place x Lanes on: difference i is the word shifted up by up[i], so that
+/// its sign bit is the top bit, and then down by down[i]. Entries past the count give values that are not
+/// used. Of `count` only the first entry is used.
 struct SPLITS {
     uint32_t up[16 * Lanes];
     int32_t down[16 * Lanes];
     uint32_t count[16 * Lanes];
 };
 
-/// `fields_of(code, dnib)` tells how a word falls apart.
+/// Makes the lists. `fields_of(code, dnib)` returns the count and width of a word's differences.
 template <class Fields_of>
 constexpr SPLITS splits_of(Fields_of fields_of)
 {
@@ -45,7 +46,7 @@ alignas(64) constexpr SPLITS Steim2 = splits_of([](unsigned code, unsigned dnib)
     return Steim2_fields[code][dnib];
 });
 
-/// The places of words that Steim-2 does not have.
+/// The places of invalid Steim-2 words.
 constexpr uint32_t Invalid_low = 4 * 2 + 0;
 constexpr uint32_t Invalid_high = 4 * 3 + 3;
 static_assert(Steim2_fields[2][0].count == 0 && Steim2_fields[3][3].count == 0);
@@ -54,17 +55,17 @@ using UINTS = uint32_t __attribute__((vector_size(4 * Lanes)));
 using INTS = int32_t __attribute__((vector_size(4 * Lanes)));
 using BYTES = uint8_t __attribute__((vector_size(4 * Lanes)));
 
-/// Room for all differences a packet can hold, and for the lanes written past the last one.
+/// The differences of a packet, and the unused values after the last one.
 using DIFFERENCES = std::array<int32_t, Most + Lanes>;
 
-/// Words of a frame in host order, and where their places begin in the lists.
+/// The words of a frame in host order, and the index in the lists where the entries of each begin.
 struct FRAME {
     alignas(32) uint32_t word[Words];
     alignas(32) uint32_t place[Words];
 };
 
-/// Eight words of a frame at once. `down` brings each word's code to the lowest bits of `codes`. Gathers in
-/// `invalid` the lanes of words that Steim-2 does not have.
+/// Writes values and indices of eight words of a frame. `down` is how far `codes` is shifted to bring each
+/// word's code to the lowest bits. Sets the lanes of `invalid` whose words are invalid in Steim-2.
 [[gnu::always_inline]] inline void take_apart(const uint8_t* from, uint32_t codes, const UINTS& down,
                                               uint32_t* word, uint32_t* place, INTS& invalid)
 {
@@ -83,7 +84,7 @@ struct FRAME {
     memcpy(place, &first, sizeof first);
 }
 
-/// The differences of a frame, each of its words cut as the lists say. Returns the place behind the last.
+/// Writes the differences of a frame. Returns the place after the last.
 [[gnu::always_inline]] inline int32_t* cut_words(const uint8_t* frame, uint32_t codes, const SPLITS& splits,
                                                  int32_t* to, INTS& invalid)
 {
@@ -106,8 +107,8 @@ struct FRAME {
     return to;
 }
 
-/// Half a frame of bytes, or of halves of words, widened. That is some whole vectors; a loop unrolled before
-/// the compiler comes to vectors would not become any.
+/// Widens the 8- or 16-bit differences of half a frame to 32 bits. With "unroll 1" the compiler makes vectors
+/// of this loop; unrolled it would not.
 template <class FIELD>
 [[gnu::always_inline]] inline void widen(const uint8_t* half_frame, int32_t* to)
 {
@@ -119,30 +120,31 @@ template <class FIELD>
     }
 }
 
-/// The differences of a frame whose words all hold bytes, or all halves: one row of them. Many frames of
-/// Steim-1 recordings are so. Returns the place behind the last.
+/// Writes the differences of a frame whose words all hold 8-bit or all hold 16-bit differences, as many
+/// frames of Steim-1 recordings do. Returns the place after the last.
 template <class FIELD>
 [[gnu::always_inline]] inline int32_t* take_row(const uint8_t* frame, int32_t* to)
 {
     constexpr int size = sizeof(FIELD);
     constexpr int n = 4 * (Words - 1) / size;
     constexpr int half = DT::Frame_len / 2;
-    widen<FIELD>(frame + 4, to); // up to the word that both halves take
-    widen<FIELD>(frame + half, to + n - half / size);
+    widen<FIELD>(frame + 4, to);                      // words 1 to 8
+    widen<FIELD>(frame + half, to + n - half / size); // words 8 to 15
     return to + n;
 }
 
-/// The codes of a frame whose words all have code 1, and all code 2: halves, of Steim-1.
+/// The codes of a frame in which all words have code 1, and in which all have code 2.
 constexpr uint32_t All_1 = 0x15555555;
 constexpr uint32_t All_2 = 0x2AAAAAAA;
 static_assert(Steim1_fields[1].width == 8 && Steim2_fields[1][0].width == 8 && Steim1_fields[2].width == 16);
 
 struct FOUND {
-    int count;  ///< of differences
-    bool valid; ///< every word is one that Steim-2 has
+    int count;  ///< of the differences
+    bool valid; ///< no word is invalid in Steim-2
 };
 
-/// All differences of a packet, in order. Control words and the two constants of frame 1 hold none.
+/// Writes all differences of a packet, in order. The codes of control words and of the two samples in frame 1
+/// are masked: they hold none.
 VX_WIDE FOUND differences_of(const uint8_t* frame, const SPLITS& splits, bool steim2, int32_t* differences)
 {
     int32_t* to = differences;
@@ -161,9 +163,9 @@ VX_WIDE FOUND differences_of(const uint8_t* frame, const SPLITS& splits, bool st
     return {static_cast<int>(to - differences), any == 0};
 }
 
-/// Running sum of n differences onto `value`, modulo 2^32, whole vectors at a time: within each half of a
-/// vector, then the low half's sum onto the high one. Returns the last sum. From one vector to the next only
-/// one addition waits for the one before.
+/// Writes the running sums of n differences, from `value` on, modulo 2^32. Returns the last sum. Each vector
+/// is summed by itself, first its halves, then the low half's sum is added to the high half. So only one
+/// addition per vector waits for the vector before.
 VX_WIDE uint32_t sum_up(const int32_t* differences, int n, uint32_t value, int32_t* samples)
 {
     UINTS before = UINTS{} + value;
@@ -180,6 +182,7 @@ VX_WIDE uint32_t sum_up(const int32_t* differences, int n, uint32_t value, int32
     return static_cast<uint32_t>(samples[n - 1]);
 }
 
+/// Decodes a packet; see steim_table.h.
 bool by_table(const PACKET& pkt, const SPLITS& splits, bool steim2, uint32_t last, DATA_BUF& out)
 {
     const uint8_t* const frames = bytes(pkt, {DT::Frames, Packet_size - DT::Frames});
@@ -189,8 +192,8 @@ bool by_table(const PACKET& pkt, const SPLITS& splits, bool steim2, uint32_t las
     const auto [n, valid] = differences_of(frames, splits, steim2, differences.data());
     if (n == 0 || (steim2 && !valid) || static_cast<uint16_t>(n) != pkt.samples) return false;
 
-    // The difference that leads to the first sample stands in frame 1, of Steim-1 in word 3 of it, or there
-    // is none.
+    // The first difference, which leads to the first sample. In Steim-1 it is in word 3 of frame 1, in
+    // Steim-2 in the first word of frame 1 that holds any. Where there is none it is 0.
     const uint32_t may_lead = steim2 ? 0x03FFFFFF : 0x03000000; // the codes of those words
     const uint32_t lead = (be32(frames) & may_lead) == 0 ? 0 : static_cast<uint32_t>(differences[0]);
     if (last != 0 && last + lead != x0) return false;

@@ -1,4 +1,4 @@
-// Steim decoding by table: the fast way for packets in which nothing is odd.
+// Steim decoding by table: fast, for sound packets only.
 #pragma once
 
 #include "packet/packet.h"
@@ -6,8 +6,8 @@
 
 #include <cstdint>
 
-/// Decodes a packet whose words are all valid, whose first sample follows on `last` (0: unchecked), whose
-/// last sample is the stored one and whose count is the header's. Any other packet is left to the plain
-/// decoder, which alone complains: false then, and `out` holds nothing of use.
+/// Decodes a packet that is sound (see Decoded), holds samples and has no invalid word; `last` is as for
+/// Buf_c0. For any other packet returns false, with nothing of use in `out`; steim.cc then decodes it word by
+/// word.
 bool steim1_by_table(const PACKET& pkt, uint32_t last, DATA_BUF& out);
 bool steim2_by_table(const PACKET& pkt, uint32_t last, DATA_BUF& out);

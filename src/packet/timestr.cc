@@ -12,7 +12,7 @@
 
 namespace {
 
-/// True for a whole time string with nothing but digits, as all are that recorders write.
+/// True for 16 digits. Recorders write only such times.
 bool all_digits(std::string_view text)
 {
     if (text.size() != 16) return false;
@@ -21,6 +21,7 @@ bool all_digits(std::string_view text)
     return !odd;
 }
 
+/// The number in `width` digits.
 int digits_at(std::string_view text, size_t at, size_t width)
 {
     int value = 0;
@@ -28,8 +29,8 @@ int digits_at(std::string_view text, size_t at, size_t width)
     return value;
 }
 
-/// The six fields of a time string, by the rules of scanf: a blank field takes from the next one, a sign
-/// counts in the width, what does not convert is 0.
+/// The fields of a time string as scanf reads them: blanks before a number are skipped, so a blank field
+/// takes digits of the next one; a sign counts in the width; a field that does not convert is 0.
 TIME_T fields_of(std::string_view text)
 {
     TIME_T t{};
@@ -51,18 +52,18 @@ TIME_T fields_of(std::string_view text)
     return t;
 }
 
-/// Milliseconds of a time as intervals count them: every year has 365 days.
+/// Milliseconds since year 0, if every year had 365 days.
 double interval_ms(const TIMESTR& time)
 {
     const TIME_T t = fields_of(time.view());
     double ms = t.milli;
-    // kept: short-milliseconds. Two digits are hundredths; so is one.
+    // kept: short-milliseconds. Fields of one or two digits count as hundredths of a second.
     if (scan_word(time.view(), AT::Milli, 3).size() != 3) ms *= 10;
     const double days = static_cast<double>(t.year) * 365 + t.day;
     return (((days * 24 + t.hour) * 60 + t.minute) * 60 + t.second) * 1000 + ms;
 }
 
-/// The same in 32 bits, which wrap.
+/// The same modulo 2^32; the millisecond field counts as it is.
 uint32_t wrapped_ms(const TIMESTR& time)
 {
     const TIME_T t = fields_of(time.view());
@@ -73,8 +74,8 @@ uint32_t wrapped_ms(const TIMESTR& time)
     return v * 1000U + static_cast<uint32_t>(t.milli);
 }
 
-/// Milliseconds at the end of a packet, before they are carried into seconds. A rate that makes them no
-/// number, or none that 64 bits hold, gives 0; what 32 bits do not hold wraps.
+/// The millisecond field of a time plus the length of a packet, in milliseconds modulo 2^32. 0 if the rate
+/// makes this infinite, not a number, or too large for 64 bits.
 uint32_t ms_at_end(uint16_t count, float rate, int16_t milli)
 {
     if (rate == 0.0F) return static_cast<uint32_t>(static_cast<int32_t>(milli));
@@ -83,7 +84,8 @@ uint32_t ms_at_end(uint16_t count, float rate, int16_t milli)
     return static_cast<uint32_t>(static_cast<int64_t>(ms));
 }
 
-/// "%04u%03d%02u%02u%02u%03lu", by hand where all numbers have their usual width; cut at 16 characters.
+/// Writes "%04u%03d%02u%02u%02u%03lu", cut at 16 characters: by hand while no number is negative or too wide,
+/// else with snprintf.
 void write_time(char* text, uint32_t year, int64_t day, int64_t hours, int64_t minutes, int64_t seconds,
                 uint32_t ms)
 {
@@ -154,7 +156,7 @@ void add_str_tim(TIMESTR& time, float rate, uint16_t count)
     uint32_t year = static_cast<uint16_t>(t.year);
     const uint32_t ms = ms_at_end(count, rate, t.milli);
 
-    // Carried by division; 64 bits, since a slow rate makes weeks of milliseconds.
+    // Carried by division, in 64 bits: a slow rate gives weeks of milliseconds.
     int64_t seconds = t.second + static_cast<int64_t>(ms / 1000);
     int64_t minutes = t.minute;
     int64_t hours = t.hour;
@@ -168,11 +170,11 @@ void add_str_tim(TIMESTR& time, float rate, uint16_t count)
     carry(minutes, hours, 60);
     carry(hours, day, 24);
 
-    // kept: year-length-once. The length of the first year serves for all that follow.
+    // kept: year-length-once. The length of the first year is used for all years.
     const int64_t year_len = year % 4 ? 365 : 366;
     while (day > year_len) {
         day -= year_len;
-        if (++year > 99) year = 0; // kept: two-digit-year. A year of four digits rolls over to 0000.
+        if (++year > 99) year = 0; // kept: two-digit-year. A year of four digits becomes 0000.
     }
 
     write_time(time.s, year, day, hours, minutes, seconds, ms % 1000);

@@ -17,28 +17,27 @@ inline constexpr char Fn_ext_chn[] = ".sac";
 inline constexpr size_t Path_max = 131; ///< most characters of a path that a user may give
 
 // Set by the command line.
-extern bool Verbose; ///< true: console table, false: "Meg:" counter; progress
-extern bool Log_on;  ///< packet logs, of the run and of each unit; convert, unit, event, setup
-extern bool Log_dt;  ///< summary lines of DT packets also in the logs of units; convert
-extern bool Qcc_on;  ///< QC files, of the run and of each unit; convert, unit, setup
-extern uint16_t
-    Name_option; ///< name of traces by 0: station if it has a name, 1: unit ID, 2: station; chn_name
-extern uint16_t Path_option; ///< levels of directories below the output path, 0 to 4; chn_name
-extern float Smp_rate_cmd; ///< samples per second. kept: rate-only-shown. Only console and log header read it
-extern uint32_t Smp_limit; ///< most samples written per channel and event; channel, sac
-extern uint32_t Smp_skip;  ///< samples dropped per channel and event; channel
-extern std::string Cmd_line; ///< the command line as typed, cut at Path_max characters; log
-extern std::string FileIn;   ///< input file as typed; setup, unit
+extern bool Verbose;         ///< console table; false: "Meg:" counter. Read: progress.
+extern bool Log_on;          ///< packet logs, of the run and of each unit. Read: convert, unit, event, setup.
+extern bool Log_dt;          ///< summary lines of DT packets in units' logs, too. Read: convert.
+extern bool Qcc_on;          ///< QC files, of the run and of each unit. Read: convert, unit, setup.
+extern uint16_t Name_option; ///< traces named by 0 station if known, 1 unit ID, 2 station. Read: chn_name.
+extern uint16_t Path_option; ///< levels of directories below the output path, 0 to 4. Read: chn_name.
+extern float Smp_rate_cmd;   ///< samples per second. kept: rate-only-shown. Read: console, log.
+extern uint32_t Smp_limit;   ///< most samples written per channel and event. Read: channel, sac.
+extern uint32_t Smp_skip;    ///< samples dropped per channel and event. Read: channel.
+extern std::string Cmd_line; ///< the command line as typed, cut at Path_max characters. Read: log.
+extern std::string FileIn;   ///< input file as typed. Read: setup, unit.
 
-// Set by setup, after the command line.
-extern std::string DirOut;  ///< output path, ends in "/"; the command line sets what is typed; unit, chn_name
-extern std::string DirOrg;  ///< working directory at the start; setup
-extern std::string FileIni; ///< INI file, or its path and a note that it does not exist; ini
-extern std::string FileLog; ///< packet log of the run; setup
-extern std::string FileQcc; ///< QC file of the run; setup
-extern std::string File_temp; ///< base name of the input file; setup
+// Set by setup, after the command line; DirOut is then what the user typed, or empty.
+extern std::string DirOut;    ///< output path, ends in "/". Read: unit, chn_name.
+extern std::string DirOrg;    ///< working directory at the start. Read: setup.
+extern std::string FileIni;   ///< INI file; without one, its path with a note appended. Read: ini.
+extern std::string FileLog;   ///< packet log of the run. Read: setup.
+extern std::string FileQcc;   ///< QC file of the run. Read: setup.
+extern std::string File_temp; ///< base name of the input file. Read: setup.
 
-extern time_t Sys_time; ///< start of the run, set by main; log, sac
+extern time_t Sys_time; ///< start of the run. Set: main. Read: log, sac.
 
 /// Sets every setting to its default, but not the paths.
 void set_defaults();
