@@ -1,14 +1,16 @@
-// The dumps of whole packets in a recorder's log, field by field. Begin with log_dump, which knows the dump
-// of every packet type; each dump is a table of places and labels, in a file of its own.
+// The dumps of packets in a recorder's log, field by field. Begin with log_dump, which picks the dump of each
+// packet type. A dump is mostly a table of places and labels.
 #pragma once
 
 #include "driver/base/outfile.h"
 #include "packet/packet.h"
 
-/// Writes what the log shows of a packet behind its summary line: nothing for DT and FD, the text of an SH,
-/// the fields of all others.
+/// Writes what follows a packet's summary line in the log: nothing for DT and FD, the text of an SH, the
+/// fields of all others.
 void log_dump(OUT_FILE& log, const PACKET& pkt);
 
+// The dumps of single types: event, network, station and channels, data streams, calibration, operating mode,
+// auxiliary data, directory of a medium.
 void log_eh_et(OUT_FILE& log, const PACKET& pkt);
 void log_nh_nt(OUT_FILE& log, const PACKET& pkt);
 void log_sc(OUT_FILE& log, const PACKET& pkt);

@@ -1,5 +1,5 @@
-// The dumps of event headers and trailers, and of network headers and trailers, whose sample rate and
-// trigger type stand in the same places. Begin at log_eh_et.
+// The dumps of event headers and trailers (log_eh_et), and of network headers and trailers (log_nh_nt), which
+// have sample rate and trigger type in the same places.
 #include "driver/base/ascii.h"
 #include "model/record/catalogue.h"
 #include "output/dump.h"
@@ -12,8 +12,8 @@
 
 namespace {
 
-// kept: network-follows-event. Whether a network packet shows telemetry fields is told by the last full event
-// header or trailer dumped, of whatever unit, not by the network packet. Set: log_eh_et. Read: log_nh_nt.
+// kept: network-follows-event. A network packet shows telemetry fields if the last full EH or ET dumped, of
+// any unit, came from a telemetry unit; its own bytes do not matter. Set: log_eh_et. Read: log_nh_nt.
 bool Telemetry_seen = false;
 
 constexpr Line Station_lines[] = {
@@ -57,7 +57,8 @@ constexpr Line Network_telemetry_lines[] = {
     {EH::Tel_chn_position, "MES-CRU Data Chn Positn"},
 };
 
-/// The sample rate, and the trigger type where there is one: a telemetry unit's rate runs over it.
+/// Writes the sample rate and the trigger type. A telemetry unit has no trigger type: its rate includes these
+/// bytes.
 void log_rate(OUT_FILE& log, const PACKET& pkt, bool telemetry)
 {
     form_line(log, Form_c, pkt, {telemetry ? EH::Rate_telemetry : EH::Rate, "Sample rate"});
@@ -86,7 +87,7 @@ void log_clock(OUT_FILE& log, const PACKET& pkt)
               byte(pkt, EH::Pll_days));
 }
 
-/// Where a time stands: its digits to the millisecond, the three digits behind them, and the label.
+/// A time: its digits down to the millisecond, the three digits of its microseconds, and the label.
 struct Time_line {
     Span digits, micros;
     const char* label;
@@ -110,7 +111,7 @@ void log_time(OUT_FILE& log, const PACKET& pkt, const Time_line& line)
     log.write("\r\n");
 }
 
-/// The factor that a hexadecimal gain digit stands for; other characters count as 0.
+/// The factor of a hexadecimal gain digit; other characters count as 0.
 double gain_factor(uint8_t digit)
 {
     const int row = hex_digit(static_cast<char>(digit));
@@ -120,7 +121,7 @@ double gain_factor(uint8_t digit)
 void log_channel(OUT_FILE& log, const PACKET& pkt, int slot)
 {
     if (!given(text(pkt, EH::Bit_wght[slot]))) return;
-    // kept: any-flag-counts-from-17. Not only the flag of the second bank.
+    // kept: any-flag-counts-from-17. This tests all flags, not only that of the second bank.
     const unsigned number = static_cast<unsigned>(slot) + (flags(pkt) != 0 ? 17 : 1);
     log.print("    Chn %2u(%.3s) : %.8s  %.8s  %6.0f  %c    %c  %.4s     %c  %.6s  %c\r\n", number,
               text(pkt, EH::Chn_name[slot]).data(), text(pkt, EH::Bit_wght[slot]).data(),

@@ -1,5 +1,5 @@
-// The dump of DR packets: the directory of a recording medium. Its fields are binary. An entry is put
-// together in memory and then written, since a damaged directory can name one entry thousands of times.
+// The dump of DR packets: the directory of a recording medium. Its fields are binary. An entry is made once
+// in memory and then written as often as needed: a damaged directory can repeat one entry thousands of times.
 #include "output/dump.h"
 #include "output/form.h"
 
@@ -21,6 +21,7 @@ constexpr Line Last_entry{DR::Last_entry, "Last Entry Number"};
 /// How the value of an entry's field is shown.
 enum class AS : uint8_t { number, four_digits, ten_digits, hex, block, name };
 
+/// A field of an entry, its form and its label.
 struct Entry_line {
     Span where;
     AS as;
@@ -48,7 +49,7 @@ constexpr const char* Time_labels[DR::ENTRY::Times.count] = {
     "Trigger time", "First sample time", "Detrigger time", "Last sample time", "Entry time",
 };
 
-/// The lines of one entry. None is longer than 64 characters.
+/// The lines of one entry, each at most 64 characters long.
 struct PAGE {
     char bytes[64 * (std::size(Entry_lines) + std::size(Time_labels) + 1)];
     size_t used = 0;
@@ -78,7 +79,7 @@ void put_value(PAGE& page, const PACKET& pkt, Span where, AS as, uint32_t origin
     }
 }
 
-/// Adds a time, unless its packed form is 0.
+/// Adds a time; nothing if its packed form is 0.
 void put_time(PAGE& page, const PACKET& pkt, Span packed, Span millis)
 {
     if (number(pkt, packed) == 0) return;
@@ -103,7 +104,7 @@ void make_entry(PAGE& page, const PACKET& pkt, int entry, uint32_t origin)
     }
 }
 
-/// Writes an entry `times` times, if it is in use.
+/// Writes an entry `times` times; nothing if it is not in use.
 void log_entry(OUT_FILE& log, const PACKET& pkt, int entry, uint32_t origin, uint32_t times)
 {
     if (!given(text(pkt, {entry, 1}))) return;
@@ -112,13 +113,13 @@ void log_entry(OUT_FILE& log, const PACKET& pkt, int entry, uint32_t origin, uin
     for (; times > 0; --times) log.write(page.view());
 }
 
-/// Writes the entries that lie in the packet as a whole, up to the first that does not.
+/// Writes the entries up to the first that does not lie wholly in the packet.
 void log_entries(OUT_FILE& log, const PACKET& pkt, uint32_t count, uint32_t origin)
 {
     int entry = DR::Entries.at;
     while (count > 0 && entry + DR::Entries.len <= Packet_size) {
         const uint32_t len = number(pkt, in_entry(entry, DR::ENTRY::Length));
-        // kept: entry-that-stays. An entry without length is followed by itself, as often as entries remain.
+        // kept: entry-that-stays. An entry of length 0 is shown once for each entry that remains.
         const uint32_t times = len == 0 ? count : 1;
         log_entry(log, pkt, entry, origin, times);
         entry += static_cast<int>(len);
@@ -131,7 +132,7 @@ void log_entries(OUT_FILE& log, const PACKET& pkt, uint32_t count, uint32_t orig
 void log_dr(OUT_FILE& log, const PACKET& pkt)
 {
     const uint32_t flag = number(pkt, Sector_flag.where);
-    const uint32_t half = flag != 0 ? 1 : 0; // locations in sectors: two make a block
+    const uint32_t half = flag != 0 ? 1 : 0; // locations count sectors: two per block
     const uint32_t prev = number(pkt, Prev_dir.where) >> half;
     const uint32_t next = number(pkt, Next_dir.where) >> half;
     const uint32_t count = number(pkt, Entry_cnt.where);
@@ -146,6 +147,6 @@ void log_dr(OUT_FILE& log, const PACKET& pkt)
     log.print("%u\r\n", count);
     form_label(log, Form_a, Last_entry.label);
     log.print("%u\r\n", number(pkt, Last_entry.where));
-    // kept: data-behind-directory. Data locations are shown with the previous directory's location added.
+    // kept: data-behind-directory. Data locations are shown with that of the previous directory added.
     log_entries(log, pkt, count, prev);
 }

@@ -1,5 +1,5 @@
-// The dumps of the packets that tell how a station is set up: SC, CD, OM and AD. A table per packet type,
-// and the few lines that are more than a text.
+// The dumps of the packets with the parameters of a station: SC, CD, OM and AD. A table per packet type, and
+// code for the lines whose value is not a plain text.
 #include "output/dump.h"
 #include "output/form.h"
 
@@ -72,7 +72,7 @@ void log_cd(OUT_FILE& log, const PACKET& pkt)
 
 namespace {
 
-/// A byte that says one thing when it is a certain letter, the other when it is anything else.
+/// A byte that means `chosen` when it is `letter`, else `otherwise`.
 struct Choice {
     Line line;
     char letter;
@@ -104,7 +104,7 @@ static constexpr Choice Disk_choices[] = {
     {{OM::Terminator_power, "SCSI Termintor Power"},
      'O',
      "Always On",
-     "Toggle"}, // kept: termintor. So spelled.
+     "Toggle"}, // kept: termintor. A misspelt label.
 };
 static constexpr Line Wake_start_lines[] = {
     {OM::WAKE::Number, "Sequence number"},
@@ -135,7 +135,7 @@ static void log_wake(OUT_FILE& log, const PACKET& pkt, int wake)
     form_lines(log, Form_b, pkt, Wake_start_lines, wake);
     for (const Line& line : Wake_period_lines) {
         form_label(log, Form_b, line.label);
-        log.write("    "); // these two values stand further in
+        log.write("    "); // these two values are indented further
         form_text(log, pkt, in_entry(wake, line.where));
         log.write("\r\n");
     }

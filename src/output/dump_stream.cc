@@ -1,5 +1,5 @@
-// The dump of DS packets: five data streams, each with the block of its trigger type. Begin at log_ds. The
-// fifth stream runs past the packet's end; what is missing reads blank.
+// The dump of DS packets (log_ds): five data streams, each with the fields of its trigger type. The fifth
+// stream runs past the packet's end; bytes past it are shown as blanks.
 #include "output/dump.h"
 #include "output/form.h"
 
@@ -19,7 +19,7 @@ constexpr Line Format_lines[] = {
     {DS::STRM::Trg_type, "Trigger Type"},
 };
 
-// Places in a trigger block count from where the block begins.
+// Places count from the start of the trigger's fields.
 constexpr Line Trg_channels{DS::EVT::Channels, "Trigger Channels"};
 constexpr Line Event_lines[] = {
     {DS::EVT::Least_chns, "Minimum Channels"},
@@ -69,14 +69,14 @@ void log_trg_channels(OUT_FILE& log, const PACKET& pkt, int block)
 void log_start_times(OUT_FILE& log, const PACKET& pkt, int block)
 {
     for (int i = 0; i < DS::TML::Starts.count; ++i) {
-        // kept: narrow-start-times. Three blanks stand before these labels, not the six of their neighbours.
+        // kept: narrow-start-times. Three blanks precede these labels, six the labels around them.
         log.print("   Start Time %02d               : ", i + 1);
         form_text(log, pkt, in_entry(block, DS::TML::Starts[i]));
         log.write("\r\n");
     }
 }
 
-/// The block of a trigger type: what comes before its table, if anything does, and the table.
+/// How a trigger type is dumped: `head` writes the lines before those of the table; null: none.
 struct Trigger {
     std::string_view upper, lower;
     void (*head)(OUT_FILE& log, const PACKET& pkt, int block);
@@ -89,7 +89,7 @@ constexpr Trigger Triggers[] = {
     {"CRS", "crs", nullptr, Cross_lines},          {"TML", "tml", log_start_times, Time_list_lines},
 };
 
-/// The first three characters of a trigger type; one leading blank does not count.
+/// The first three characters of a trigger type, without one leading blank.
 std::string_view trigger_name(std::string_view type)
 {
     return type.substr(given(type) ? 0 : 1, 3);
@@ -100,7 +100,7 @@ void log_trigger(OUT_FILE& log, const PACKET& pkt, int stream)
     const std::string_view name = trigger_name(text(pkt, in_entry(stream, DS::STRM::Trg_type)));
     const int block = in_entry(stream, DS::STRM::Trigger).at;
     for (const Trigger& trigger : Triggers) {
-        // kept: one-case-triggers. All letters upper or all lower case; "Evt" is no trigger type.
+        // kept: one-case-triggers. The letters are all upper or all lower case; "Evt" is not known.
         if (name != trigger.upper && name != trigger.lower) continue;
         if (trigger.head) trigger.head(log, pkt, block);
         form_lines(log, Form_b, pkt, trigger.lines, block);

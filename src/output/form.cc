@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <cstring>
 
-/// Bytes of a field that lie past the packet's end.
+/// How many bytes of a field lie past the packet's end.
 static size_t missing(std::string_view field, Span where)
 {
     return static_cast<size_t>(where.len) - field.size();
@@ -19,7 +19,7 @@ static void write_blanks(OUT_FILE& log, size_t n)
 
 void form_label(OUT_FILE& log, Form form, std::string_view label)
 {
-    // "%*s%-*s: ", by hand: most of what is written for an event are labels.
+    // "%*s%-*s: ", by hand for speed: labels are most of what is written for an event.
     const auto column = static_cast<size_t>(form.column);
     write_blanks(log, static_cast<size_t>(form.indent));
     log.write(label);
@@ -36,6 +36,7 @@ void form_text(OUT_FILE& log, const PACKET& pkt, Span where)
     for (size_t n = missing(field, where); n > 0; --n) log.write(" ");
 }
 
+/// Writes the characters of a list of channels, with "_" for a blank.
 static void write_channels(OUT_FILE& log, const PACKET& pkt, Span where)
 {
     const std::string_view field = text(pkt, where);
@@ -62,7 +63,7 @@ void form_lines(OUT_FILE& log, Form form, const PACKET& pkt, std::span<const Lin
     for (const Line& line : lines) form_line(log, form, pkt, line, entry);
 }
 
-/// kept: blank-first-byte. Only the first byte is looked at, so an entry numbered " 1" is skipped.
+/// kept: blank-first-byte. This tests the first byte only, so an entry numbered " 1" is skipped.
 bool form_entry(OUT_FILE& log, const PACKET& pkt, int entry)
 {
     if (!given(text(pkt, {entry, 1}))) return false;

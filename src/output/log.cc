@@ -14,9 +14,9 @@
 
 namespace {
 
-int Sign; ///< of the latest comparison; 0 again once taken
+int Sign; ///< of the latest comparison; take_mark() resets it to 0
 
-/// Time of the run's start as ctime writes it, without its line end.
+/// The start of the run as ctime writes it, without the line end.
 Text<25> start_time()
 {
     Text<25> shown;
@@ -25,7 +25,8 @@ Text<25> start_time()
     return shown;
 }
 
-/// The three digits of the microseconds; only data packets with an extension tell them.
+/// Writes the three digits of the microseconds. Data packets without an extension have "000", other packets
+/// blanks.
 char* put_micros(char* to, const PACKET& pkt)
 {
     if (pkt.kind != PKT_DT) return put(to, "   ");
@@ -35,7 +36,7 @@ char* put_micros(char* to, const PACKET& pkt)
     return put(to, {micros + 1, 3});
 }
 
-/// "DT 04:123:10:15:30.250000 X:07 U:9A2F"
+/// Writes "DT 04:123:10:15:30.250000 X:07 U:9A2F".
 char* put_type_and_time(char* to, const PACKET& pkt, char mark)
 {
     to = put(to, text(pkt, HDR::Type));
@@ -52,7 +53,7 @@ char* put_type_and_time(char* to, const PACKET& pkt, char mark)
     return put_hex(put(to, " U:"), pkt.unit_id, 4);
 }
 
-/// " E:0012 D:1 C:3 S:0250 F:32 G:00"
+/// Writes " E:0012 D:1 C:3 S:0250 F:32 G:00".
 char* put_event(char* to, const PACKET& pkt)
 {
     to = digits(pkt, EVT::Number, put(to, " E:"));
@@ -71,7 +72,7 @@ char* put_event(char* to, const PACKET& pkt)
     return put_hex(to, flags(pkt), 2);
 }
 
-/// The number of the block as a signed 32-bit one, at least ten characters wide.
+/// Writes the number of the block as a signed 32-bit one, at least ten characters wide.
 char* put_block_number(char* to)
 {
     if (static_cast<int32_t>(Blk_cnt) >= 0) return put_decimal<10>(to, Blk_cnt);
@@ -79,7 +80,7 @@ char* put_block_number(char* to)
     return put_decimal<9>(to, 0U - Blk_cnt);
 }
 
-/// Writes the text of an SH packet, each of its lines indented.
+/// Writes the text of an SH packet. Each line is indented.
 void log_text(OUT_FILE& file, std::string_view lines)
 {
     file.write("     ");
@@ -92,12 +93,13 @@ void log_text(OUT_FILE& file, std::string_view lines)
     }
 }
 
-/// The byte at an index that may lie before the packet; a NUL then.
+/// The byte at an index; a NUL where the index is negative.
 uint8_t byte_or_nul(const PACKET& pkt, int at)
 {
     return at >= 0 ? byte(pkt, {at, 1}) : '\0';
 }
 
+/// Writes the text of an SH packet up to its byte count, and a line end unless it has one.
 void log_health_text(OUT_FILE& file, const PACKET& pkt, int count)
 {
     log_text(file, text(pkt, {SH::Text, std::max(0, count - SH::Text)}));
@@ -107,9 +109,10 @@ void log_health_text(OUT_FILE& file, const PACKET& pkt, int count)
     file.write("\n");
 }
 
-/// "     %03X   ", hex_str's line and the line end, the longest that log_hex writes at once.
+/// The longest that log_hex writes at once: "     %03X   ", the line of hex_str, the line end and a NUL.
 constexpr uint32_t Hex_line_room = 5 + 3 + 3 + Hex_str_len + 2 + 1;
 
+/// Dumps a packet in lines of 16 bytes, until `count` bytes are shown.
 void log_hex(OUT_FILE& file, const PACKET& pkt, int count)
 {
     for (int at = 0; at < count; at += 16) {
@@ -136,7 +139,7 @@ void Log_fhdr(OUT_FILE& file)
     file.print("\r\n    Output Path : %s", DirOut.c_str());
     file.print("\r\n    Path Option : %u", Path_option);
     file.print("\r\n    Name Option : %s", name_option_text());
-    // kept: gather-and-trace-hdr. Switches of earlier releases; readers of logs expect their lines.
+    // kept: gather-and-trace-hdr. Switches of earlier releases; programs that read logs expect these lines.
     file.print("\r\n         Gather : NO");
     file.print("\r\n      trace Hdr : YES");
     file.print("\r\n     Log enable : %s", yes_no(Log_on));
@@ -162,7 +165,8 @@ char take_mark()
     return sign == 0 ? ' ' : sign < 0 ? '-' : '+';
 }
 
-/// The pieces of a summary line: type with mark and time, event fields at their widest, counts with the block number.
+/// The longest summary line: type, mark and time; the fields of an event at their widest; counts and block
+/// number.
 constexpr uint32_t Head_line_room = (2 + 1 + 23 + 5 + 7) + (7 + 8 + 4 + 8 + 5 + 5) + (7 + 7 + 3 + 10 + 2);
 
 void log_head(OUT_FILE& file, const PACKET& pkt, char mark)

@@ -15,7 +15,7 @@ namespace {
 constexpr char Column_head[] =
     "\r\n                        Min          Max        Range         Mean       St Dev";
 
-/// The two files of an event's block.
+/// The two files to which the lines of an event are written.
 struct BOTH {
     OUT_FILE* run;
     OUT_FILE* unit; ///< null when the unit is not the current one
@@ -31,11 +31,11 @@ struct BOTH {
     }
 };
 
-/// What ended the event.
+/// Writes the summary line of the trailer, or that there is none.
 void store_head(const BOTH& files, const EVT_T& evt, const PACKET* trailer)
 {
     if (trailer) {
-        const char mark = take_mark(); // taken even where no line shows it
+        const char mark = take_mark(); // reset even if no line shows it
         if (files.unit) log_head(*files.unit, *trailer, mark);
         return;
     }
@@ -58,14 +58,14 @@ void store_numbers(OUT_FILE& file, const CHN_T& chn)
     const double n = chn.cnt;
     const double mean = chn.stats.sum / n;
     double v = chn.stats.sq_sum - chn.stats.sum * chn.stats.sum / n;
-    if (v < 0.0) v = 0.0; // rounding, where all samples are alike
+    if (v < 0.0) v = 0.0; // rounding can give this when all samples are equal
     file.print(" %12.4f %12.4f %12.4f", chn.stats.min, chn.stats.max, chn.stats.max - chn.stats.min);
     file.print(" %12.4f %12.4f", mean, std::sqrt(v / (n - 1)));
 }
 
 void store_channel(const BOTH& files, const UNIT_T& unit, CHN_T& chn)
 {
-    // kept: qc-channels-from-zero. Everywhere else channels are counted from 1.
+    // kept: qc-channels-from-zero. Everything else counts channels from 1.
     if (files.unit) files.unit->print("\r\n   Channel %2u:", chn.id.channel);
     files.run->print("\r\n   %04hX    %2u:", unit.unit_id, chn.id.channel);
     if (chn.cnt > 1) {
@@ -78,7 +78,8 @@ void store_channel(const BOTH& files, const UNIT_T& unit, CHN_T& chn)
     }
 }
 
-/// kept: one-step-back. Of two neighbours the lower channel comes first; the rest follows as the ring has it.
+/// kept: one-step-back. The block begins with the current channel, or with the next one if that is lower; the
+/// others follow in the order of the ring.
 void turn_ring(EVT_T& evt)
 {
     if (evt.chn->id.channel >= evt.chn->nxt->id.channel) evt.chn = evt.chn->nxt;

@@ -1,4 +1,4 @@
-// QC statistics: the running sums of a channel, and their lines at the end of an event.
+// QC statistics: the sums of a channel, and the lines of an event at its end.
 #pragma once
 
 #include "driver/base/outfile.h"
@@ -14,9 +14,9 @@ void Qcc_init(CHN_T& chn);
 /// Writes the header of a QC file.
 void Qcc_fhdr(OUT_FILE& file);
 
-/// Writes the event's block to the run-wide and the unit's QC file, and resets its channels. `trailer` is the
-/// ET that ends the event; null if none came, which the block reports.
+/// Writes the event's block to the QC files of the run and of the unit, and resets the statistics of its
+/// channels. `trailer` is the ET that ends the event; without one it is null, and the block says so.
 void Qcc_store(UNIT_T& unit, EVT_T& evt, const PACKET* trailer);
 
-/// The head of a network's section in the run-wide QC file.
+/// Writes the head of a network's section to the run-wide QC file.
 void Qcc_network(const PACKET& pkt);

@@ -16,7 +16,7 @@
 
 namespace {
 
-/// A text of the record into a field of the header: cut there, the rest NUL.
+/// Copies a text into a field of the header: cut at its width, the rest NUL.
 template <size_t N>
 void put_text(char (&field)[N], std::string_view from)
 {
@@ -25,7 +25,7 @@ void put_text(char (&field)[N], std::string_view from)
     memset(field + n, 0, N - n);
 }
 
-/// Every field as SAC marks the ones that are undefined.
+/// Sets every field to undefined, and the logicals to 0.
 void fill_undefined(SACHDR_T& h)
 {
     char* const raw = reinterpret_cast<char*>(&h);
@@ -65,7 +65,7 @@ void put_station(SACHDR_T& h, const UNIT_T& unit)
 {
     if (!unit.stn_name.empty())
         put_text(h.KSTNM, unit.stn_name.view());
-    else // kept: station-over-fill. Four digits and a NUL; the rest of the fill shows behind them.
+    else // kept: station-over-fill. Four digits and a NUL; three bytes of the undefined value remain.
         snprintf(h.KSTNM, sizeof h.KSTNM, "%04hX", unit.unit_id);
     if (!unit.net_name.empty()) put_text(h.KNETWK, unit.net_name.view());
 }
@@ -86,7 +86,7 @@ void put_run(SACHDR_T& h)
     tm start{};
     localtime_r(&Sys_time, &start);
     char date[32];
-    // kept: day-from-zero. The C library's day of the year, 1 January being 000.
+    // kept: day-from-zero. The day of the year of the C library, which counts 1 January as 000.
     snprintf(date, sizeof date, "%04d:%03d", start.tm_year + 1900, start.tm_yday);
     memcpy(h.KDATRD, date, sizeof h.KDATRD);
     memcpy(h.KINST, "VX 900  ", sizeof h.KINST);
@@ -146,8 +146,7 @@ void Sac_dhdr_out(CHN_T& chn)
 
 void Sac_data_out(CHN_T& chn, const int32_t* samples, uint16_t count)
 {
-    // kept: trash-takes-the-tail. A sample to be dropped uses up a turn of the loop, not a sample: what is
-    // missing at the end is the packet's tail.
+    // kept: trash-takes-the-tail. To drop n samples of a packet, this drops its last n, not its first.
     const uint32_t dropped = std::min<uint32_t>(chn.trash, count);
     chn.trash -= dropped;
     const uint32_t n = std::min<uint32_t>(count - dropped, Smp_limit - chn.cnt);

@@ -1,5 +1,5 @@
-// The header of a SAC file, exactly as it stands there but for the byte order of its numbers (big-endian in
-// the file). Samples follow, one big-endian IEEE float each.
+// The header of a SAC file (header version 6). In the file its numbers are big-endian; here they are in host
+// order. The samples follow it in the file, as big-endian IEEE floats.
 #pragma once
 
 #include <cstddef>
@@ -35,9 +35,9 @@ struct SACHDR_T {
 
 inline constexpr size_t Sac_header_len = 632;
 inline constexpr size_t Sac_words = 110;  ///< numbers at the start of the header; the rest is text
-inline constexpr int32_t Sac_version = 6; ///< NVHDR; also tells the byte order of a file
+inline constexpr int32_t Sac_version = 6; ///< NVHDR; readers also detect the byte order by it
 
-// What numbers and texts hold that nobody set.
+// SAC's values for fields that are undefined.
 inline constexpr float Undefined_f = -12345.0F;
 inline constexpr int32_t Undefined_i = -12345;
 inline constexpr char Undefined_k[] = "-12345          "; ///< as wide as the widest text

@@ -10,8 +10,8 @@
 
 namespace {
 
-/// Writes the float nearest to a sample, most significant byte first: put_be32 in a form that becomes
-/// vectors, eight times as fast.
+/// Writes the float nearest to a sample, most significant byte first. put_be32 does the same, but the
+/// compiler makes vectors of this form: eight times as fast.
 [[gnu::always_inline]] inline void put_float(int32_t sample, char* to)
 {
     uint32_t word = std::bit_cast<uint32_t>(static_cast<float>(sample));
@@ -19,16 +19,18 @@ namespace {
     memcpy(to, &word, 4);
 }
 
-/// Below 2^53 every integer is a double: sums of integers that stay there are exact, in any order.
+/// A double holds every integer up to 2^53. Sums of integers that stay below are exact in any order.
 constexpr double Exact_max = 9007199254740992.0;
 
+/// What one pass over samples finds.
 struct DIGEST {
     int32_t min, max;
     uint32_t sum;     ///< modulo 2^32
-    uint64_t squares; ///< their sum, modulo 2^64; 0 when it was not wanted
+    uint64_t squares; ///< sum of the squares, modulo 2^64; 0 unless asked for
 };
 
-/// Writes n samples as floats, n at least 1, and takes their digest in the same pass, of squares if wanted.
+/// Writes n samples as floats, n at least 1, and returns their digest. Sums the squares only if `squares` is
+/// true.
 VX_WIDE DIGEST write_and_digest(const int32_t* samples, size_t n, char* to, bool squares)
 {
     DIGEST d{samples[0], samples[0], 0, 0};
@@ -56,7 +58,8 @@ VX_WIDE int64_t whole_sum(const int32_t* samples, size_t n)
     return sum;
 }
 
-/// The exact sum: from its lowest 32 bits where the samples lie close together, as those of a packet do.
+/// The exact sum. Where n times the range of the samples fits into 31 bits, as in most packets, the sum
+/// modulo 2^32 is enough to compute it.
 int64_t sum_of(const int32_t* samples, uint32_t n, const DIGEST& d)
 {
     const int64_t width = static_cast<int64_t>(d.max) - d.min;
@@ -65,6 +68,7 @@ int64_t sum_of(const int32_t* samples, uint32_t n, const DIGEST& d)
     return static_cast<int64_t>(samples[0]) * n + static_cast<int32_t>(above_first);
 }
 
+/// Adds the samples to the sum: at once while that is exact, else one after the other.
 void add_to_sum(Statistics& s, const int32_t* samples, uint32_t n, const DIGEST& d)
 {
     if (std::fabs(s.sum) + n * reach(d) <= Exact_max) {
@@ -78,7 +82,7 @@ constexpr uint32_t Lanes = 4;
 constexpr uint32_t Runs = 2 * Lanes;
 using DOUBLES = double __attribute__((vector_size(8 * Lanes)));
 
-/// Rows become columns.
+/// Transposes a matrix.
 [[gnu::always_inline]] inline void transpose(DOUBLES (&m)[Lanes])
 {
     const DOUBLES a = __builtin_shufflevector(m[0], m[1], 0, 4, 2, 6);
@@ -91,8 +95,8 @@ using DOUBLES = double __attribute__((vector_size(8 * Lanes)));
     m[3] = __builtin_shufflevector(b, d, 2, 3, 6, 7);
 }
 
-/// Adds the squares of Runs runs of samples, all at the same time: each run onto start[0] and again onto
-/// start[1]. A run is `length` samples long.
+/// Adds up the squares of Runs runs of `length` samples each, all runs at the same time. Each sum begins once
+/// with start[0] and once with start[1]; end[0] and end[1] hold the sums of the runs.
 VX_WIDE void add_runs(const int32_t* samples, size_t length, const double (&start)[2], double (&end)[2][Runs])
 {
     DOUBLES even[2] = {DOUBLES{} + start[0], DOUBLES{} + start[0]};
@@ -136,12 +140,17 @@ double with_squares(double sum, const int32_t* samples, uint32_t n)
     return sum;
 }
 
-/// Adds squares one after the other, rounding at each step as doubles do. From one power of two to the next a
-/// double is a multiple of one unit. What an addition makes of it there depends on the last bit before
-/// (halves go to the even multiple), and on nothing else. So the samples are cut into runs, all runs are
-/// added up at once from an even and from an odd start, and then the gains that apply are put together.
-/// False, with the sum as it was, when it would reach the next power of two. No gain is negative: a run that
-/// passed the power takes the total past it, whatever became of its last bit.
+/// Adds squares as if one after the other, with the rounding of each addition, but Runs runs of them at a
+/// time.
+///
+/// Between two powers of two all doubles are multiples of one unit. There the rounding of an addition depends
+/// on one thing about the sum: whether it is an even or an odd multiple, since a tie goes to the even one. So
+/// each run is added up twice, from `sum` and from the next double, of which one is even and one is odd. Then
+/// the gains of the runs are added in order; the last bit of each end says which of the two gains of the next
+/// run applies.
+///
+/// Returns false, and leaves the sum, when it would reach the next power of two. The test of the total is
+/// enough: squares are not negative, so if any run passes the power of two, the total does, too.
 bool add_squares_in_runs(double& sum, const int32_t* samples, uint32_t n)
 {
     const uint64_t first = bits_of(sum);
@@ -163,6 +172,7 @@ bool add_squares_in_runs(double& sum, const int32_t* samples, uint32_t n)
     return true;
 }
 
+/// Adds the samples' squares to their sum, in the fastest way that gives the same bits.
 void add_to_squares(Statistics& s, const int32_t* samples, uint32_t n, const DIGEST& d)
 {
     if (s.sq_sum + n * reach(d) * reach(d) <= Exact_max) {
@@ -172,7 +182,7 @@ void add_to_squares(Statistics& s, const int32_t* samples, uint32_t n, const DIG
     if (!add_squares_in_runs(s.sq_sum, samples, n)) s.sq_sum = with_squares(s.sq_sum, samples, n);
 }
 
-/// A new extreme stands where its value comes first.
+/// Updates the extremes. The place of a new one is that of the first sample with its value.
 void move_extremes(Statistics& s, uint32_t before, const int32_t* samples, uint32_t n, const DIGEST& d)
 {
     const auto place = [&](int32_t value) {
@@ -211,7 +221,7 @@ void add_samples_one_by_one(Statistics& s, uint32_t before, const int32_t* sampl
 void add_samples(Statistics& s, uint32_t before, const int32_t* samples, uint32_t n, char* to)
 {
     if (n == 0) return;
-    const bool squares = s.sq_sum <= Exact_max; // beyond, add_to_squares has no use for them
+    const bool squares = s.sq_sum <= Exact_max; // above, add_to_squares does not use them
     const DIGEST d = write_and_digest(samples, n, to, squares);
     add_to_sum(s, samples, n, d);
     add_to_squares(s, samples, n, d);

@@ -1,15 +1,15 @@
-// The loops over a packet's samples on their way into a trace: conversion, extremes, sums.
+// The loops over the samples of a packet before they are written: conversion, extremes, sums.
 #pragma once
 
 #include <cstdint>
 
 struct Statistics;
 
-/// Writes n samples to `to` as big-endian IEEE floats, each the nearest to its sample, and brings the
-/// sums and extremes up to date. `before` samples went before them, one sample after the other. A tie keeps
-/// the first. The order of the additions is part of the result: sums beyond 2^53 are rounded at each step.
+/// Writes n samples to `to` as the nearest big-endian IEEE floats, and updates sums and extremes. The trace
+/// already holds `before` samples. Of equal extremes the first counts. The samples are added one after the
+/// other: this order is part of the result, since sums beyond 2^53 are rounded at each addition.
 void add_samples_one_by_one(Statistics& stats, uint32_t before, const int32_t* samples, uint32_t n, char* to);
 
-/// The same result, faster: whole numbers while sums are exact, several runs at a time where they are
-/// rounded.
+/// The same result, bit for bit, and faster: adds integers while sums are exact, and several runs of samples
+/// at once where they are rounded.
 void add_samples(Statistics& stats, uint32_t before, const int32_t* samples, uint32_t n, char* to);

@@ -1,4 +1,4 @@
-// The tables of sensors, gains, measures and letters as the field knows them, and the sensor look-up.
+// The tables of sensors, gains, measures and letters, and the search for a sensor.
 #include "model/record/catalogue.h"
 
 #include <cstring>
@@ -6,7 +6,7 @@
 
 // clang-format off
 // kept: sensor-order. The first row that fits is taken, so "FBA-1" catches "FBA-11" to "FBA-13DH", "FBA-23"
-// catches "FBA-23DH", and "Episensor" catches "Episensor US-U". "AX-21/3/INT" stands before "AX-21/3".
+// catches "FBA-23DH", and "Episensor" catches "Episensor US-U". "AX-21/3/INT" comes before "AX-21/3".
 const SENSOR Sensor[Sensor_cnt] = {
     //code  make             model             name               freq  damp  vpu  fsa
     {   0, "-------",       "-------",        "",                    0, 0.0, 0.0,  0},

@@ -1,4 +1,4 @@
-// Tables of sensors, gains, measures and letters, and the sensor look-up.
+// Tables of sensors, gains, measures and letters, and the search for a sensor.
 #pragma once
 
 #include <cstdint>
@@ -9,9 +9,9 @@ struct SENSOR {
     char model[15];
     char name[16];
     double freq; ///< natural frequency, Hz
-    double damp;
-    double vpu; ///< volts per unit
-    double fsa; ///< full-scale voltage
+    double damp; ///< damping
+    double vpu;  ///< volts per unit
+    double fsa;  ///< full-scale voltage
 };
 inline constexpr uint16_t Sensor_cnt = 42;
 inline constexpr uint16_t Sensor_unknown = 41; ///< the row that matches every sensor
@@ -31,7 +31,7 @@ struct MEASURE {
 inline constexpr int Measure_cnt = 22;
 extern const MEASURE Measures[Measure_cnt];
 
-inline constexpr char Axis[] = "ZNEZNE"; ///< default orientation letter of channel n, at n mod 6
+inline constexpr char Axis[] = "ZNEZNE"; ///< default orientation letters, by channel (from 0) mod 6
 
 struct UNITS {
     char letter;
@@ -42,6 +42,6 @@ extern const double FSA[6];    ///< full-scale voltages
 extern const UNITS Units[5];   ///< sensor unit letters
 extern const char Bw_units[6]; ///< bit weight prefixes none, milli, micro, nano, pico
 
-/// The row of the first sensor whose make and model begin these, in any case. Row
-/// order is part of the behaviour: "FBA-1" stands before, and so catches, "FBA-13".
+/// The first row whose make and model the texts begin with, in any case. The order of the rows decides:
+/// "FBA-1" comes before "FBA-13" and so is found for both. The last row fits every sensor.
 uint16_t Sensor_find(const char* make, const char* model);

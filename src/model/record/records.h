@@ -1,6 +1,6 @@
-// What the stream has told so far: recorders (units), their events, the events' channels. Plain data, every
-// field with its meaning and unit; each record is made of small values. Who finds and fills them: unit,
-// event, channel.
+// The records of what the packets have said so far: recorders (units), their events, the channels of the
+// events. Plain data; each field has its meaning and its unit. Rooms unit, event and channel find and fill
+// them.
 //
 // carried: unset-fields. net_name, SEED, COS, Cnum, das_type, wrap, fpos, evt_name: no packet and no key sets
 // them. carried: unread-fields. type_code, word_bits, stn_chn, discontinuous, time_tear, pll_days, flag_bit4:
@@ -21,7 +21,7 @@
 struct CHN_T;
 struct EVT_T;
 
-/// Of a recorder.
+/// The place of a recorder.
 struct Position {
     double lat = 0.0; ///< degrees, north positive
     double lon = 0.0; ///< degrees, east positive
@@ -33,12 +33,12 @@ struct UNIT_T {
     UNIT_T* prv = nullptr;
     UNIT_T* nxt = nullptr;
     EVT_T* evt = nullptr;                                 ///< current event; null when the unit has none open
-    std::unordered_map<uint16_t, EVT_T*> event_by_number; ///< the members of the ring, to find one at once
+    std::unordered_map<uint16_t, EVT_T*> event_by_number; ///< the events of the ring, by number
 
     uint16_t unit_id = 0;  ///< the key; 0 never occurs
     OUT_FILE log_fp;       ///< packet log
     OUT_FILE qcc_fp;       ///< QC statistics
-    bool qcc_open = false; ///< QC lines of its events go to its QC file, too
+    bool qcc_open = false; ///< QC lines of its events are also written to its own QC file
     std::string log_name;
     std::string qcc_name;
 
@@ -59,18 +59,20 @@ struct UNIT_T {
     uint16_t Cnum = 0;
 };
 
-/// What an event header says of sixteen channels, as it stands in the packet. The rows are adjacent there, so
-/// that one block holds all of them.
+/// The fields of an event header for sixteen channels, copied from the packet. They are adjacent there, so
+/// that one copy takes all of them.
 struct EventBank {
     static constexpr Span Place{EH::Bit_wght.at, EH::Units.end() - EH::Bit_wght.at};
     char bytes[Place.len];
 
+    /// A field, given by its place in the packet.
     std::string_view field(Span where) const
     {
         return {bytes + (where.at - Place.at), static_cast<size_t>(where.len)};
     }
 };
 
+/// The times of an event.
 struct EventTimes {
     TIMESTR t_first; ///< first sample
     TIMESTR t_last;  ///< last sample
@@ -113,18 +115,18 @@ struct EVT_T {
 
 inline constexpr double Qcc_start = 2147483647.0; ///< minimum starts here, maximum at its negative
 
-/// Of the samples written, in counts. Qcc_store empties them.
+/// Statistics of the samples written, in counts. Qcc_store resets them.
 struct Statistics {
     double sum = 0.0;
-    double sq_sum = 0.0; ///< of their squares
+    double sq_sum = 0.0; ///< sum of the squares
     double min = Qcc_start;
-    double max = -Qcc_start; // kept: not-quite-the-lowest. One more than the lowest sample there is.
-    uint32_t min_ndx = 0;    ///< which sample of the file, counted from 1, was the first of that value
-    uint32_t max_ndx = 0;
+    double max = -Qcc_start; // kept: not-quite-the-lowest. The lowest 32-bit sample is 1 lower.
+    uint32_t min_ndx = 0;    ///< the first sample of that value in the trace, counted from 1
+    uint32_t max_ndx = 0;    ///< the same of the maximum
 };
 
-/// How a channel is set up: first what the INI file says, with the catalogue's constants of its sensor, then
-/// what the event header says. Copied whole, so that a new field cannot be forgotten.
+/// The settings of a channel: first from the INI file and the catalogue's row of its sensor, then from the
+/// event header. chn_ini keeps copies of the whole value, so that it cannot forget a new field.
 struct Settings {
     uint8_t bits = 24;     ///< A/D resolution
     uint8_t gain_ndx = 0;  ///< row of Gain_info
@@ -149,6 +151,7 @@ struct Settings {
     double fsa = 0.0;       ///< digitiser: full-scale voltage
     double depth = 0.0;     ///< of the sensor, metres
 
+    /// Sets `type` and the code that belongs to it.
     void set_type(char letter)
     {
         type = letter;
@@ -156,7 +159,7 @@ struct Settings {
     }
 };
 
-/// What a channel's first packet says of where it belongs.
+/// Where a channel belongs, from its first packet.
 struct Identity {
     uint16_t unit_id = 0;
     uint16_t event = 0;
@@ -164,10 +167,11 @@ struct Identity {
     uint16_t channel = 0; ///< counted from 0; the key
 };
 
+/// The times of a channel.
 struct ChannelTimes {
-    TIMESTR t_first; ///< first packet
-    TIMESTR t_prv;   ///< latest packet
-    TIMESTR t_nxt;   ///< where the next packet should begin
+    TIMESTR t_first; ///< first packet's time
+    TIMESTR t_prv;   ///< latest packet's time
+    TIMESTR t_nxt;   ///< expected time of the next packet
 };
 
 /// One channel of an event, and its trace.
@@ -184,15 +188,15 @@ struct CHN_T {
     Settings set;
     ChannelTimes times;
     bool discontinuous = false; ///< a packet failed its integrity check
-    bool time_tear = false;     ///< a packet did not begin where the one before ended
+    bool time_tear = false;     ///< a packet did not begin at the expected time
     uint32_t trash = 0;         ///< samples still to be dropped
     uint32_t last = 0;          ///< last sample of the latest compressed packet; 0: none, or it was 0
 
     OUT_FILE fp;      ///< the trace
-    std::string name; ///< its path
-    uint32_t cnt = 0; ///< samples in it
+    std::string name; ///< path of the trace
+    uint32_t cnt = 0; ///< samples in the trace
     int32_t fpos = 0;
-    Statistics stats; ///< of them
+    Statistics stats; ///< of these samples
 };
 
 using CHNLST_T = CHN_T; ///< carried: channel-list-record. The record's name in the message about its memory

@@ -1,8 +1,8 @@
-// The one ring. Units, events and channels are linked alike: no head, no ownership; the owner points at its
-// current member and every walk starts there.
+// A ring of records, linked both ways by `prv` and `nxt`, for units, events and channels. It has no head and
+// owns nothing. The owner points at its current member, and every walk starts there.
 #pragma once
 
-/// Joins a record to the ring of `current`, right behind it; alone when there is none.
+/// Inserts a record after `current`. Without a current one it becomes a ring of one.
 template <class R>
 void ring_join(R* current, R* added)
 {
@@ -16,7 +16,7 @@ void ring_join(R* current, R* added)
     current->nxt = added;
 }
 
-/// Takes a record out of its ring. Returns its predecessor, or null when it was alone.
+/// Removes a record from its ring. Returns its predecessor, or null when it was the only one.
 template <class R>
 R* ring_leave(R* left)
 {
@@ -26,8 +26,8 @@ R* ring_leave(R* left)
     return left->prv;
 }
 
-/// The first member, from `start` onward and once round, that answers; null when none does or there is no
-/// ring.
+/// Returns the first member for which `answers` is true, looking once around from `start`; null when there is
+/// none or no ring.
 template <class R, class Asks>
 R* ring_find(R* start, Asks answers)
 {
@@ -40,7 +40,7 @@ R* ring_find(R* start, Asks answers)
     return nullptr;
 }
 
-/// Does something with each member once, from `start` onward. The ring must not change meanwhile.
+/// Calls `does` for each member once, from `start` on. Meanwhile the ring must not change.
 template <class R, class Does>
 void ring_each(R* start, Does does)
 {

@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <cstdio>
 
-/// An output file as the dumps show it: an address while it is open.
+/// The address of an output file while it is open, else null.
 static const void* handle(const OUT_FILE& file, bool open)
 {
     return open ? &file : nullptr;

@@ -1,4 +1,4 @@
-// The three debugging dumps. A run shows a channel when its trace cannot be finished.
+// The three debugging dumps. A run prints that of a channel when its trace cannot be finished.
 #pragma once
 
 struct CHN_T;
