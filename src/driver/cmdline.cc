@@ -15,7 +15,7 @@ namespace {
 
 constexpr int Usage_status = 2;
 
-// Each setter takes a switch's value, the text behind its letter, and says whether it is a good one.
+// Each setter takes the value of a switch, the text after its letter. False if that is not valid.
 
 /// Y and + set, N and - clear; only the first character counts.
 template <auto& flag>
@@ -30,7 +30,7 @@ bool set_flag(const char* value)
     }
 }
 
-/// kept: dash-n-means-auto. "-" and "N" do not switch naming off, they choose Auto.
+/// kept: dash-n-means-auto. "-" and "N" do not switch off anything; they choose Auto.
 bool set_name_option(const char* value)
 {
     switch (to_upper(value[0])) {
@@ -101,7 +101,7 @@ bool set_switch(const char* argument)
     return found != std::end(Switches) && found->set(argument + 2);
 }
 
-/// Keeps the command line as typed, as far as it fits.
+/// Appends to Cmd_line, which is cut at Path_max characters.
 void keep_argument(const char* argument)
 {
     Cmd_line += argument;

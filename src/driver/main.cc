@@ -10,7 +10,7 @@
 #include <cstdio>
 #include <new>
 
-/// The exit status: 1 for an input that is empty, else 0.
+/// Converts the input. Returns the exit status: 1 if the input is empty, else 0.
 static int convert_all()
 {
     if (!open_input()) return 1;
@@ -22,14 +22,14 @@ static int convert_all()
 
 int main(int argc, char** argv)
 try {
-    signal(SIGXFSZ, SIG_IGN); // a file too large for the user's limit is a failed write, not a sudden end
+    signal(SIGXFSZ, SIG_IGN); // a write past the limit of file size fails and does not kill the run
     console_start();
     print_banner();
     Sys_time = time(nullptr);
     set_defaults();
     read_command_line(argc, argv);
     settle_paths();
-    find_ini_file(argv[0]); // there is one: without arguments read_command_line ends the run
+    find_ini_file(argv[0]); // exists, since read_command_line ends a run without arguments
     open_run_files();
     print_summary();
     end_run(convert_all());

@@ -16,15 +16,15 @@ extern char** environ; // NOLINT(readability-redundant-declaration): POSIX leave
 
 namespace {
 
-/// The working directory; empty when it cannot be had or does not fit.
+/// The working directory; empty when it is unknown or longer than Path_max.
 std::string working_directory()
 {
     char path[Path_max + 1];
     return getcwd(path, sizeof path) ? path : "";
 }
 
-/// kept: ini-variable. The environment is asked for a name that ends in "=", so only an entry VXU==path is
-/// found. Some C libraries refuse to look for such a name: the entries are walked here.
+/// kept: ini-variable. The variable's name ends in "=", so only an entry VXU==path is found. Some C libraries
+/// do not look for such a name, so this reads the entries itself.
 const char* ini_path_of_environment()
 {
     static constexpr char name[] = "VXU==";
@@ -33,9 +33,9 @@ const char* ini_path_of_environment()
     return nullptr;
 }
 
-/// The input's name without directory and extension. Both ends are found from the last "." of the whole
-/// path, also when that stands in a directory's name; a "/" that is the very first character counts as part
-/// of the name.
+/// The input's name without directory and extension. The extension begins at the last "." of the whole path,
+/// even if that is in the name of a directory; the name begins after the last "/" before it. A "/" at the
+/// start of the path belongs to the name.
 std::string base_name(const std::string& path)
 {
     const size_t dot = path.rfind('.');
@@ -48,7 +48,7 @@ std::string base_name(const std::string& path)
     return path.substr(start, end - start);
 }
 
-/// A log of the same name as the input would empty it.
+/// Ends the run (20) if a log or QC file is the input file, which opening it would empty.
 void refuse_input(const char* path)
 {
     if (same_file(path, FileIn.c_str())) shut_down(FATAL_OPEN, path);
@@ -87,12 +87,12 @@ void find_ini_file(const char* argv0)
         if (!DirOrg.empty()) FileIni += Dir_sep;
         FileIni += Fname_ini;
     } else {
-        // kept: ini-beside-program. Without a "/" nothing is cut: the INI name follows the program's name.
+        // kept: ini-beside-program. Without a "/" nothing is cut: "vx_sac" gives "vx_sacvxu.ini".
         const char* slash = strrchr(argv0, '/');
         FileIni.assign(argv0, slash ? static_cast<size_t>(slash + 1 - argv0) : strlen(argv0));
         FileIni += Fname_ini;
     }
-    // kept: note-in-the-path. The note becomes part of the path, which is shown, and then looked for.
+    // kept: note-in-the-path. The note is part of the path. A file with just that name would be read.
     if (!fexist(FileIni.c_str())) FileIni += " - not found; using defaults";
 }
 

@@ -1,16 +1,17 @@
-// Everything between the command line and the first packet: output path, INI file, the run-wide files.
+// All that happens between the command line and the first packet: output path, INI file, run-wide files.
 #pragma once
 
-/// Settles DirOrg and DirOut. A missing output path, or a working directory that cannot be had, is fatal
-/// error 10; a path too long for the records is refused (20 for the input, 10 for the output).
+/// Sets DirOrg and DirOut. The run ends with 10 when the output path does not exist, when none is given and
+/// the working directory is unknown, or when the output path is longer than Path_max; with 20 when the
+/// input's path is.
 void settle_paths();
 
-/// Settles FileIni; `argv0` is how the program was called. Notes on it when there is no such file.
+/// Sets FileIni; `argv0` is the program's name as called. Appends a note if there is no such file.
 void find_ini_file(const char* argv0);
 
-/// Names FileLog and FileQcc after the input and opens, with their headers, those that are switched on.
-/// Fatal error 20 naming the file when that fails, or when it is the input itself.
+/// Sets FileLog and FileQcc after the input's name, opens those that are switched on and writes their
+/// headers. The run ends (20) with the file's name when this fails, or when the file is the input.
 void open_run_files();
 
-/// Opens the input; fatal error 20 naming it. False when the file system says that it is empty.
+/// Opens the input. If that fails, the run ends (20) with its name. False when the file is empty.
 bool open_input();

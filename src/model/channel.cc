@@ -19,13 +19,14 @@
 
 namespace {
 
+/// Updates the lowest and highest channel number of the event.
 void note_channel_range(EVT_T& evt, uint16_t channel)
 {
     if (channel > evt.hi) evt.hi = channel;
     if (evt.lo == 99 || channel < evt.lo) evt.lo = channel;
 }
 
-/// An event begins with the earliest first packet of its channels.
+/// The event begins with the earliest of its channels' first packets.
 void note_first_time(EVT_T& evt, const TIMESTR& time)
 {
     TIMESTR& first = evt.times.t_first;
@@ -33,6 +34,7 @@ void note_first_time(EVT_T& evt, const TIMESTR& time)
     if (!full || strncasecmp(time.s, first.s, 16) <= 0) first = time;
 }
 
+/// Creates the channel of a packet and adds it to the event's ring.
 CHN_T& add_channel(EVT_T& evt, const PACKET& pkt)
 {
     CHN_T& chn = *Chn_create(evt, pkt);
@@ -42,7 +44,8 @@ CHN_T& add_channel(EVT_T& evt, const PACKET& pkt)
     return chn;
 }
 
-/// Breaks in time are marked, not filled: samples are appended as they arrive.
+/// Compares a packet's time with the expected one. Breaks in time are marked, not filled: samples are
+/// appended as they arrive.
 void check_continuity(CHN_T& chn, const TIMESTR& time)
 {
     const int comparison = strcmp(time.s, chn.times.t_nxt.s);
@@ -50,7 +53,7 @@ void check_continuity(CHN_T& chn, const TIMESTR& time)
     if (comparison) chn.time_tear = true;
 }
 
-/// kept: rate-before-estimate. The expected time uses the rate as it is before this packet's estimate.
+/// kept: rate-before-estimate. The expected time uses the rate as it was before this packet's estimate.
 void move_times_on(CHN_T& chn, const PACKET& pkt)
 {
     chn.evt->times.t_last = pkt.time;
@@ -60,8 +63,9 @@ void move_times_on(CHN_T& chn, const PACKET& pkt)
     chn.seq = pkt.seq;
 }
 
-/// Creates the trace with its provisional header. If another run took the name meanwhile, the next free one
-/// is used. If the name is taken and yet is the next free one, no trace can be made.
+/// Creates the trace and its provisional header. If another run has taken the name meanwhile, the next free
+/// one is used. The run ends (20) when the trace cannot be created, or when the search returns the taken name
+/// again.
 void create_trace(CHN_T& chn)
 {
     while (!Chn_file_open(chn)) {
@@ -73,8 +77,8 @@ void create_trace(CHN_T& chn)
     Sac_dhdr_out(chn);
 }
 
-/// Without an event header the rate comes from the samples written and the time they took. Every step is
-/// rounded to single precision.
+/// Estimates the rate of an event without header, from the samples written and the time between the first and
+/// the latest packet. Every step is rounded to single precision.
 void estimate_rate(EVT_T& evt, const CHN_T& chn)
 {
     if (evt.eh_seen) return;

@@ -1,4 +1,4 @@
-// What the event header says of a channel, applied to its record. A field that begins with a blank is not
+// Applies the fields of the event header to a channel's settings. A field that begins with a blank is not
 // given.
 #include "driver/base/number.h"
 #include "model/channel.h"
@@ -10,7 +10,8 @@
 
 static constexpr int Bank_channels = 16;
 
-/// Volts per count, from a text such as "15.89 uV".
+/// Sets the true bit weight in volts per count from a text such as "15.89 uV", or the nominal one from the
+/// other text if there is no true one.
 static void take_bit_weight(CHN_T& chn, std::string_view nominal, std::string_view true_weight)
 {
     const std::string_view told = given(true_weight) ? true_weight : nominal;
@@ -25,13 +26,14 @@ static void take_bit_weight(CHN_T& chn, std::string_view nominal, std::string_vi
     chn.set.tbw = weight;
 }
 
-/// kept: gain-plain-digit. The digit's distance from "0", so "A" (17) is no gain here, and ":" is number 10.
+/// kept: gain-plain-digit. The gain is the distance from "0": "A" (17) is none, and ":" is number 10.
 static void take_gain(CHN_T& chn, char code)
 {
     const auto index = static_cast<uint8_t>(code - '0');
     if (index < Gain_cnt) chn.set.gain_ndx = index;
 }
 
+/// Bits of a sample, by the code of the A/D resolution.
 static uint8_t bits_of(char code)
 {
     switch (code) {
@@ -45,6 +47,7 @@ static uint8_t bits_of(char code)
     }
 }
 
+/// Full-scale voltage of the digitiser, by its code.
 static double full_scale_of(char code)
 {
     switch (code) {
@@ -58,6 +61,7 @@ static double full_scale_of(char code)
     }
 }
 
+/// Full-scale voltage of the sensor, by its code.
 static double sensor_full_scale_of(char code)
 {
     switch (code) {
@@ -68,7 +72,8 @@ static double sensor_full_scale_of(char code)
     }
 }
 
-/// Band, instrument and orientation letter; a fourth character is free. A NUL is a letter like others.
+/// Takes over the SEED letters of band, instrument and orientation, except blanks. A fourth character is
+/// ignored; a NUL is a letter like any other.
 static void take_seed_letters(CHN_T& chn, std::string_view seed)
 {
     if (seed[0] != ' ') chn.set.band = seed[0];
@@ -91,5 +96,5 @@ void Chn_ehet(CHN_T& chn)
     take_seed_letters(chn, field(EH::Seed));
     if (given(field(EH::Sns_fsv))) chn.set.sns_fsa = sensor_full_scale_of(field(EH::Sns_fsv)[0]);
     if (given(field(EH::Sns_vpu))) chn.set.vpu = scan_double(field(EH::Sns_vpu), 0, 6);
-    // A station channel number would follow the sensor units, but no header carries one: `stn_chn` stays.
+    // No event header has a station channel number, so `stn_chn` keeps that of the INI file.
 }

@@ -1,4 +1,4 @@
-// The channel keys of the INI file, and the constants of known sensors, applied to the channel's settings.
+// Applies the channel keys of the INI file, and the constants of known sensors, to a channel's settings.
 #include "driver/base/ascii.h"
 #include "driver/base/number.h"
 #include "model/channel.h"
@@ -13,28 +13,27 @@
 
 namespace {
 
-/// The channel a line is about.
+/// The channel to which a line applies.
 struct LineHead {
-    uint16_t number;      ///< counted from 1; may be anything
-    std::string_view key; ///< what follows the number
+    uint16_t number;      ///< counted from 1; any number is possible
+    std::string_view key; ///< the text after the number
 };
 
-/// Takes the head "Ch1", "Ch01" or "ChA" off a line. Number 0, which no channel has, when there is none.
+/// Reads the head of a line: "Ch1", "Ch01" or "ChA". Without one the number is 0, which no channel has.
 LineHead line_head(std::string_view line)
 {
     if (line.size() < 3 || to_upper(line[0]) != 'C' || to_upper(line[1]) != 'H') return {0, {}};
     const auto letter = static_cast<unsigned char>(line[2]);
     if (letter > 0x7F) return {0, {}};
 
-    // kept: channel-letter. Any character counts by its distance from "0" or from "7", so ":" is 3 and "a"
-    // is 42.
+    // kept: channel-letter. The character counts by its distance from "0" or "7": ":" is 3, "a" is 42.
     auto number = static_cast<uint16_t>(letter - '0');
     if (number > 9) return {static_cast<uint16_t>(number - 7), line.substr(3)};
     if (line.size() < 4 || !is_digit(line[3])) return {number, line.substr(3)};
     return {static_cast<uint16_t>(number * 10 + (line[3] - '0')), line.substr(4)};
 }
 
-/// Looks up a model that a line names, unless the channel has a row of its own already.
+/// Finds the sensor by make and model and takes over its constants, unless a known sensor was found before.
 void take_sensor(Settings& set)
 {
     if (set.sns_ndx != 0 && set.sns_ndx != Sensor_unknown) return;
@@ -95,7 +94,7 @@ constexpr ChannelKey IniKeyChn[] = {
     {"StnChn", [](Settings& s, std::string_view v) { set_once(s.stn_chn, integer<uint16_t>(v)); }},
 };
 
-/// What the lines of a section make of a channel.
+/// `set` with the lines of a section applied that are about the channel.
 Settings settings_by(const INI_SECTION& section, uint16_t channel, Settings set)
 {
     for (const std::string_view line : section.lines) {
@@ -108,7 +107,8 @@ Settings settings_by(const INI_SECTION& section, uint16_t channel, Settings set)
     return set;
 }
 
-/// By section and channel: the lines of a section are read once for a channel, however many events it has.
+/// Settings by section and channel, so that the lines are read once for a channel, not for each of its
+/// events.
 std::map<std::pair<uint32_t, uint16_t>, Settings> Known_settings;
 
 } // namespace

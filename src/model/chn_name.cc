@@ -1,4 +1,4 @@
-// The search for a trace's name: the first one that nothing has yet.
+// Finds the name of a trace: the first of 25 that is free.
 #include "driver/base/fatal.h"
 #include "driver/base/file.h"
 #include "driver/base/settings.h"
@@ -10,7 +10,7 @@
 
 static constexpr char Spec_char[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZ";
 
-/// Makes the directories of a trace. Most traces go into the directories of the one before.
+/// Creates the directories of a trace, unless they are those of the trace before.
 static void make_directories(const std::string& dir)
 {
     static std::string made;
@@ -25,8 +25,7 @@ void Chn_name(CHN_T& chn)
     const std::string dir = DirOut + trace_directory(name.first, Path_option);
     make_directories(dir);
     std::string base = trace_base(name, Name_option);
-    // kept: letters-a-to-x. After each name that is taken the next letter is placed; the last one placed is
-    // not tried.
+    // kept: letters-a-to-x. The name is tried without a letter and with "A" to "X"; "Y" is set and not tried.
     for (size_t i = 0; i < sizeof Spec_char - 2; ++i) {
         chn.name = dir + base + Fn_ext_chn;
         if (!name_taken(chn.name.c_str())) return;

@@ -12,7 +12,8 @@
 
 namespace {
 
-/// kept: event-number-only. Two streams that use one number share the event.
+/// The unit's open event with a number, or null. kept: event-number-only. Two streams that use one number
+/// share the event.
 EVT_T* known_event(const UNIT_T& unit, uint16_t number)
 {
     if (unit.evt && unit.evt->evt_num == number) return unit.evt;
@@ -26,9 +27,9 @@ try {
     evt->unit = &unit;
     evt->unit_id = unit.unit_id;
     evt->evt_num = pkt.event;
-    evt->stn_name = unit.stn_name; // if no EH comes, the event's traces are named after it
-    // kept: first-event-flagged. A unit's only event starts at the packet's own number, so that this packet
-    // counts as out of sequence; an event beside others starts at 0 and takes any number.
+    evt->stn_name = unit.stn_name; // names the event's traces if no EH comes
+    // kept: first-event-flagged. A unit's only event starts at the packet's own sequence number, so that this
+    // packet is out of sequence. An event beside others starts at 0, and any number may follow.
     if (!unit.evt) {
         evt->strm = pkt.stream;
         evt->seq = pkt.seq;
@@ -40,12 +41,13 @@ try {
     end_without_event_memory();
 }
 
-/// The counter ends at 9999; 0 is where it starts, and what an event beside others starts with.
+/// True if `seq` may follow. After 9999, where the counter ends, and after 0 any number may.
 bool in_sequence(uint16_t stored, uint16_t seq)
 {
     return seq == stored + 1 || stored == 0 || stored == 9999;
 }
 
+/// Stores the sequence number. If it is out of sequence, marks the event as bad and logs that.
 void check_sequence(EVT_T& evt, uint16_t seq)
 {
     const bool good = in_sequence(evt.seq, seq);

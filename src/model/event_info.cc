@@ -1,4 +1,4 @@
-// What an event header or trailer tells, taken into the event and its unit. Begin with Evt_info.
+// Copies the fields of an event header or trailer into the event and its unit. Begin with Evt_info.
 #include "driver/base/fatal.h"
 #include "driver/base/number.h"
 #include "model/event.h"
@@ -21,8 +21,7 @@ static void take_rate_and_trigger(EVT_T& evt, const PACKET& pkt)
     }
 }
 
-/// Keeps the fields of sixteen channels as they stand in the packet; a later packet of the bank replaces
-/// them.
+/// Copies the fields of the packet's sixteen channels. A later packet of the bank replaces them.
 static void take_bank(EVT_T& evt, const PACKET& pkt)
 {
     std::unique_ptr<EventBank>& bank = evt.bank[flags(pkt) & FLAG::Second_bank ? 1 : 0];
@@ -31,7 +30,7 @@ static void take_bank(EVT_T& evt, const PACKET& pkt)
     memcpy(bank->bytes, bytes(pkt, EventBank::Place), sizeof bank->bytes);
 }
 
-/// kept: fifth-letter-before. The fifth character of a station name stands before the other four.
+/// kept: fifth-letter-before. The packet has the fifth character of a station name before the other four.
 static void take_station(EVT_T& evt, const PACKET& pkt)
 {
     const std::string_view first_four = text(pkt, EH::Stn_name);
@@ -44,6 +43,7 @@ static void take_station(EVT_T& evt, const PACKET& pkt)
     evt.stn_name = evt.unit->stn_name;
 }
 
+/// Days since the clock's last lock: a digit; "?" gives 10, a blank 65535.
 static uint16_t days_since_lock(const PACKET& pkt)
 {
     const std::string_view days = text(pkt, EH::Pll_days);
@@ -51,7 +51,8 @@ static uint16_t days_since_lock(const PACKET& pkt)
     return given(days) ? static_cast<uint16_t>(scan_int16(days, 0, 1)) : uint16_t{65535};
 }
 
-/// Degrees of a position: whole degrees, decimal minutes, and the letter of the negative hemisphere.
+/// A latitude or longitude in degrees, from whole degrees and decimal minutes; negative if the hemisphere's
+/// letter is `negative`, in either case.
 static double degrees(std::string_view position, Span deg, Span min, char letter, char negative)
 {
     const double angle = scan_int32(position, static_cast<size_t>(deg.at), deg.len) +
@@ -68,7 +69,7 @@ static void take_position(UNIT_T& unit, const PACKET& pkt)
     unit.position.alt = scan_int32(p, POS::Elevation.at, POS::Elevation.len);
 }
 
-/// kept: short-headers-describe. A short EH or ET, which is logged as one text, is read like a full one.
+/// kept: short-headers-describe. A short EH or ET, which the log shows as one text, is read like a full one.
 static void take_description(EVT_T& evt, const PACKET& pkt)
 {
     take_rate_and_trigger(evt, pkt);

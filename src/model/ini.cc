@@ -1,4 +1,4 @@
-// Reading the INI file, and taking lines apart. Begin with ini_section.
+// Reads the INI file, and takes lines apart. Begin with ini_section.
 #include "model/ini.h"
 
 #include "driver/base/ascii.h"
@@ -18,15 +18,15 @@
 
 namespace {
 
-constexpr size_t Line_max = 99; // longer lines fall into pieces, each a line of its own
+constexpr size_t Line_max = 99; // a longer line is split into several
 static_assert(Line_max <= INI_LINES::Longest);
 constexpr size_t Header_len = 6; // "[9A3F]"
 
 struct INI_FILE {
-    std::string path;                                             // empty until a file was read or missed
-    bool there = false;                                           // it exists
+    std::string path;                                             // that was read or is missing
+    bool there = false;                                           // the file exists
     std::unordered_map<uint16_t, std::vector<INI_SECTION>> units; // a unit's sections in file order
-    INI_SECTION nothing;                                          // for units that have none
+    INI_SECTION nothing;                                          // for units without a section
 };
 
 INI_FILE Ini;
@@ -36,7 +36,8 @@ struct CLOSES {
 };
 using OPENED = std::unique_ptr<FILE, CLOSES>;
 
-/// The next character. Half a file is worse than none: an error ends the run. A directory holds nothing.
+/// The next character, or EOF. A directory reads as empty. Any other error ends the run (21): with half of
+/// the file, settings would be missing without notice.
 int next_character(FILE* file)
 {
     for (;;) {
@@ -47,7 +48,7 @@ int next_character(FILE* file)
     }
 }
 
-/// Reads up to and with the next LF, but Line_max characters at most. False at the end of the file.
+/// Reads a line with its LF, but at most Line_max characters of it. False at the end of the file.
 bool read_piece(FILE* file, std::string& piece)
 {
     piece.clear();
@@ -60,8 +61,8 @@ bool read_piece(FILE* file, std::string& piece)
     return !piece.empty();
 }
 
-/// The unit ID of a line that begins with "["; whatever follows the six characters of a section header is
-/// free.
+/// The unit ID in the header of a section, such as "[9A3F]"; the line begins with "[", and anything may
+/// follow the "]". Nothing if it is no such header.
 std::optional<uint16_t> header_id(std::string_view line)
 {
     if (line.size() < Header_len || line[5] != ']') return std::nullopt;
@@ -74,16 +75,17 @@ std::optional<uint16_t> header_id(std::string_view line)
     return static_cast<uint16_t>(id);
 }
 
+/// A byte offset, modulo 2^32.
 int32_t position(uint64_t bytes)
 {
     return static_cast<int32_t>(static_cast<uint32_t>(bytes));
 }
 
-/// Sorts the whole file into sections. A NUL ends its line early, as it ends any text.
+/// Reads the whole file into sections. Drops what follows a NUL in a line.
 void read_sections(FILE* file, INI_FILE& ini)
 {
     std::string piece;
-    INI_SECTION* section = nullptr; // the one we are in
+    INI_SECTION* section = nullptr; // of the current line; null: of no unit
     uint64_t at = 0;
     for (; read_piece(file, piece); at += piece.size()) {
         const std::string_view line = before_nul(piece);
@@ -104,7 +106,8 @@ void read_sections(FILE* file, INI_FILE& ini)
     ini.nothing.last = position(at);
 }
 
-/// True when the file is in memory. A file that does not exist is looked for once per run.
+/// Reads the file unless it is in memory. False when it does not exist, which is looked up once per run, and
+/// when it cannot be opened or positioned.
 bool have_file(int32_t from)
 {
     if (!Ini.path.empty() && Ini.path == FileIni) return Ini.there;
@@ -118,7 +121,7 @@ bool have_file(int32_t from)
         printf("\nWARNING: Unable to open the INI file %s", FileIni.c_str());
         return false;
     }
-    // Where the scan would begin. The file is read from its start all the same, for all units at once.
+    // Only tests that the position exists. The file is read from its start, for all units at once.
     if (fseek(file.get(), from, SEEK_SET) != 0 || fseek(file.get(), 0, SEEK_SET) != 0) {
         printf("\nWARNING: Unable to set position within the INI file %s", FileIni.c_str());
         return false;

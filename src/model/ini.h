@@ -1,5 +1,5 @@
-// The station INI file as text: sections, lines, keys and values. Knows no particular key.
-// The file is looked for and read once per run; every unit and every new channel is then served from memory.
+// The station INI file as text: sections, lines, keys and values. This room knows no particular key. The file
+// is read once per run; every unit and every new channel is served from memory.
 #pragma once
 
 #include <cstddef>
@@ -8,10 +8,11 @@
 #include <string>
 #include <string_view>
 
-/// Lines in the order of the file. Each costs a byte beside its text: a file may consist of short ones.
+/// The lines of a section in the order of the file, packed into one string, since a file may have very many
+/// short lines.
 class INI_LINES {
 public:
-    static constexpr size_t Longest = 255;
+    static constexpr size_t Longest = 255; ///< characters of a line
 
     void add(std::string_view line)
     {
@@ -21,6 +22,7 @@ public:
     }
     size_t size() const { return count; }
 
+    /// An iterator over the lines.
     struct PLACE {
         const char* at;
 
@@ -37,32 +39,32 @@ public:
     PLACE end() const { return {packed.data() + packed.size()}; }
 
 private:
-    std::string packed; // each line after a byte with its length
+    std::string packed; // a byte with its length precedes each line
     size_t count = 0;
 };
 
-/// What the file says of one unit. Positions are byte offsets in the file, kept to 32 bits.
+/// A section of the file. Positions are byte offsets in the file, modulo 2^32.
 struct INI_SECTION {
-    uint32_t serial = 0; ///< no other section that was ever read has the same; 0: nothing of the file
-    int32_t first = 0;   ///< of the header line
-    int32_t last = 0;    ///< behind the line that ends the section: the next header, or the end of the file
-    INI_LINES lines;     ///< between the two, each of at most 99 characters
+    uint32_t serial = 0; ///< unique among all sections ever read; 0: no section of the file
+    int32_t first = 0;   ///< where the header line begins
+    int32_t last = 0;    ///< where the line after the section ends (the next one with "["), or the file
+    INI_LINES lines;     ///< the lines after the header, each of at most 99 characters
 };
 
-/// The unit's section: the first one with its ID that begins at `from` or later. A unit without one gets a
-/// section without lines (serial 0) that ends at the end of the file. Null when there is no file (silently),
-/// and when it cannot be opened or positioned (with a warning on the console at each call). When reading
-/// fails half way, fatal error 21 naming the file.
+/// The unit's section: the first one with its ID that begins at `from` or later. Without one, a section
+/// without lines (serial 0) that ends at the end of the file. Null when there is no file, and, with a warning
+/// on the console at each call, when the file cannot be opened or positioned. When reading it fails, the run
+/// ends (21) with its name.
 const INI_SECTION* ini_section(uint16_t unit_id, int32_t from);
 
-/// Forgets what was read, so that the file is read again; for tests.
+/// Drops what was read, so that the file is read again. For tests.
 void ini_forget();
 
-/// True when a text begins with the key, in any case.
+/// True when a text begins with the key, in any case of letters.
 bool begins_with_key(std::string_view text, std::string_view key);
 
-/// The first row of a key table whose `name` the text begins with; null for none. Row order matters where one name
-/// begins another.
+/// The first row of a key table whose `name` the text begins with, or null. The order of rows matters where
+/// one name begins with another.
 template <class Row, size_t n>
 const Row* ini_row(std::string_view text, const Row (&rows)[n])
 {
@@ -71,13 +73,14 @@ const Row* ini_row(std::string_view text, const Row (&rows)[n])
     return nullptr;
 }
 
-/// kept: first-number-wins. Some numbers keep their first value that is not 0, from a line or from the catalogue.
+/// kept: first-number-wins. Some numbers keep their first value that is not 0, from the INI file or the
+/// catalogue.
 template <class Number>
 void set_once(Number& field, Number value)
 {
     if (field == 0) field = value;
 }
 
-/// The value of a line: what follows the first "=", up to the first ";", CR or LF, without leading blanks; trailing ones
-/// stay. Nothing when the line has no "=".
+/// The value of a line: the text after the first "=", up to the first ";", CR or LF, without leading blanks.
+/// Trailing blanks stay. Nothing when the line has no "=".
 std::optional<std::string_view> ini_value(std::string_view line);

@@ -2,7 +2,7 @@
 
 #include "driver/base/settings.h"
 
-/// The levels are built from the digits of a time: YYYY_DDD, then HH, HH_MM or HH_MM_SS.
+/// The levels come from the digits of a time: YYYY_DDD, then HH, HH_MM or HH_MM_SS.
 std::string trace_directory(const TIMESTR& first, uint16_t levels)
 {
     const char* const t = first.s;

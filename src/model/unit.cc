@@ -15,16 +15,17 @@
 
 namespace {
 
-UNIT_T* Start;          ///< the current unit: the one that the last packet belonged to
-UNIT_T* By_id[0x10000]; ///< the members of the ring
+UNIT_T* Start;          ///< the current unit: that of the latest packet
+UNIT_T* By_id[0x10000]; ///< the units of the ring, by ID
 
-/// kept: id-zero. No unit has the ID 0; such packets are filed under FFFF.
+/// kept: id-zero. Packets of unit 0 are filed under FFFF.
 uint16_t unit_id_of(const PACKET& pkt)
 {
     return pkt.unit_id ? pkt.unit_id : 0xFFFF;
 }
 
-/// Opens a unit's log or QC file behind what it holds, for the rest of the run, and writes its header.
+/// Opens a unit's log or QC file for appending, until the end of the run, and writes its header. If this
+/// fails, or if it is the input file, the run ends (20).
 void open_unit_file(const UNIT_T& unit, OUT_FILE& file, std::string& name, const char* extension,
                     void (*write_header)(OUT_FILE&))
 {
@@ -65,7 +66,7 @@ UNIT_T& Unit_find(const PACKET& pkt)
     UNIT_T*& unit = By_id[id];
     if (Start) Start->qcc_open = false;
     if (unit) {
-        unit->qcc_open = Qcc_on && Log_on; // kept: qcc-follows-log. Without a log it stays closed.
+        unit->qcc_open = Qcc_on && Log_on; // kept: qcc-follows-log. Without logs it stays false.
     } else {
         unit = new_unit(id);
         ring_join(Start, unit);

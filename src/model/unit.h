@@ -5,13 +5,13 @@
 
 struct UNIT_T;
 
-/// The unit of a packet, which becomes the current one. On first sight it is made and its log and QC file are
-/// opened, with their headers. QC lines go to the QC file of the current unit only. Without memory the run
-/// ends (40).
+/// Finds the unit of a packet, or creates it, and makes it the current one. For a new unit, opens its log and
+/// its QC file and writes their headers. Only the current unit's QC lines go to its QC file. Without memory
+/// the run ends (40).
 UNIT_T& Unit_find(const PACKET& pkt);
 
-/// Reads the unit's keys from its section of the INI file.
+/// Applies the unit's keys in its section of the INI file.
 void Unit_ini(UNIT_T& unit);
 
-/// Forgets all units; for tests.
+/// Frees all units and closes their files. For tests.
 void Unit_forget_all();

@@ -1,4 +1,4 @@
-// The station keys of the INI file, applied to the unit's record.
+// Applies the station keys of the INI file to a unit.
 #include "driver/base/number.h"
 #include "model/ini.h"
 #include "model/record/records.h"

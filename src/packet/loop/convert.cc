@@ -1,5 +1,4 @@
-// The main loop: the program's table of contents. It names the stations of a packet's way; each function
-// below is the way of one kind of packet.
+// The main loop: vx_cvt, at the end of this file, calls one function for each kind of packet.
 #include "packet/loop/convert.h"
 
 #include "driver/base/run_files.h"
@@ -21,6 +20,7 @@
 
 namespace {
 
+/// Finds the packet's unit. Writes the summary line to the log of the run and, except for a DT, of the unit.
 UNIT_T& enter_unit(const PACKET& pkt)
 {
     if (Log_on) log_head(FdLog, pkt, take_mark());
@@ -29,6 +29,7 @@ UNIT_T& enter_unit(const PACKET& pkt)
     return unit;
 }
 
+/// Finds the packet's event.
 EVT_T& enter_event(UNIT_T& unit, const PACKET& pkt)
 {
     EVT_T& evt = Evt_find(unit, pkt);
@@ -36,7 +37,7 @@ EVT_T& enter_event(UNIT_T& unit, const PACKET& pkt)
     return evt;
 }
 
-/// The event of an EH or ET, with what the packet says of it shown and logged.
+/// Finds the event of an EH or ET, prints the packet's line on the console and logs its fields.
 EVT_T& enter_described_event(UNIT_T& unit, const PACKET& pkt)
 {
     EVT_T& evt = enter_event(unit, pkt);
@@ -61,7 +62,7 @@ void finish_event(UNIT_T& unit, const PACKET& pkt)
     EVT_T& evt = enter_described_event(unit, pkt);
     if (!about_first_bank(pkt)) return;
     evt.et_seen = true;
-    // kept: statistics-emptied-first. Storing empties the sums that the final SAC headers show.
+    // kept: statistics-emptied-first. This resets the sums before the final SAC headers show them.
     if (Qcc_on) Qcc_store(unit, evt, &pkt);
     Evt_remove(evt);
 }
@@ -103,8 +104,7 @@ void note_parameters(UNIT_T& unit, const PACKET& pkt)
     if (Log_on) log_dump(unit.log_fp, pkt);
 }
 
-/// Statistics of the events that no trailer ended. Their lines go to the units' QC files, too, also of units
-/// that are not the current one.
+/// Writes the statistics of events without a trailer, also to the QC files of units that are not current.
 void store_open_events(UNIT_T& unit)
 {
     unit.qcc_open = true;
@@ -118,7 +118,7 @@ void remove_open_events(UNIT_T& unit)
     while (unit.evt) Evt_remove(*unit.evt);
 }
 
-/// The input has ended: what is still open is finished as if its trailers had come.
+/// Finishes all open events at the end of the input, as if their trailers had come.
 void finish_what_is_open(UNIT_T* units)
 {
     if (Qcc_on) ring_each(units, store_open_events);

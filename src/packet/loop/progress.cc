@@ -9,12 +9,11 @@
 #include <cinttypes>
 #include <cstdio>
 
-// Each line begins with a carriage return: it is printed over the one before.
+// Each line begins with a carriage return, so that it overwrites the one before.
 
 namespace {
 
-/// kept: every-other-mebibyte. The counter is printed for each packet of the first 1024 of 2048, and for
-/// none of the rest.
+/// kept: every-other-mebibyte. Of each 2048 packets, the counter is printed for the first 1024.
 void count_mebibytes()
 {
     if (Blk_cnt & 1024) return;
@@ -27,7 +26,7 @@ void count_mebibytes()
     fwrite(line, 1, static_cast<size_t>(length), stdout);
 }
 
-/// A packet goes by: its line is printed, or the counter, and a person at a terminal sees it move.
+/// Prints the packet's line, or the counter, and flushes it at times if standard output is a terminal.
 template <class Print>
 void progress(Print line)
 {

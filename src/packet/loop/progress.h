@@ -1,4 +1,4 @@
-// What the console shows while packets go by: a table with one line that is printed over, or a counter.
+// The console while packets are read: a table whose one line is overwritten, or a counter.
 #pragma once
 
 #include "packet/packet.h"
@@ -9,9 +9,10 @@ struct CHN_T;
 struct EVT_T;
 struct UNIT_T;
 
-/// The head of the table, or the counter at 0.
+/// Prints the head of the table, or the counter at 0.
 void Progress_start();
 
+/// Prints the line of a packet of these types, or the counter.
 void Progress_event(const PACKET& pkt, const EVT_T& evt);     ///< EH, ET
 void Progress_data(const UNIT_T& unit, const CHN_T& chn);     ///< DT
 void Progress_health(const PACKET& pkt, const UNIT_T& unit);  ///< SH
