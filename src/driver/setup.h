@@ -10,8 +10,8 @@ void settle_paths();
 void find_ini_file(const char* argv0);
 
 /// Sets FileLog and FileQcc after the input's name, opens those that are switched on and writes their
-/// headers. The run ends (20) with the file's name when this fails, or when the file is the input.
+/// headers. If this fails, or if the file is the input, the run ends (20) and names the file.
 void open_run_files();
 
-/// Opens the input. If that fails, the run ends (20) with its name. False when the file is empty.
+/// Opens the input. If that fails, the run ends (20) and names it. False when the file is empty.
 bool open_input();

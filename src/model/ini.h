@@ -47,14 +47,14 @@ private:
 struct INI_SECTION {
     uint32_t serial = 0; ///< unique among all sections ever read; 0: no section of the file
     int32_t first = 0;   ///< where the header line begins
-    int32_t last = 0;    ///< where the line after the section ends (the next one with "["), or the file
+    int32_t last = 0;    ///< end of the next line with "[", or of the file
     INI_LINES lines;     ///< the lines after the header, each of at most 99 characters
 };
 
 /// The unit's section: the first one with its ID that begins at `from` or later. Without one, a section
 /// without lines (serial 0) that ends at the end of the file. Null when there is no file, and, with a warning
-/// on the console at each call, when the file cannot be opened or positioned. When reading it fails, the run
-/// ends (21) with its name.
+/// on the console at each call, when the file cannot be opened or positioned. If reading fails, the run ends
+/// (21) and names the file.
 const INI_SECTION* ini_section(uint16_t unit_id, int32_t from);
 
 /// Drops what was read, so that the file is read again. For tests.

@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <string>
 
-/// What the name of a trace says.
+/// The parts of a trace's name.
 struct TraceName {
     TIMESTR first;   ///< time of the channel's first packet
     Text<5> station; ///< station name; five blanks: none

@@ -34,12 +34,13 @@ uint16_t fcloseall();
 /// file were lost.
 [[noreturn]] void end_run(int status);
 
-/// The two values of ON_LOSS. Loss in a trace: the run ends with status 22; if it is ending already, a
-/// message on standard error. Loss in a log or QC file: a message on standard error, and status 0 becomes 22.
+/// The two values of ON_LOSS. For a trace, the run ends with status 22; if it is ending already, there is a
+/// message on standard error. For a log or QC file, there is a message on standard error, and status 0
+/// becomes 22.
 void trace_lost(const char* name);
 void log_lost(const char* name);
 
-/// Opens a unit's log or QC file for appending. If that fails, the run ends (20) with its name.
+/// Opens a unit's log or QC file for appending. If that fails, the run ends (20) and names the path.
 void open_file(OUT_FILE& file, const char* path);
 
 /// No memory for an event: message, exit status 255.
@@ -51,7 +52,7 @@ void open_file(OUT_FILE& file, const char* path);
 /// All names of a trace are taken: message, exit status 23.
 [[noreturn]] void end_without_name();
 
-/// A trace cannot be created: message with its name, exit status 20.
+/// A trace cannot be created: message that names it, exit status 20.
 [[noreturn]] void end_without_trace(const char* name);
 
 /// Prints a prompt on standard error, reads one character from standard input and returns it (65535 at its

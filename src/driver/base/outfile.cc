@@ -130,8 +130,9 @@ void write_collected(OUT_FILE& file)
     if (!file.broken && !write_all(file.fd, file.buf, n)) lose(file);
 }
 
-/// True when handing buffers to the thread saves time. Each closing of a file waits for the thread, which
-/// costs what the thread saves on about ten pieces. So at least 16 must come between two closings.
+/// True when the thread saves time. Each closing of a file waits for the thread, which costs what the thread
+/// saves on about ten pieces. So the thread is used when 16 pieces or more were filled since the latest
+/// closing, or between the latest two.
 bool thread_pays()
 {
     constexpr uint64_t least = Pieces * Piece_max;

@@ -20,7 +20,7 @@
 using ON_LOSS = void (*)(const char* name);
 
 struct OUT_FILE {
-    const char* name = nullptr; ///< path; the owner of the file keeps the text
+    const char* name = nullptr; ///< path; the caller's text, which outlives the file
     uint32_t number = 0;        ///< identifies this opening of the file in the thread's reports
     char* buf = nullptr;        ///< null while the file has no slot
     uint32_t cap = 0;           ///< size of buf
