@@ -26,7 +26,8 @@ static void take_bit_weight(CHN_T& chn, std::string_view nominal, std::string_vi
     chn.set.tbw = weight;
 }
 
-/// kept: gain-plain-digit. The gain is the distance from "0": "A" (17) is none, and ":" is number 10.
+/// kept: gain-plain-digit. The gain is the distance from "0": "A" gives 17, which is not a gain; ":" gives
+/// 10.
 static void take_gain(CHN_T& chn, char code)
 {
     const auto index = static_cast<uint8_t>(code - '0');

@@ -94,7 +94,7 @@ constexpr ChannelKey IniKeyChn[] = {
     {"StnChn", [](Settings& s, std::string_view v) { set_once(s.stn_chn, integer<uint16_t>(v)); }},
 };
 
-/// `set` with the lines of a section applied that are about the channel.
+/// Returns `set` after applying the lines of a section that name the channel.
 Settings settings_by(const INI_SECTION& section, uint16_t channel, Settings set)
 {
     for (const std::string_view line : section.lines) {

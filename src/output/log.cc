@@ -14,7 +14,7 @@
 
 namespace {
 
-int Sign; ///< of the latest comparison; take_mark() resets it to 0
+int Sign; ///< result of the latest comparison; take_mark() resets it to 0
 
 /// The start of the run as ctime writes it, without the line end.
 Text<25> start_time()

@@ -13,8 +13,8 @@ void Sac_dhdr_init(const CHN_T& chn, SACHDR_T& header);
 /// Writes the channel's header as the file has it, Sac_header_len bytes.
 void Sac_dhdr_bytes(const CHN_T& chn, char* bytes);
 
-/// Creates the channel's trace under its name. False when that fails, with errno EEXIST when the name is
-/// taken by now.
+/// Creates the channel's trace under its name. False when that fails; errno is EEXIST when another file has
+/// the name by now.
 bool Chn_file_open(CHN_T& chn);
 
 /// Writes the rest of the channel's trace and closes it.

@@ -82,8 +82,8 @@ void put_be32(BYTE* to, uint32_t word)
 /// one the most significant and signed. For any other n prints a message and returns the first byte.
 int32_t little_endian_in(const uint8_t* at, uint16_t n);
 
-/// carried: sized-integers. kept: big-endian-starts-at-3. Reads n (1 to 4) bytes downward from `at` + 3,
-/// whatever n is; otherwise the same.
+/// carried: sized-integers. kept: big-endian-starts-at-3. Reads n (1 to 4) bytes downward, always from `at` +
+/// 3 on. Treats any other n as little_endian_in does.
 int32_t big_endian_in(const uint8_t* at, uint16_t n);
 
 /// carried: sized-integers. Writes n bytes of a value, the lowest first, upward from `to`.

@@ -26,7 +26,7 @@ struct PACKET {
     uint16_t stream;  ///< counted from 0
     uint16_t channel; ///< counted from 0
     uint16_t samples; ///< count of samples, as the header gives it
-    TIMESTR time;     ///< to the millisecond
+    TIMESTR time;     ///< of the packet, to the millisecond
 };
 
 /// The bytes of a field that lies inside the packet.

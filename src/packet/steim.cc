@@ -29,8 +29,8 @@ struct STEIM {
     uint32_t x0;           ///< the stored first sample
     uint32_t xn;           ///< the stored last sample
     uint32_t value = 0;    ///< the latest sample
-    uint32_t diff = 0;     ///< the difference in "Calc start" of the log
-    bool mismatch = false; ///< the first difference does not lead from the packet before to x0
+    uint32_t diff = 0;     ///< "Calc start" of the log is this plus the last sample of the packet before
+    bool mismatch = false; ///< the packet does not continue the one before
 
     STEIM(const PACKET& p, DATA_BUF& o)
         : pkt(p), out(o), x0(be32(word_at(p, 0, DT::X0_word))), xn(be32(word_at(p, 0, DT::Xn_word)))
@@ -60,8 +60,9 @@ struct STEIM {
         diff = differences.back();
     }
 
-    /// Sets the sum to x0 minus the first difference. The packet before ended with `last` (0: none); `last`
-    /// plus the first difference must give x0.
+    /// Sets `value` to x0 minus the first difference, which the first data word adds again. Notes a mismatch
+    /// unless `last`, the last sample of the packet before, plus the first difference gives x0; does not test
+    /// this if `last` is 0 (none).
     void start(uint32_t last)
     {
         if (last != 0 && last + diff != x0) mismatch = true;
@@ -167,7 +168,7 @@ uint32_t steim2_first(const PACKET& pkt, int at)
 }
 
 /// Adds the differences of a Steim-2 word. With code and dnib as constants this is several times as fast,
-/// which counts in recordings whose packets are all unsound.
+/// which matters in recordings whose packets are all unsound.
 template <unsigned code, unsigned dnib>
 void add_differences(STEIM& s, uint32_t word)
 {

@@ -10,8 +10,8 @@
 namespace {
 
 constexpr int Lanes = 8;
-constexpr int Words = DT::Frame_len / 4; ///< in a frame; word 0 (control word) has the codes of all
-constexpr int Data_words = DT::Frame_cnt * (Words - 1) - 2; ///< without control words, first and last sample
+constexpr int Words = DT::Frame_words;
+constexpr int Data_words = DT::Frame_cnt * (Words - 1) - 2; ///< words of a packet that can hold differences
 constexpr int Most = Data_words * 7;                        ///< most differences of a packet
 static_assert(Most + Lanes <= Samples_max, "whole vectors are written");
 

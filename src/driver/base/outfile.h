@@ -29,7 +29,7 @@ struct OUT_FILE {
     ON_LOSS on_loss = nullptr;
     bool open = false;         ///< from out_open to out_close, with or without a slot
     bool broken = false;       ///< a write failed; later bytes are dropped
-    OUT_FILE* newer = nullptr; ///< the files that have a slot, in order of use
+    OUT_FILE* newer = nullptr; ///< of the files with a slot, the next in order of use
     OUT_FILE* older = nullptr;
 
     /// Appends formatted text.

@@ -5,8 +5,8 @@
 #include <strings.h>
 
 // clang-format off
-// kept: sensor-order. The first row that fits is taken, so "FBA-1" catches "FBA-11" to "FBA-13DH", "FBA-23"
-// catches "FBA-23DH", and "Episensor" catches "Episensor US-U". "AX-21/3/INT" comes before "AX-21/3".
+// kept: sensor-order. The first row that fits is taken, so "FBA-1" is found for "FBA-11" to "FBA-13DH", too,
+// "FBA-23" for "FBA-23DH", and "Episensor" for "Episensor US-U". "AX-21/3/INT" comes before "AX-21/3".
 const SENSOR Sensor[Sensor_cnt] = {
     //code  make             model             name               freq  damp  vpu  fsa
     {   0, "-------",       "-------",        "",                    0, 0.0, 0.0,  0},
