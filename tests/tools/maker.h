@@ -51,7 +51,7 @@ inline std::string written(const mkrec::SURVEY& survey, bool (*write)(const mkre
 {
     SCRATCH_FILE file;
     mkrec::OUTPUT out;
-    EXPECT_TRUE(out.open(file.path));
+    EXPECT_TRUE(out.open(file.path, true));
     EXPECT_TRUE(write(survey, out));
     EXPECT_TRUE(out.close());
     return file.content();

@@ -1,4 +1,4 @@
-#include "kit/scratch.h"
+#include "kit/run.h"
 #include "tools/maker.h"
 
 #include "tools/steim_reference.h"
@@ -6,8 +6,10 @@
 #include <gmock/gmock.h>
 
 #include <cstring>
+#include <filesystem>
 #include <map>
 #include <set>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <tuple>
 
@@ -15,6 +17,19 @@ using namespace mkrec;
 using testing::ElementsAre;
 
 namespace {
+
+kit::Outcome run_mkrec(const kit::Scratch& scratch, const kit::Args& args, kit::RunOptions options = {})
+{
+    options.program = VX_MKREC_PROGRAM;
+    options.argv0 = "vx_mkrec";
+    return kit::run_vx(scratch.dir(), args, options);
+}
+
+kit::Args with_force(kit::Args args)
+{
+    args.insert(args.begin(), "--force");
+    return args;
+}
 
 /// The samples of a data packet, read in the simplest way.
 std::vector<int32_t> samples_of(const SEEN& dt)
@@ -343,8 +358,10 @@ TEST(Output, a_file_that_cannot_be_made_is_a_failure)
 TEST(Mkrec_program, statuses_tell_how_it_ended)
 {
     SCRATCH_FILE file;
-    EXPECT_EQ(status_of("--seconds 5 " + file.path), 0);
+    EXPECT_EQ(status_of("--force --seconds 5 " + file.path), 0);
     EXPECT_EQ(status_of("--seconds 5 /nowhere/at/all"), 1);
+    EXPECT_EQ(status_of("--seconds 5 /dev/full"), 1);
+    EXPECT_EQ(status_of("--force --seconds 5 --mseed /dev/full " + file.path), 1);
     EXPECT_EQ(status_of("--seconds 5"), 2);
     EXPECT_EQ(status_of("--size 1K " + file.path), 2);
     EXPECT_EQ(status_of("--help > " + file.path), 0);
@@ -360,10 +377,87 @@ TEST(Mkrec_program, a_full_device_is_status_1)
     EXPECT_EQ(status_of("--version > /dev/full"), 1);
 }
 
+TEST(Mkrec_program, a_file_that_exists_is_not_touched_without_force)
+{
+    const kit::Scratch s;
+    s.write("x", "precious");
+    s.write("m", "precious");
+    EXPECT_EQ(run_mkrec(s, {"x"}).err, "vx_mkrec: x exists; --force overwrites it\n");
+    EXPECT_EQ(run_mkrec(s, {"--mseed", "m", "y"}).err, "vx_mkrec: m exists; --force overwrites it\n");
+    EXPECT_EQ(s.tree(), (kit::Tree{{"m", "precious"}, {"x", "precious"}}));
+    EXPECT_EQ(run_mkrec(s, {"x"}).status, 1);
+    std::filesystem::create_symlink("nowhere", s.path("link"));
+    EXPECT_EQ(run_mkrec(s, {"link"}).status, 1);
+    std::filesystem::remove(s.path("link"));
+    EXPECT_EQ(run_mkrec(s, {"--seconds", "5", "--force", "--mseed", "m", "x"}).status, 0);
+    EXPECT_EQ(s.read("x"), recording({"--seconds", "5"}));
+    EXPECT_NE(s.read("m"), "precious");
+}
+
+TEST(Mkrec_program, a_recording_of_fewer_bytes_replaces_a_longer_file_whole)
+{
+    const kit::Scratch s;
+    s.write("x", std::string(9'000'000, 'x'));
+    EXPECT_EQ(run_mkrec(s, {"--force", "--seconds", "5", "x"}).status, 0);
+    EXPECT_EQ(s.read("x"), recording({"--seconds", "5"}));
+}
+
+TEST(Mkrec_program, one_file_is_not_taken_for_both_outputs)
+{
+    const kit::Scratch s;
+    const kit::Tree before = {{"x", "precious"}};
+    s.write("x", "precious");
+    std::filesystem::create_hard_link(s.path("x"), s.path("y"));
+    for (const kit::Args& args : {kit::Args{"--mseed", "x", "x"},
+                                  {"--mseed=-", "-"},
+                                  {"--mseed", "./x", "x"},
+                                  {"--mseed", "y", "x"}}) {
+        const kit::Outcome run = run_mkrec(s, with_force(args));
+        EXPECT_EQ(run.status, 2) << args[1];
+        EXPECT_EQ(run.err.find("vx_mkrec: the recording and --mseed are the same file: "), 0U) << run.err;
+        EXPECT_EQ(run.out, "");
+        EXPECT_EQ(s.read("x"), "precious");
+    }
+}
+
+TEST(Mkrec_program, what_a_limit_of_file_sizes_cuts_off_is_removed)
+{
+    const kit::Scratch s;
+    const auto run_limited = [&](const std::string& args) {
+        kit::RunOptions shell;
+        shell.program = "/bin/sh";
+        return kit::run_vx(s.dir(), {"-c", "ulimit -f 50; exec \"$0\" " + args, VX_MKREC_PROGRAM}, shell);
+    };
+    const kit::Outcome run = run_limited("x");
+    EXPECT_EQ(run.signal, 0);
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.err, "vx_mkrec: write error in x: File too large; it is removed\n");
+    EXPECT_TRUE(s.tree().empty());
+    s.write("x", "precious");
+    EXPECT_EQ(run_limited("--force x").err,
+              "vx_mkrec: write error in x: File too large; what is in it is not whole\n");
+    EXPECT_TRUE(s.exists("x"));
+}
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) // they need more room than this
+TEST(Mkrec_program, ends_with_a_word_when_memory_is_short)
+{
+    const kit::Scratch s;
+    kit::RunOptions small;
+    small.limits = {{RLIMIT_AS, 40'000'000}};
+    const kit::Outcome run =
+        run_mkrec(s, {"--interleave", "--units", "20000", "--streams", "99", "--channels", "32", "x"}, small);
+    EXPECT_EQ(run.signal, 0);
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.err, "vx_mkrec: out of memory; the recording is not written\n");
+    EXPECT_TRUE(s.tree().empty());
+}
+#endif
+
 TEST(Mkrec_program, writes_the_recording_to_a_file_or_to_standard_output)
 {
     SCRATCH_FILE file, piped;
-    ASSERT_EQ(status_of("--seconds 5 " + file.path), 0);
+    ASSERT_EQ(status_of("--force --seconds 5 " + file.path), 0);
     ASSERT_EQ(status_of("--seconds 5 - > " + piped.path), 0);
     EXPECT_EQ(file.content(), recording({"--seconds", "5"}));
     EXPECT_EQ(piped.content(), file.content());

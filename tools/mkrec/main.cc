@@ -1,25 +1,63 @@
 // vx_mkrec: a field recording made up from its arguments. Statuses: 0 done, 1 not written, 2 bad arguments.
+#include "driver/base/console.h"
 #include "mkrec/mseed.h"
 #include "mkrec/recording.h"
 
+#include <cerrno>
+#include <csignal>
 #include <cstdio>
+#include <new>
 
 using namespace mkrec;
 
 static constexpr int Not_written = 1, Bad_arguments = 2;
 
-static bool write_file(const SURVEY& survey, const std::string& path, bool (*write)(const SURVEY&, OUTPUT&))
+static bool open_file(OUTPUT& out, const std::string& path, bool force)
 {
-    OUTPUT out;
-    if (!out.open(path)) {
+    if (out.open(path, force)) return true;
+    if (out.error() == EEXIST)
+        fprintf(stderr, "vx_mkrec: %s exists; --force overwrites it\n", path.c_str());
+    else
         fprintf(stderr, "vx_mkrec: cannot write %s: %s\n", path.c_str(), out.why().c_str());
+    return false;
+}
+
+/// What becomes of a file that is not whole.
+static const char* what_is_left(const OUTPUT& out, const std::string& path)
+{
+    if (out.is_new()) return "; it is removed";
+    return path == "-" ? "" : "; what is in it is not whole";
+}
+
+static bool write_file(const SURVEY& survey, OUTPUT& out, const std::string& path,
+                       bool (*write)(const SURVEY&, OUTPUT&))
+{
+    if (!write(survey, out)) {
+        fprintf(stderr, "vx_mkrec: samples too far apart for Steim-2 in %s%s\n", path.c_str(),
+                what_is_left(out, path));
         return false;
     }
-    const bool encodable = write(survey, out);
-    if (!encodable) fprintf(stderr, "vx_mkrec: samples too far apart for Steim-2 in %s\n", path.c_str());
-    const bool closed = out.close();
-    if (!closed) fprintf(stderr, "vx_mkrec: write error in %s: %s\n", path.c_str(), out.why().c_str());
-    return encodable && closed;
+    if (out.close()) return true;
+    fprintf(stderr, "vx_mkrec: write error in %s: %s%s\n", path.c_str(), out.why().c_str(),
+            what_is_left(out, path));
+    return false;
+}
+
+/// Both files are opened before the first one is written: a name that cannot be had costs no work.
+static int write_files(const SURVEY& survey)
+{
+    const OPTIONS& options = survey.options;
+    OUTPUT out, mseed;
+    if (!open_file(out, options.out, options.force)) return Not_written;
+    if (options.mseed.empty()) return write_file(survey, out, options.out, write_recording) ? 0 : Not_written;
+    if (!open_file(mseed, options.mseed, options.force)) return Not_written;
+    if (mseed.is_same_as(out)) {
+        fprintf(stderr, "vx_mkrec: the recording and --mseed are the same file: %s\n", options.mseed.c_str());
+        return Bad_arguments;
+    }
+    const bool written = write_file(survey, out, options.out, write_recording) &&
+                         write_file(survey, mseed, options.mseed, write_mseed);
+    return written ? 0 : Not_written;
 }
 
 /// What goes to standard output is a recording at times, so a write that failed must not pass unseen.
@@ -29,7 +67,9 @@ static int say(const char* text)
 }
 
 int main(int argc, char** argv)
-{
+try {
+    signal(SIGXFSZ, SIG_IGN); // a file too large for the user's limit is a failed write, not a sudden end
+    console_start();
     OPTIONS options;
     SURVEY survey;
     std::string complaint;
@@ -43,7 +83,8 @@ int main(int argc, char** argv)
         fprintf(stderr, "vx_mkrec: %s\n", complaint.c_str());
         return Bad_arguments;
     }
-    if (!write_file(survey, options.out, write_recording)) return Not_written;
-    if (!options.mseed.empty() && !write_file(survey, options.mseed, write_mseed)) return Not_written;
-    return 0;
+    return write_files(survey);
+} catch (const std::bad_alloc&) {
+    fprintf(stderr, "vx_mkrec: out of memory; the recording is not written\n");
+    return Not_written;
 }

@@ -9,7 +9,8 @@ namespace mkrec {
 
 const char Help_text[] =
     "Usage: vx_mkrec [options] OUT\n"
-    "Writes a made-up field recording of PASSCAL packets to the file OUT (- for standard output).\n"
+    "Writes a made-up field recording of PASSCAL packets to the file OUT (- for standard output). A file\n"
+    "that exists is not touched without --force.\n"
     "The same options and seed give the same bytes on every machine.\n"
     "\n"
     "What is recorded:\n"
@@ -30,8 +31,9 @@ const char Help_text[] =
     "  --no-parameters   no packets but EH, DT and ET\n"
     "  --bad-check       every Steim packet tells a wrong last sample\n"
     "  --mseed FILE      also writes the data as 1024-byte miniSEED records, channel by channel\n"
+    "  --force           overwrites files that exist\n"
     "\n"
-    "  --help, --version\n"
+    "  -h, --help, --version\n"
     "\n"
     "Signals: quake is noise with P and S arrivals; quiet is noise; loud has differences of 9 to 16 bits;\n"
     "offset is quiet noise far from zero; full is random over the whole range; mixed has all widths.\n";
@@ -39,6 +41,7 @@ const char Help_text[] =
 namespace {
 
 constexpr int64_t Most_events = 1000000;
+constexpr int64_t Most_bytes = int64_t{1} << 50;
 
 /// Digits only; false for anything else and for numbers outside of the bounds.
 bool read_number(const std::string& text, int64_t least, int64_t most, int64_t& value)
@@ -53,16 +56,30 @@ bool read_number(const std::string& text, int64_t least, int64_t most, int64_t& 
     return v >= least;
 }
 
-bool read_int(const std::string& text, int least, int most, int& value)
+/// A value as a complaint shows it.
+std::string shown(const std::string& value)
 {
-    int64_t v = 0;
-    if (!read_number(text, least, most, v)) return false;
-    value = static_cast<int>(v);
-    return true;
+    return value.empty() ? "''" : value;
 }
 
-bool read_size(std::string text, int64_t& value)
+/// Readers of values give an empty text, or why not: the rest of a sentence that begins with the option.
+std::string read_whole(const std::string& text, int64_t least, int64_t most, int64_t& value)
 {
+    if (read_number(text, least, most, value)) return "";
+    return shown(text) + " is no whole number from " + std::to_string(least) + " to " + std::to_string(most);
+}
+
+std::string read_int(const std::string& text, int least, int most, int& value)
+{
+    int64_t v = value;
+    std::string why = read_whole(text, least, most, v);
+    value = static_cast<int>(v);
+    return why;
+}
+
+std::string read_size(const std::string& text, int64_t& value)
+{
+    std::string digits = text;
     int64_t unit = 1;
     if (!text.empty()) {
         switch (std::toupper(static_cast<unsigned char>(text.back()))) {
@@ -70,12 +87,13 @@ bool read_size(std::string text, int64_t& value)
         case 'M': unit = int64_t{1} << 20; break;
         case 'G': unit = int64_t{1} << 30; break;
         }
-        if (unit != 1) text.pop_back();
+        if (unit != 1) digits.pop_back();
     }
     int64_t v = 0;
-    if (!read_number(text, 1, (int64_t{1} << 50) / unit, v)) return false;
+    if (!read_number(digits, 1, Most_bytes / unit, v))
+        return shown(text) + " is no number of bytes (K, M or G behind it), 1048576G at most";
     value = v * unit;
-    return value % 1024 == 0;
+    return value % 1024 == 0 ? "" : text + " is no multiple of 1024";
 }
 
 std::vector<std::string> split(const std::string& text)
@@ -91,21 +109,24 @@ std::vector<std::string> split(const std::string& text)
 }
 
 /// Times are told in milliseconds, so the time from sample to sample is a whole number of them.
-bool read_rates(const std::string& text, std::vector<int>& rates)
+std::string read_rates(const std::string& text, std::vector<int>& rates)
 {
     rates.clear();
     for (const std::string& part : split(text)) {
         int rate = 0;
-        if (!read_int(part, 1, 1000, rate) || 1000 % rate != 0) return false;
+        const std::string why = read_int(part, 1, 1000, rate);
+        if (!why.empty()) return why;
+        if (1000 % rate != 0) return part + " does not divide 1000";
         rates.push_back(rate);
     }
-    return true;
+    return "";
 }
 
-bool read_formats(const std::string& text, std::vector<FORMAT>& formats)
+std::string read_formats(const std::string& text, std::vector<FORMAT>& formats)
 {
     formats.clear();
-    for (std::string part : split(text)) {
+    for (const std::string& given : split(text)) {
+        std::string part = given;
         for (char& c : part) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
         if (part == "16")
             formats.push_back(FORMAT::int16);
@@ -116,12 +137,12 @@ bool read_formats(const std::string& text, std::vector<FORMAT>& formats)
         else if (part == "c2")
             formats.push_back(FORMAT::steim2);
         else
-            return false;
+            return shown(given) + " is none of c2, c0, 32 and 16";
     }
-    return true;
+    return "";
 }
 
-bool read_motion(const std::string& text, MOTION& motion)
+std::string read_motion(const std::string& text, MOTION& motion)
 {
     static constexpr struct {
         const char* name;
@@ -131,44 +152,58 @@ bool read_motion(const std::string& text, MOTION& motion)
     for (const auto& m : Motions) {
         if (text != m.name) continue;
         motion = m.motion;
-        return true;
+        return "";
     }
-    return false;
+    return shown(text) + " is none of quake, quiet, loud, offset, full and mixed";
 }
 
-bool read_seed(const std::string& text, uint64_t& seed)
+std::string read_seed(const std::string& text, uint64_t& seed)
 {
     int64_t v = 0;
-    if (!read_number(text, 0, std::numeric_limits<int64_t>::max(), v)) return false;
+    std::string why = read_whole(text, 0, std::numeric_limits<int64_t>::max(), v);
     seed = static_cast<uint64_t>(v);
-    return true;
+    return why;
+}
+
+std::string read_name(const std::string& text, std::string& name)
+{
+    name = text;
+    return text.empty() ? "needs a name" : "";
+}
+
+std::string set(bool& flag, bool value = true)
+{
+    flag = value;
+    return "";
 }
 
 using TEXT = const std::string&;
 struct OPTION {
     const char* name;
     bool takes_value;
-    bool (*take)(OPTIONS& o, TEXT value);
+    std::string (*take)(OPTIONS& o, TEXT value); ///< empty, or why not
 };
 
 constexpr OPTION Table[] = {
     {"--units", true, [](OPTIONS& o, TEXT v) { return read_int(v, 1, 20000, o.units); }},
     {"--streams", true, [](OPTIONS& o, TEXT v) { return read_int(v, 1, 99, o.streams); }},
     {"--channels", true, [](OPTIONS& o, TEXT v) { return read_int(v, 1, 32, o.channels); }},
-    {"--events", true, [](OPTIONS& o, TEXT v) { return read_number(v, 1, Most_events, o.events); }},
-    {"--seconds", true, [](OPTIONS& o, TEXT v) { return read_number(v, 1, 10000000, o.seconds); }},
+    {"--events", true, [](OPTIONS& o, TEXT v) { return read_whole(v, 1, Most_events, o.events); }},
+    {"--seconds", true, [](OPTIONS& o, TEXT v) { return read_whole(v, 1, 10000000, o.seconds); }},
     {"--size", true, [](OPTIONS& o, TEXT v) { return read_size(v, o.size); }},
     {"--rate", true, [](OPTIONS& o, TEXT v) { return read_rates(v, o.rates); }},
     {"--format", true, [](OPTIONS& o, TEXT v) { return read_formats(v, o.formats); }},
     {"--signal", true, [](OPTIONS& o, TEXT v) { return read_motion(v, o.motion); }},
     {"--seed", true, [](OPTIONS& o, TEXT v) { return read_seed(v, o.seed); }},
-    {"--mseed", true, [](OPTIONS& o, TEXT v) { return o.mseed = v, !v.empty(); }},
-    {"--interleave", false, [](OPTIONS& o, TEXT) { return o.interleave = true; }},
-    {"--no-et", false, [](OPTIONS& o, TEXT) { return !(o.trailers = false); }},
-    {"--no-parameters", false, [](OPTIONS& o, TEXT) { return !(o.parameters = false); }},
-    {"--bad-check", false, [](OPTIONS& o, TEXT) { return o.bad_check = true; }},
-    {"--help", false, [](OPTIONS& o, TEXT) { return o.help = true; }},
-    {"--version", false, [](OPTIONS& o, TEXT) { return o.version = true; }},
+    {"--mseed", true, [](OPTIONS& o, TEXT v) { return read_name(v, o.mseed); }},
+    {"--interleave", false, [](OPTIONS& o, TEXT) { return set(o.interleave); }},
+    {"--no-et", false, [](OPTIONS& o, TEXT) { return set(o.trailers, false); }},
+    {"--no-parameters", false, [](OPTIONS& o, TEXT) { return set(o.parameters, false); }},
+    {"--bad-check", false, [](OPTIONS& o, TEXT) { return set(o.bad_check); }},
+    {"--force", false, [](OPTIONS& o, TEXT) { return set(o.force); }},
+    {"-h", false, [](OPTIONS& o, TEXT) { return set(o.help); }},
+    {"--help", false, [](OPTIONS& o, TEXT) { return set(o.help); }},
+    {"--version", false, [](OPTIONS& o, TEXT) { return set(o.version); }},
 };
 
 bool take_out(OPTIONS& options, const std::string& arg, std::string& complaint)
@@ -202,8 +237,9 @@ bool take_option(const std::vector<std::string>& args, size_t& at, OPTIONS& opti
         else
             return complaint = name + " needs a value", false;
     }
-    if (!option->take(options, value)) complaint = name + " cannot be '" + value + "'";
-    return complaint.empty();
+    const std::string why = option->take(options, value);
+    if (!why.empty()) complaint = name + " " + why;
+    return why.empty();
 }
 
 } // namespace
@@ -211,13 +247,21 @@ bool take_option(const std::vector<std::string>& args, size_t& at, OPTIONS& opti
 bool read_options(const std::vector<std::string>& args, OPTIONS& options, std::string& complaint)
 {
     complaint.clear();
+    bool only_names = false;
     for (size_t i = 0; i < args.size(); ++i) {
-        const bool is_option = args[i].size() > 1 && args[i][0] == '-';
+        if (!only_names && args[i] == "--") {
+            only_names = true;
+            continue;
+        }
+        const bool is_option = !only_names && args[i].size() > 1 && args[i][0] == '-';
         if (!(is_option ? take_option(args, i, options, complaint) : take_out(options, args[i], complaint)))
             return false;
     }
     if (options.help || options.version) return true;
-    if (options.out.empty()) complaint = "no name given for the recording";
+    if (options.out.empty())
+        complaint = "no name given for the recording";
+    else if (options.out == options.mseed)
+        complaint = "the recording and --mseed are the same file: " + options.out;
     return complaint.empty();
 }
 

@@ -28,6 +28,7 @@ struct OPTIONS {
     bool trailers = true;   ///< false: events never end
     bool parameters = true; ///< false: nothing but EH, DT and ET
     bool bad_check = false; ///< true: every Steim packet tells a wrong last sample
+    bool force = false;     ///< true: files that exist are overwritten
     bool help = false, version = false;
 };
 

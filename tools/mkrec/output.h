@@ -13,10 +13,16 @@ public:
     OUTPUT();
     OUTPUT(const OUTPUT&) = delete;
     OUTPUT& operator=(const OUTPUT&) = delete;
+    /// Removes a file that open() made, unless close() found it whole.
     ~OUTPUT();
 
-    /// Makes the file, or empties it; "-" is standard output. False when it cannot be had.
-    bool open(const std::string& path);
+    /// Makes the file; "-" is standard output. A file that exists is taken only with `force`, devices and
+    /// pipes always. False when the file cannot be had; EEXIST stands for one that needs force. Nothing that
+    /// exists is changed before the first byte is written.
+    bool open(const std::string& path, bool force = false);
+
+    /// Both write to the same file or pipe.
+    bool is_same_as(const OUTPUT& other) const;
 
     /// Appends bytes. After a failure nothing more is written.
     void write(const uint8_t* bytes, size_t n);
@@ -25,16 +31,22 @@ public:
     bool close();
 
     bool failed() const { return error_ != 0; }
-    /// Why the last call failed, for people.
+    /// A file that open() made: it is gone when the output is.
+    bool is_new() const { return !made_.empty(); }
+    /// errno of the last call that failed, and the same for people.
+    int error() const { return error_; }
     std::string why() const;
 
 private:
     void flush();
+    void empty(); ///< of what stood in it before, once
 
     std::vector<uint8_t> buffer_;
     size_t used_ = 0;
     int fd_ = -1;
     int error_ = 0;
+    bool emptied_ = false;
+    std::string made_; ///< path of a file that was not there before
 };
 
 } // namespace mkrec
