@@ -436,6 +436,14 @@ TEST(Ls_gaps, stay_within_station_component_stream_and_channel)
     EXPECT_EQ(flags_of_all(s), "- - - gap - - - -");
 }
 
+TEST(Ls_gaps, know_the_stream_by_names_in_capitals_too)
+{
+    const kit::Scratch s;
+    s.write("2004123100000000_STA01_1_1.SAC", trace_from(10, 0, 0, 0, 100, "9A2F-BHZ"));
+    s.write("2004123100000000_STA01_2_1.SAC", trace_from(10, 0, 0, 0, 100, "9A2F-BHZ"));
+    EXPECT_EQ(flags_of_all(s), "- -");
+}
+
 TEST(Ls_program, mistakes_on_the_command_line_are_status_2)
 {
     const kit::Scratch s;

@@ -57,7 +57,7 @@ std::string_view stream_and_channel(std::string_view path)
 {
     const std::string_view name = path.substr(path.rfind('/') + 1);
     const bool is_so_named =
-        name.size() >= 30 && name.ends_with(Fn_ext_chn) && name[16] == '_' && name[22] == '_' &&
+        name.size() >= 30 && trace::is_trace_name(name) && name[16] == '_' && name[22] == '_' &&
         std::all_of(name.begin(), name.begin() + 16, [](char c) { return '0' <= c && c <= '9'; }) &&
         (name[24] == '_' || ('A' <= name[24] && name[24] <= 'X'));
     return is_so_named ? name.substr(23, name.size() - 23 - strlen(Fn_ext_chn)) : std::string_view();

@@ -8,7 +8,7 @@ const char Help_text[] =
     "Usage: vx_ls [--json] [PATH...]\n"
     "       vx_ls --finish PATH...\n"
     "       vx_ls --set-begin DIR PATH...\n"
-    "Lists the SAC traces (*.sac) below the directories PATH, or the files PATH; without one, below the "
+    "Lists the SAC traces (*.sac, *.SAC) below the directories PATH, or the files PATH; without one, below the "
     "working\n"
     "directory.\n"
     "\n"

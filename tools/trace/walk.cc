@@ -37,7 +37,7 @@ struct WALKER {
                 ahead.push_back(path + "/");
             return;
         }
-        if (!path.ends_with(Fn_ext_chn)) return;
+        if (!is_trace_name(path)) return;
         if (S_ISLNK(what.st_mode) && stat(path.c_str(), &what) == 0 && S_ISDIR(what.st_mode)) return;
         found.files.push_back({path, below});
     }
@@ -95,6 +95,14 @@ struct WALKER {
 };
 
 } // namespace
+
+bool is_trace_name(std::string_view name)
+{
+    const std::string_view ending = Fn_ext_chn;
+    return name.size() >= ending.size() && std::equal(ending.rbegin(), ending.rend(), name.rbegin(), [](char e, char c) {
+               return e == ('A' <= c && c <= 'Z' ? c - 'A' + 'a' : c);
+           });
+}
 
 WALK find_traces(const std::vector<std::string>& paths, const struct stat* leave_out)
 {

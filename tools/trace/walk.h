@@ -1,4 +1,4 @@
-// The traces of a tree: all files below a directory whose names end in ".sac".
+// The traces of a tree: all files below a directory whose names end in ".sac", in letters of either case.
 #pragma once
 
 #include <string>
@@ -25,6 +25,9 @@ struct WALK {
     std::vector<TRACE_PATH> files; ///< sorted by path, each once
     std::vector<TROUBLE> troubles;
 };
+
+/// The name ends as those of traces do.
+bool is_trace_name(std::string_view name);
 
 /// Collects the traces of all paths. A path that is no directory is taken whatever its name is. Links to
 /// directories are followed only where they are one of the paths. Below them, the directory `leave_out`
