@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <csignal>
 #include <fcntl.h>
@@ -25,9 +26,19 @@ namespace {
 constexpr int Patience_ms = 60000;
 constexpr size_t Console_buffer = 65536; ///< bytes that the converter writes to its console at a time
 
+/// As if nobody had touched the files for a minute.
+void age(const kit::Scratch& scratch)
+{
+    const auto then = std::filesystem::file_time_type::clock::now() - std::chrono::minutes(1);
+    for (const auto& e : std::filesystem::recursive_directory_iterator(scratch.dir()))
+        if (e.is_regular_file()) std::filesystem::last_write_time(e.path(), then);
+}
+
+/// Of files that have been left in peace.
 kit::Outcome finish(const kit::Scratch& scratch, const std::string& path = ".",
                     const kit::RunOptions& options = {})
 {
+    age(scratch);
     return run_ls(scratch, {"--finish", path}, options);
 }
 
@@ -86,23 +97,64 @@ size_t unfinished_in(const kit::Tree& tree)
         std::count_if(tree.begin(), tree.end(), [](const auto& file) { return is_unfinished(file.second); }));
 }
 
-/// Runs the converter and kills it while it writes its console buffer number `buffer`, counted from 0. The
+/// A converter that stands still in the middle of its work.
+struct HELD_RUN {
+    pid_t child = -1;
+    int console = -1;
+};
+
+/// Starts the converter and holds it while it writes its console buffer number `buffer`, counted from 0. The
 /// first byte of that buffer is read, and the socket is too narrow for the rest: the run has stopped, always
-/// at the same packet. Its thread that writes the files goes on; the kill waits until it has written samples.
-void convert_and_kill(const kit::Scratch& scratch, const std::string& out, size_t buffer)
+/// at the same packet. Its thread that writes the files goes on; the hold waits until it has written samples.
+void convert_and_hold(const kit::Scratch& scratch, const std::string& out, size_t buffer, HELD_RUN& run)
 {
     scratch.make_dir(out);
     int console[2];
     ASSERT_NO_FATAL_FAILURE(make_narrow_console(console));
-    const pid_t child = start_converter(scratch, out, console);
+    run.child = start_converter(scratch, out, console);
+    run.console = console[0];
     close(console[1]);
-    ASSERT_NO_FATAL_FAILURE(read_bytes(console[0], buffer * Console_buffer + 1));
+    ASSERT_NO_FATAL_FAILURE(read_bytes(run.console, buffer * Console_buffer + 1));
     for (int ms = 0; unfinished_in(scratch.tree(out)) == 0; ++ms, usleep(1000)) ASSERT_LT(ms, Patience_ms);
-    kill(child, SIGKILL);
     int state = 0;
-    waitpid(child, &state, 0);
-    close(console[0]);
+    kill(run.child, SIGSTOP);
+    ASSERT_EQ(waitpid(run.child, &state, WUNTRACED), run.child);
+    ASSERT_TRUE(WIFSTOPPED(state));
+}
+
+void convert_and_kill(const kit::Scratch& scratch, const std::string& out, size_t buffer)
+{
+    HELD_RUN run;
+    ASSERT_NO_FATAL_FAILURE(convert_and_hold(scratch, out, buffer, run));
+    kill(run.child, SIGKILL);
+    int state = 0;
+    waitpid(run.child, &state, 0);
+    close(run.console);
     ASSERT_TRUE(WIFSIGNALED(state) && WTERMSIG(state) == SIGKILL) << state;
+}
+
+/// The exit status of a run that goes on to its end.
+int let_go(const HELD_RUN& run)
+{
+    kill(run.child, SIGCONT);
+    char bytes[4096];
+    while (read(run.console, bytes, sizeof bytes) > 0) {
+    }
+    close(run.console);
+    int state = 0;
+    waitpid(run.child, &state, 0);
+    return WIFEXITED(state) ? WEXITSTATUS(state) : -1;
+}
+
+void make_long_recording(const kit::Scratch& scratch)
+{
+    kit::RunOptions maker;
+    maker.program = VX_MKREC_PROGRAM;
+    const kit::Outcome run = kit::run_vx(scratch.dir(),
+                                         {"--units", "1", "--streams", "2", "--channels", "2", "--events",
+                                          "3", "--size", "5M", "--interleave", "rec.pkt"},
+                                         maker);
+    ASSERT_EQ(run.status, 0);
 }
 
 /// Starts --finish, holds it while it is copying, lets `meddle` change the file meanwhile, and lets it go on.
@@ -116,6 +168,7 @@ bool finish_while(const kit::Scratch& scratch, const std::function<void()>& medd
             if (e.path().filename().string().starts_with(".vx_ls-")) size = e.file_size(gone);
         return gone ? 0 : size;
     };
+    age(scratch);
     const pid_t child = fork();
     if (child == 0) {
         alarm(100);
@@ -176,14 +229,7 @@ INSTANTIATE_TEST_SUITE_P(Console_buffers, Ls_finish_killed, testing::Values(0, 1
 TEST_P(Ls_finish_killed, a_killed_runs_traces_become_the_starts_of_the_whole_runs)
 {
     const kit::Scratch s;
-    kit::RunOptions maker;
-    maker.program = VX_MKREC_PROGRAM;
-    ASSERT_EQ(kit::run_vx(s.dir(),
-                          {"--units", "1", "--streams", "2", "--channels", "2", "--events", "3", "--size",
-                           "5M", "--interleave", "rec.pkt"},
-                          maker)
-                  .status,
-              0);
+    ASSERT_NO_FATAL_FAILURE(make_long_recording(s));
     s.make_dir("whole");
     const kit::Outcome whole_run = kit::run_vx(s.dir(), {"rec.pkt", "whole", "-L-"});
     ASSERT_EQ(whole_run.status, 0);
@@ -218,6 +264,117 @@ TEST_P(Ls_finish_killed, a_killed_runs_traces_become_the_starts_of_the_whole_run
     EXPECT_EQ(run.status, without_header == 0 ? 0 : 1) << run.err;
     EXPECT_NE(run.out.find(std::to_string(finished) + " finished, "), std::string::npos) << run.out;
     EXPECT_EQ(finish(s, "killed").out.substr(0, 11), "0 finished,");
+}
+
+#ifdef F_SETLEASE
+TEST(Ls_finish, a_converter_that_is_held_loses_nothing)
+{
+    const kit::Scratch s;
+    ASSERT_NO_FATAL_FAILURE(make_long_recording(s));
+    s.make_dir("whole");
+    ASSERT_EQ(kit::run_vx(s.dir(), {"rec.pkt", "whole", "-L-"}).status, 0);
+    HELD_RUN held;
+    ASSERT_NO_FATAL_FAILURE(convert_and_hold(s, "live", 1, held));
+    const kit::Tree before = s.tree("live");
+    const kit::Outcome run = finish(s, "live");
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.out.substr(0, 11), "0 finished,");
+    const std::string why =
+        ": unfinished, but somebody has it open for writing; left as it is (--force finishes it)";
+    for (const auto& [name, bytes] : before) {
+        if (!is_unfinished(bytes)) continue;
+        EXPECT_NE(run.err.find(name + why), std::string::npos) << run.err;
+    }
+    EXPECT_EQ(s.tree("live"), before);
+    EXPECT_EQ(let_go(held), 0);
+    const kit::Tree whole = s.tree("whole"), live = s.tree("live");
+    EXPECT_EQ(kit::names(live), kit::names(whole));
+    for (const auto& [name, bytes] : whole)
+        EXPECT_TRUE(kit::same_bytes(kit::mask_run_date(live.at(name)), kit::mask_run_date(bytes))) << name;
+}
+
+TEST(Ls_finish, a_trace_that_somebody_has_open_for_writing_is_finished_only_by_force)
+{
+    const kit::Scratch s;
+    s.write("a.sac", unfinished());
+    const int writer = open(s.path("a.sac").c_str(), O_WRONLY | O_APPEND);
+    EXPECT_EQ(finish(s).err, "vx_ls: a.sac: unfinished, but somebody has it open for writing; left as it is "
+                             "(--force finishes it)\n");
+    EXPECT_TRUE(kit::same_bytes(s.read("a.sac"), unfinished()));
+    EXPECT_EQ(run_ls(s, {"--finish", "--force", "."}).status, 0);
+    EXPECT_TRUE(kit::same_bytes(s.read("a.sac"), finished()));
+    close(writer);
+}
+
+TEST(Ls_finish, a_writer_who_comes_meanwhile_stops_it)
+{
+    const kit::Scratch s;
+    int writer = -1;
+    const std::string err = error_after(s, [&] { // without O_NONBLOCK it would wait for the end of the lease
+        writer = open(s.path("a.sac").c_str(), O_WRONLY | O_NONBLOCK);
+        EXPECT_EQ(errno, EWOULDBLOCK);
+    });
+    EXPECT_EQ(err, "vx_ls: a.sac: somebody opens it for writing; left as it is\n");
+    EXPECT_EQ(writer, -1);
+    EXPECT_EQ(kit::names(s.tree()), "a.sac\nerr\nout\n");
+}
+
+TEST(Ls_finish, a_trace_that_nobody_can_ask_about_is_left_as_it_is)
+{
+    if (geteuid() != 0) GTEST_SKIP() << "needs a file of somebody else";
+    const kit::Scratch s;
+    s.write("a.sac", unfinished());
+    ASSERT_EQ(chmod(s.dir().c_str(), 0777), 0);
+    kit::RunOptions nobody;
+    nobody.as_nobody = true;
+    const kit::Outcome run = finish(s, "a.sac", nobody);
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.err,
+              "vx_ls: a.sac: unfinished, but nobody can tell whether it is being written: Permission "
+              "denied; left as it is (--force finishes it)\n");
+    EXPECT_TRUE(kit::same_bytes(s.read("a.sac"), unfinished()));
+}
+#endif
+
+TEST(Ls_finish, a_trace_just_changed_is_finished_only_by_force)
+{
+    const kit::Scratch s;
+    const auto now = std::filesystem::file_time_type::clock::now();
+    const auto finish_changed = [&](int seconds_ago) {
+        s.write("a.sac", unfinished());
+        std::filesystem::last_write_time(s.path("a.sac"), now - std::chrono::seconds(seconds_ago));
+        return run_ls(s, {"--finish", "a.sac"});
+    };
+    EXPECT_EQ(finish_changed(3).err,
+              "vx_ls: a.sac: unfinished, but changed within the last ten seconds; left as it is "
+              "(--force finishes it)\n");
+    EXPECT_EQ(finish_changed(-100).err,
+              "vx_ls: a.sac: unfinished, but its time of change is yet to come; left as it is "
+              "(--force finishes it)\n");
+    EXPECT_TRUE(kit::same_bytes(s.read("a.sac"), unfinished()));
+    EXPECT_EQ(finish_changed(12).status, 0);
+    s.write("a.sac", unfinished());
+    EXPECT_EQ(run_ls(s, {"--finish", "--force", "a.sac"}).status, 0);
+    EXPECT_TRUE(kit::same_bytes(s.read("a.sac"), finished()));
+}
+
+TEST(Ls_finish, a_dry_run_tells_what_would_be_done_and_changes_nothing)
+{
+    const kit::Scratch s;
+    s.write("a.sac", unfinished());
+    s.write("b.sac", finished());
+    age(s);
+    const ino_t node = stat_of(s.path("a.sac")).st_ino;
+    const kit::Outcome run = run_ls(s, {"--finish", "--dry-run", "."});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.err, "");
+    EXPECT_EQ(run.out, "a.sac: would be finished: 3 samples, minimum -3, maximum 5, mean 2\n"
+                       "1 would be finished, 1 left as they were, 0 not readable or not to be finished\n");
+    EXPECT_EQ(s.tree(), (kit::Tree{{"a.sac", unfinished()}, {"b.sac", finished()}}));
+    EXPECT_EQ(stat_of(s.path("a.sac")).st_ino, node);
+    s.write("a.sac", unfinished());
+    EXPECT_NE(run_ls(s, {"--finish", "--dry-run", "."}).err.find("within the last ten seconds"),
+              std::string::npos);
 }
 
 TEST(Ls_finish, completes_the_header_as_the_converter_would_have)
@@ -409,6 +566,7 @@ TEST(Ls_finish, works_alike_when_the_caller_closed_the_standard_descriptors)
     const kit::Scratch s;
     s.write("a.sac", unfinished());
     s.write("b.sac", unfinished());
+    age(s);
     const std::string command = "cd '" + s.dir() + "' && '" VX_LS_PROGRAM "' --finish . <&- >&- 2>&-";
     const int status = system(command.c_str());
     EXPECT_EQ(WEXITSTATUS(status), 0);

@@ -41,7 +41,8 @@ TEST(Trace_walk, takes_the_traces_of_all_levels_sorted_by_path)
          {"t/b.sac", "t/a/z.sac", "t/a/y/x.sac", "t/a/y/x.vxl", "t/c.SAC", "t/e.Sac", "t/sac", "t/d.sac.gz"})
         s.write(name, "");
     const trace::WALK walk = trace::find_traces({s.path("t")});
-    EXPECT_EQ(found(s, walk), (Names{"a/y/x.sac a/y/x.sac", "a/z.sac a/z.sac", "b.sac b.sac", "c.SAC c.SAC", "e.Sac e.Sac"}));
+    EXPECT_EQ(found(s, walk),
+              (Names{"a/y/x.sac a/y/x.sac", "a/z.sac a/z.sac", "b.sac b.sac", "c.SAC c.SAC", "e.Sac e.Sac"}));
     EXPECT_TRUE(walk.troubles.empty());
 }
 

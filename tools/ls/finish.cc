@@ -1,6 +1,7 @@
 #include "ls/finish.h"
 
 #include "ls/fresh.h"
+#include "ls/lease.h"
 #include "ls/tell.h"
 #include "ls/text.h"
 #include "model/record/records.h"
@@ -20,6 +21,7 @@ constexpr size_t Buffer_len = 65536;
 /// One file on its way; an empty `why` is success.
 struct TASK {
     const std::string& path;
+    const FINISHING& how;
     trace::INPUT input;
     trace::TRACE trace;
     FRESH fresh;
@@ -48,6 +50,15 @@ bool may_be_finished(TASK& task)
     return true;
 }
 
+/// A converter that goes on would write into the old file, which has lost its name.
+bool is_left_alone(TASK& task)
+{
+    if (task.how.force) return true;
+    std::string why = take_lease(task.input.fd);
+    if (why.empty()) why = why_not_quiet(task.input.is);
+    return why.empty() || task.fail("unfinished, but " + why + "; left as it is (--force finishes it)");
+}
+
 bool add_samples(TASK& task, const char* bytes, size_t len)
 {
     for (size_t at = 0; at < len; at += 4) {
@@ -72,7 +83,7 @@ bool copy_samples(TASK& task)
         if (static_cast<size_t>(got) < want) return task.fail("became shorter meanwhile; left as it is");
         const size_t whole = want / 4 * 4;
         if (!add_samples(task, buffer, whole)) return false;
-        if (!task.fresh.write({buffer, whole})) return task.fail();
+        if (!task.how.dry_run && !task.fresh.write({buffer, whole})) return task.fail();
         task.rest.assign(buffer + whole, want - whole);
         ahead -= want;
     }
@@ -95,26 +106,41 @@ bool is_the_same_still(TASK& task)
     if (lstat(task.path.c_str(), &now) != 0) return task.fail();
     const bool same = now.st_ino == task.input.is.st_ino && now.st_dev == task.input.is.st_dev;
     if (!same || !task.input.is_unchanged()) return task.fail("was changed meanwhile; left as it is");
+    if (!task.how.force && !holds_lease(task.input.fd))
+        return task.fail("somebody opens it for writing; left as it is");
     return true;
+}
+
+/// The samples behind a header that is not written yet.
+bool begin_copy(TASK& task)
+{
+    const char header[Sac_header_len] = {};
+    return task.fresh.create(task.path) && task.fresh.write({header, Sac_header_len});
+}
+
+bool complete_copy(TASK& task)
+{
+    char header[Sac_header_len];
+    complete(task.trace.header, task.sums);
+    trace::encode(task.trace.header, task.trace.order, header);
+    return task.fresh.write_at_start({header, Sac_header_len}) && task.fresh.complete(task.input.is);
 }
 
 bool finish(TASK& task)
 {
-    char header[Sac_header_len] = {};
-    if (!may_be_finished(task)) return false;
-    if (!task.fresh.create(task.path) || !task.fresh.write({header, Sac_header_len})) return task.fail();
+    if (!may_be_finished(task) || !is_left_alone(task)) return false;
+    if (!task.how.dry_run && !begin_copy(task)) return task.fail();
     if (!copy_samples(task)) return false;
-    complete(task.trace.header, task.sums);
-    trace::encode(task.trace.header, task.trace.order, header);
-    if (!task.fresh.write_at_start({header, Sac_header_len})) return task.fail();
+    if (!task.how.dry_run && !complete_copy(task)) return task.fail();
     if (!is_the_same_still(task)) return false;
-    return task.fresh.replace(task.input.is) || task.fail();
+    return task.how.dry_run || task.fresh.replace() || task.fail();
 }
 
 void tell(const TASK& task)
 {
     const STATISTICS s = task.sums.result();
-    printf("%s: finished: %llu samples, minimum %s, maximum %s, mean %s", printable(task.path).c_str(),
+    printf("%s: %s: %llu samples, minimum %s, maximum %s, mean %s", printable(task.path).c_str(),
+           task.how.dry_run ? "would be finished" : "finished",
            static_cast<unsigned long long>(task.sums.count), shortest(s.least).c_str(),
            shortest(s.most).c_str(), shortest(s.mean).c_str());
     if (!task.rest.empty()) {
@@ -126,9 +152,9 @@ void tell(const TASK& task)
 
 enum class DONE : uint8_t { finished, left, failed };
 
-DONE finish_one(const std::string& path)
+DONE finish_one(const std::string& path, const FINISHING& how)
 {
-    TASK task{path, {}, {}, {}, {}, {}, {}};
+    TASK task{path, how, {}, {}, {}, {}, {}, {}};
     const trace::FOUND found = trace::open_trace(path, task.input, task.trace);
     const ENTRY entry = make_entry(path, found, task.input, task.trace);
     if (entry.is_lost()) {
@@ -163,17 +189,17 @@ STATISTICS SUMS::result() const
             count ? static_cast<float>(sum / static_cast<double>(count)) : 0.0F};
 }
 
-bool finish_traces(const std::vector<std::string>& paths)
+bool finish_traces(const std::vector<std::string>& paths, const FINISHING& how)
 {
     const trace::WALK walk = trace::find_traces(paths);
     const bool seen_all = tell_troubles(walk);
     size_t finished = 0, left = 0, failed = 0;
     for (const trace::TRACE_PATH& file : walk.files) {
-        const DONE done = finish_one(file.path);
+        const DONE done = finish_one(file.path, how);
         ++(done == DONE::finished ? finished : done == DONE::left ? left : failed);
     }
-    printf("%zu finished, %zu left as they were, %zu not readable or not to be finished\n", finished, left,
-           failed);
+    printf("%zu %s, %zu left as they were, %zu not readable or not to be finished\n", finished,
+           how.dry_run ? "would be finished" : "finished", left, failed);
     return seen_all && failed == 0;
 }
 

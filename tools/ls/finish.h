@@ -22,8 +22,13 @@ struct SUMS {
     STATISTICS result() const;
 };
 
+struct FINISHING {
+    bool force = false;   ///< also of traces that somebody may still be writing
+    bool dry_run = false; ///< only told, nothing is written
+};
+
 /// Finishes every unfinished trace of the paths and tells of each on standard output; others stay untouched.
 /// False when something could not be read or finished; standard error tells what.
-bool finish_traces(const std::vector<std::string>& paths);
+bool finish_traces(const std::vector<std::string>& paths, const FINISHING& how);
 
 } // namespace ls

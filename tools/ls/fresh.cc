@@ -57,12 +57,16 @@ void FRESH::settle_name()
     close(fd);
 }
 
-bool FRESH::replace(const struct stat& like)
+bool FRESH::complete(const struct stat& like)
 {
     // Only root may give files away; a member of the group keeps at least that.
     if (fchown(fd_, like.st_uid, like.st_gid) != 0 && fchown(fd_, static_cast<uid_t>(-1), like.st_gid) != 0)
         errno = 0;
-    if (fchmod(fd_, like.st_mode & 07777) != 0 || !settle()) return false;
+    return fchmod(fd_, like.st_mode & 07777) == 0 && settle();
+}
+
+bool FRESH::replace()
+{
     if (rename(name_.c_str(), target_.c_str()) != 0) return false;
     name_.clear();
     settle_name();

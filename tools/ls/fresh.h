@@ -18,9 +18,11 @@ struct FRESH {
     bool create(const std::string& target);
     bool write(std::string_view bytes);
     bool write_at_start(std::string_view bytes);
-    /// Gives it owner and mode of the file at `target`, as far as that is allowed, and takes that one's
-    /// place. The bytes are on the medium before.
-    bool replace(const struct stat& like);
+    /// Gives it owner and mode of the file at `target`, as far as that is allowed, and brings its bytes to
+    /// the medium; then nothing is left to do but to replace.
+    bool complete(const struct stat& like);
+    /// Takes the place of the file at `target`.
+    bool replace();
     /// Gives it the mode, less what the user's mask forbids, and puts it where nothing stands yet (EEXIST).
     bool place(const struct stat& like);
 

@@ -42,7 +42,7 @@ static bool run(const OPTIONS& options)
     switch (options.task) {
     case TASK_KIND::help: return fputs(Help_text, stdout) >= 0;
     case TASK_KIND::version: return printf("vx_ls %s\n", VX_VERSION) > 0;
-    case TASK_KIND::finish: return finish_traces(options.paths);
+    case TASK_KIND::finish: return finish_traces(options.paths, options.finishing);
     case TASK_KIND::set_begin: return copy_with_begin(options.dir, options.paths);
     default: return list_traces(options);
     }
@@ -51,6 +51,7 @@ static bool run(const OPTIONS& options)
 int main(int argc, char** argv)
 try {
     signal(SIGXFSZ, SIG_IGN); // a file too large for the user's limit is a failed write, not a sudden end
+    signal(SIGIO, SIG_IGN);   // tells that somebody waits for the end of a lease
     console_start();
     OPTIONS options;
     std::string complaint;

@@ -6,16 +6,20 @@ namespace ls {
 
 const char Help_text[] =
     "Usage: vx_ls [--json] [PATH...]\n"
-    "       vx_ls --finish PATH...\n"
+    "       vx_ls --finish [--force] [--dry-run] PATH...\n"
     "       vx_ls --set-begin DIR PATH...\n"
-    "Lists the SAC traces (*.sac, *.SAC) below the directories PATH, or the files PATH; without one, below the "
+    "Lists the SAC traces (*.sac, *.SAC) below the directories PATH, or the files PATH; without one, below "
+    "the "
     "working\n"
     "directory.\n"
     "\n"
     "  --json            one JSON array instead of a table\n"
-    "  --finish          completes the headers of traces whose run was killed\n"
+    "  --finish          completes the headers of traces whose run was killed, unless somebody may be\n"
+    "                    writing them still\n"
+    "  --force           with --finish: also of those\n"
+    "  --dry-run         with --finish: tells what would be done, and writes nothing\n"
     "  --set-begin DIR   copies traces into DIR with B = 0 and E = (NPTS - 1) * DELTA; overwrites nothing\n"
-    "  --help, --version\n"
+    "  -h, --help, --version\n"
     "\n"
     "Flags: unreadable, not-sac, unfinished (the run was killed), empty, cut (shorter than the header "
     "says),\n"
@@ -29,9 +33,18 @@ std::optional<TASK_KIND> task_of(const std::string& arg)
     if (arg == "--json") return TASK_KIND::json;
     if (arg == "--finish") return TASK_KIND::finish;
     if (arg == "--set-begin") return TASK_KIND::set_begin;
-    if (arg == "--help") return TASK_KIND::help;
+    if (arg == "-h" || arg == "--help") return TASK_KIND::help;
     if (arg == "--version") return TASK_KIND::version;
     return std::nullopt;
+}
+
+/// Takes an option that goes with --finish; false for any other.
+bool take_manner(const std::string& arg, FINISHING& how, std::string& manner)
+{
+    if (arg != "--force" && arg != "--dry-run") return false;
+    (arg == "--force" ? how.force : how.dry_run) = true;
+    manner = arg;
+    return true;
 }
 
 bool needs_paths(TASK_KIND task)
@@ -47,7 +60,7 @@ bool read_options(const std::vector<std::string>& args, OPTIONS& options, std::s
     const auto is_option = [&](const std::string& arg) {
         return !only_paths && arg.size() > 1 && arg[0] == '-';
     };
-    std::string chosen;
+    std::string chosen, manner;
     for (size_t i = 0; i < args.size(); ++i) {
         const std::string& arg = args[i];
         if (!is_option(arg)) {
@@ -58,6 +71,7 @@ bool read_options(const std::vector<std::string>& args, OPTIONS& options, std::s
             only_paths = true;
             continue;
         }
+        if (take_manner(arg, options.finishing, manner)) continue;
         const std::optional<TASK_KIND> task = task_of(arg);
         if (!task) return complaint = "no such option: " + arg, false;
         if (!chosen.empty()) return complaint = chosen + " and " + arg + " do not go together", false;
@@ -68,6 +82,8 @@ bool read_options(const std::vector<std::string>& args, OPTIONS& options, std::s
         if (++i == args.size() || args[i].empty()) return complaint = "--set-begin needs a directory", false;
         options.dir = args[i];
     }
+    if (!manner.empty() && options.task != TASK_KIND::finish)
+        return complaint = manner + " goes with --finish only", false;
     if (needs_paths(options.task) && options.paths.empty())
         return complaint = chosen + " needs a path", false;
     if (options.paths.empty()) options.paths = {"."};

@@ -1,6 +1,8 @@
 // The command line of vx_ls.
 #pragma once
 
+#include "ls/finish.h"
+
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -12,6 +14,7 @@ enum class TASK_KIND : uint8_t { table, json, finish, set_begin, help, version }
 struct OPTIONS {
     TASK_KIND task = TASK_KIND::table;
     std::string dir; ///< of --set-begin
+    FINISHING finishing;
     std::vector<std::string> paths;
 };
 

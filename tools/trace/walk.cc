@@ -99,9 +99,9 @@ struct WALKER {
 bool is_trace_name(std::string_view name)
 {
     const std::string_view ending = Fn_ext_chn;
-    return name.size() >= ending.size() && std::equal(ending.rbegin(), ending.rend(), name.rbegin(), [](char e, char c) {
-               return e == ('A' <= c && c <= 'Z' ? c - 'A' + 'a' : c);
-           });
+    return name.size() >= ending.size() &&
+           std::equal(ending.rbegin(), ending.rend(), name.rbegin(),
+                      [](char e, char c) { return e == ('A' <= c && c <= 'Z' ? c - 'A' + 'a' : c); });
 }
 
 WALK find_traces(const std::vector<std::string>& paths, const struct stat* leave_out)
