@@ -202,6 +202,29 @@ TEST(Ls_json, every_byte_in_texts_and_names_leaves_it_valid)
     const Json trace = list(s)[0];
     EXPECT_EQ(trace["file"], "\xC3\xA4\"\\\n.sac"); // the Latin-1 character of the byte
     EXPECT_EQ(trace["kstnm"], "\xC3\xA4\xC3\xBF\"\\\x01\x7F.");
+    EXPECT_EQ(trace["file_hex"], "e4225c0a2e736163");
+}
+
+TEST(Ls_json, every_name_comes_back_to_the_byte)
+{
+    const kit::Scratch s;
+    kit::Tree names;
+    for (int i = 1; i < 256; ++i) {
+        const std::string name = std::string("x") + static_cast<char>(i) + "\xC3\xA9.sac";
+        if (i != '/') names[name] = "";
+    }
+    names["d/\xC3.SAC"] = "";
+    for (const auto& [name, bytes] : names) s.write(name, finished());
+    kit::Tree told;
+    for (const Json& trace : list(s)) {
+        const std::string hex = trace.value("file_hex", "");
+        std::string name = hex.empty() ? trace["file"].get<std::string>() : "";
+        for (size_t at = 0; at < hex.size(); at += 2)
+            name += static_cast<char>(std::stoi(hex.substr(at, 2), nullptr, 16));
+        EXPECT_EQ(hex.empty(), ls::is_utf8(name)) << hex;
+        told[name] = "";
+    }
+    EXPECT_EQ(told, names);
 }
 
 TEST(Ls_json, all_bytes_one_after_the_other_leave_it_valid)
@@ -227,6 +250,16 @@ TEST(Ls_text, no_UTF_8_is_what_is_too_long_a_surrogate_or_too_large)
         EXPECT_EQ(ls::width(good), 1U);
         EXPECT_EQ(ls::json_string(good), '"' + std::string(good) + '"');
     }
+}
+
+TEST(Ls_text, marks_that_turn_the_direction_of_writing_are_not_shown)
+{
+    for (const char* mark : {"\xD8\x9C", "\xE2\x80\x8E", "\xE2\x80\x8F", "\xE2\x80\xAA", "\xE2\x80\xAE",
+                             "\xE2\x81\xA6", "\xE2\x81\xA9"})
+        EXPECT_EQ(ls::printable(mark), std::string(strlen(mark), '?')) << mark;
+    for (const char* good : {"\xE2\x80\x8D", "\xE2\x80\x90", "\xE2\x80\xA9", "\xE2\x80\xAF", "\xE2\x81\xA5",
+                             "\xE2\x81\xAA", "\xE2\x82\xAC", "\xD8\x9B"})
+        EXPECT_EQ(ls::printable(good), good);
 }
 
 TEST(Ls_flags, a_good_trace_has_none)
@@ -447,9 +480,17 @@ TEST(Ls_gaps, know_the_stream_by_names_in_capitals_too)
 TEST(Ls_program, mistakes_on_the_command_line_are_status_2)
 {
     const kit::Scratch s;
-    const std::vector<kit::Args> mistakes = {
-        {"--jsn"},    {"-l"},          {"--json", "--finish", "."}, {"--json", "--json"},
-        {"--finish"}, {"--set-begin"}, {"--set-begin", "d"},        {"--set-begin", "", "."}};
+    const std::vector<kit::Args> mistakes = {{"--jsn"},
+                                             {"-l"},
+                                             {"--json", "--finish", "."},
+                                             {"--json", "--json"},
+                                             {"--finish"},
+                                             {"--set-begin"},
+                                             {"--set-begin", "d"},
+                                             {"--set-begin", "", "."},
+                                             {"--force"},
+                                             {"--dry-run", "--json"},
+                                             {"--force", "--set-begin", "d", "."}};
     for (const kit::Args& args : mistakes) {
         const kit::Outcome run = run_ls(s, args);
         EXPECT_EQ(run.status, 2) << args[0];
@@ -462,8 +503,9 @@ TEST(Ls_program, mistakes_on_the_command_line_are_status_2)
 TEST(Ls_program, help_and_version_are_told)
 {
     const kit::Scratch s;
-    const kit::Outcome help = run_ls(s, {"--help"}), version = run_ls(s, {"--version"});
+    const kit::Outcome help = run_ls(s, {"-h"}), version = run_ls(s, {"--version"});
     EXPECT_EQ(help.status, 0);
+    EXPECT_EQ(help.out, run_ls(s, {"--help"}).out);
     EXPECT_TRUE(help.out.starts_with("Usage: vx_ls [--json] [PATH...]\n"));
     for (const ls::FLAG_NAME& flag : ls::Flag_names) EXPECT_NE(help.out.find(flag.word), std::string::npos);
     EXPECT_EQ(version.status, 0);

@@ -92,11 +92,24 @@ std::string json_text(const std::optional<std::string>& text)
     return text ? json_string(*text) : "null";
 }
 
+/// The bytes of a name that JSON cannot hold, as two hexadecimal digits each.
+std::string hex_of(std::string_view bytes)
+{
+    constexpr char Digits[] = "0123456789abcdef";
+    std::string text;
+    for (const char c : bytes) {
+        text += Digits[static_cast<uint8_t>(c) >> 4];
+        text += Digits[static_cast<uint8_t>(c) & 15];
+    }
+    return text;
+}
+
 void print_object(const ENTRY& e)
 {
     const auto number = [](float value, bool known) { return known ? json_number(value) : "null"; };
-    printf("{\"file\":%s,\"kstnm\":%s,\"kcmpnm\":%s,", json_string(e.path).c_str(),
-           json_text(e.kstnm).c_str(), json_text(e.kcmpnm).c_str());
+    printf("{\"file\":%s,", json_string(e.path).c_str());
+    if (!is_utf8(e.path)) printf("\"file_hex\":\"%s\",", hex_of(e.path).c_str());
+    printf("\"kstnm\":%s,\"kcmpnm\":%s,", json_text(e.kstnm).c_str(), json_text(e.kcmpnm).c_str());
     printf("\"start\":%s,\"delta\":%s,\"npts\":%s,",
            e.start ? json_string(trace::iso_time(*e.start)).c_str() : "null",
            number(e.delta, e.delta != Undefined_f).c_str(),

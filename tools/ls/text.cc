@@ -36,6 +36,17 @@ bool is_control(std::string_view character)
     return first < 0x20 || first == 0x7F || (first == 0xC2 && byte_of(character, 1) < 0xA0);
 }
 
+/// Marks that turn the direction of writing, so that a name shows in another order than it has: U+061C,
+/// U+200E, U+200F, U+202A to U+202E, U+2066 to U+2069.
+bool turns_direction(std::string_view character)
+{
+    if (character == "\xD8\x9C") return true;
+    if (!character.starts_with("\xE2\x80") && !character.starts_with("\xE2\x81")) return false;
+    const uint8_t second = byte_of(character, 1), third = byte_of(character, 2);
+    if (second == 0x81) return 0xA6 <= third && third <= 0xA9;
+    return third == 0x8E || third == 0x8F || (0xAA <= third && third <= 0xAE);
+}
+
 } // namespace
 
 std::string printable(std::string_view text)
@@ -44,13 +55,23 @@ std::string printable(std::string_view text)
     while (!text.empty()) {
         const size_t len = utf8_length(text);
         const std::string_view character = text.substr(0, len ? len : 1);
-        if (len == 0 || is_control(character))
+        if (len == 0 || is_control(character) || turns_direction(character))
             out.append(character.size(), '?');
         else
             out += character;
         text.remove_prefix(character.size());
     }
     return out;
+}
+
+bool is_utf8(std::string_view text)
+{
+    while (!text.empty()) {
+        const size_t len = utf8_length(text);
+        if (len == 0) return false;
+        text.remove_prefix(len);
+    }
+    return true;
 }
 
 size_t width(std::string_view text)

@@ -7,9 +7,11 @@
 
 namespace ls {
 
-/// The text without what could move a terminal's cursor: each byte of a control character, and each that is
-/// no UTF-8, becomes "?".
+/// The text without what could move a terminal's cursor or turn its writing round: each byte of a control
+/// character, and each that is no UTF-8, becomes "?".
 std::string printable(std::string_view text);
+
+bool is_utf8(std::string_view text);
 
 /// Characters of a UTF-8 text.
 size_t width(std::string_view text);
