@@ -8,10 +8,12 @@ import os
 import pathlib
 import re
 import shutil
+import signal
 import struct
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 
 sys.dont_write_bytecode = True
@@ -161,6 +163,59 @@ class MESSAGES(Case):
         self.assertEqual(result.returncode, 2)
         self.assertIn("'noon' is no time", result.stderr)
 
+    def test_times_that_no_calendar_has_are_refused(self):
+        for word in ("2023-366", "2024-367", "2023-000", "+0", "+", "-5", "+1e3", "2023-010Tnoon", "0000-01-01", "99999-01-01"):
+            with self.subTest(word=word):
+                result = self.plot(self.picture, "x", f"--from={word}")
+                self.assertEqual(result.returncode, 2)
+                self.assertIn(f"'{word}' is no time", result.stderr)
+
+    def test_zones_and_days_of_the_year_are_told_apart_before_anything_is_read(self):
+        later = (("2023-01-10T08:00+02:00", "2023-01-10T06:00"), ("2023-010T12:00", "2023-01-10T12:00Z"),
+                 ("2024-366", "2024-12-31"), ("2023-010T12:00+12:00", "2023-010"))
+        for begin, end in later:
+            with self.subTest(begin=begin):
+                result = self.plot(self.picture, "x", "--from", begin, "--to", end)
+                self.assertIn("--from must be earlier than --to", result.stderr)
+
+    def test_an_interrupt_leaves_the_old_picture(self):
+        folder = self.folder / "bin"
+        folder.mkdir()
+        (folder / "gs").write_text("#!/bin/sh\n")
+        (folder / "gmt").write_text(f"#!/bin/sh\n[ $1 != --version ] || exec echo 6.4.0\n: >{self.folder}/begun\n"
+                                    "exec sleep 100\n")
+        for name in ("gs", "gmt"):
+            (folder / name).chmod(0o755)
+        self.trace("a.sac", six_o_clock(), 0.01, [1, 2])
+        self.picture.write_text("old")
+        for number in (signal.SIGINT, signal.SIGTERM):
+            with self.subTest(signal=number):
+                environment = {**os.environ, "PATH": f"{folder}:{os.environ['PATH']}", "TMPDIR": str(folder)}
+                run = subprocess.Popen([sys.executable, PLOT, self.picture, self.folder / "a.sac"], text=True,
+                                       stderr=subprocess.PIPE, env=environment,
+                                       preexec_fn=lambda: signal.signal(signal.SIGINT, signal.default_int_handler))
+                while not (self.folder / "begun").exists():
+                    self.assertIsNone(run.poll())
+                    time.sleep(0.01)
+                run.send_signal(number)
+                self.assertEqual(run.communicate(timeout=60)[1], "vx_plot: interrupted\n")
+                self.assertEqual(run.returncode, -number)
+                (self.folder / "begun").unlink()
+                self.assertEqual(self.picture.read_text(), "old")
+                self.assertEqual(sorted(p.name for p in self.folder.iterdir()), ["a.sac", "bin", "picture.png"])
+                self.assertEqual(sorted(p.name for p in folder.iterdir()), ["gmt", "gs"])
+
+    def test_what_nobody_thought_of_is_a_word_and_no_picture(self):
+        folder = pathlib.Path(self.path_without("vx_ls"))
+        (folder / "vx_ls").write_text("#!/bin/sh\necho '[{\"file\": 7}]'\n")
+        (folder / "vx_ls").chmod(0o755)
+        alone = self.folder / "alone" / "vx_plot"
+        alone.parent.mkdir()
+        shutil.copy(PLOT, alone)
+        result = subprocess.run([sys.executable, alone, self.picture, "x"], capture_output=True, text=True,
+                                env={**os.environ, "PATH": str(folder)}, timeout=300)
+        self.assert_no_picture(result, "AttributeError")
+
     def test_the_version_is_the_projects(self):
         project = re.search(r"project\(vx_sac VERSION ([0-9.]+)", (ROOT / "CMakeLists.txt").read_text())
         self.assertEqual(self.plot("--version").stdout, f"vx_plot {project[1]}\n")
@@ -300,6 +355,105 @@ class CHOICES(Case):
         self.assertEqual(result.returncode, 1)
         self.assertIn("b.sac: left out, its header tells no start", result.stderr)
         self.assertTrue(Section(self.picture, 1).inked(0))
+
+    def assert_no_picture(self, result, *words):
+        self.assertEqual(result.returncode, 3)
+        self.assertNotIn("Traceback", result.stderr)
+        for word in words:
+            self.assertIn(word, result.stderr)
+        self.assertFalse(self.picture.exists())
+
+    def test_a_name_that_is_not_utf_8_draws_its_own_file(self):
+        latin = os.fsdecode(b"\xe9.sac")
+        self.trace(latin, six_o_clock(), 0.01, spike(1001, 200))
+        self.trace("\u00e9.sac", six_o_clock(), 0.01, spike(1001, 800))
+        section = self.section(self.folder, rows=2)  # in the order of the bytes: C3 A9 before E9
+        for row, part in ((0, 0.8), (1, 0.2)):
+            high = [x for x, y in section.inked(row) if y < 0.1]
+            self.assertTrue(high and all(abs(x - part) < 0.003 for x in high), high[:5])
+        (self.folder / "\u00e9.sac").unlink()
+        self.assertTrue(self.section(self.folder / latin).inked(0))
+
+    def test_names_that_steer_a_terminal_are_told_without_that(self):
+        dateless = self.trace(os.fsdecode(b"\x1b[2J\xff.sac"), (-12345,) * 6, 0.01, [1.0, 2.0])
+        result = self.plot(self.picture, dateless)
+        self.assert_no_picture(result, "?[2J?.sac: left out, its header tells no start")
+        self.assertNotIn("\x1b", result.stderr)
+
+    def test_one_odd_header_leaves_out_its_trace(self):
+        good = self.trace("a.sac", six_o_clock(), 0.01, spike(1001, 500))
+        odd = {"slow": (six_o_clock(), 1e30, [1.0, 2.0]), "late": ((9999, 365, 23, 59, 59, 0), 0.01, [1.0] * 200),
+               "first": ((1, 1, 0, 0, 0, 0), 0.01, [1.0]), "last": ((9999, 100, 0, 0, 0, 0), 0.01, [1.0, 2.0])}
+        for name, arguments in odd.items():
+            with self.subTest(name=name):
+                path = self.trace(f"{name}.sac", *arguments)
+                result = self.plot(self.picture, good, path)
+                self.assertEqual(result.returncode, 1)
+                self.assertEqual(result.stderr, f"vx_plot: {path}: left out, its start and rate put samples outside "
+                                                "of the years 2 to 9998\n")
+                self.assertTrue([y for _, y in Section(self.picture, 1).inked(0, 0.49, 0.51) if y < 0.1])
+                self.picture.unlink()
+                self.assert_no_picture(self.plot(self.picture, path), "there is no trace to draw")
+
+    def test_the_longest_axis_is_drawn(self):
+        first = self.trace("a.sac", (2, 1, 0, 0, 0, 0), 0.01, spike(1000, 500))
+        last = self.trace("b.sac", (9998, 365, 23, 0, 0, 0), 0.01, spike(1000, 500))
+        section = self.section(first, last)
+        self.assertTrue(section.inked(0, 0, 0.01) and section.inked(1, 0.99, 1))
+
+    def test_a_window_may_be_told_in_zones_days_of_the_year_and_seconds(self):
+        path = self.trace("a.sac", six_o_clock(), 0.01, spike(10001, 5500))
+        for window in (("--from", "2023-01-10T08:00:50+02:00", "--to", "2023-01-10T00:01:00-06:00"),
+                       ("--from", "2023-010T06:00:50", "--to", "2023-010T06:01:00Z"),
+                       ("--from", "2023-010T06:00:50", "--to", "+10"), ("--from", "+50", "--to", "+10.0")):
+            with self.subTest(window=window):
+                high = [x for x, y in self.section(path, switches=window).inked(0) if y < 0.1]
+                self.assertTrue(high and all(abs(x - 0.5) < 0.003 for x in high), high[:5])
+        high = [x for x, y in self.section(path, switches=("--to", "+60")).inked(0) if y < 0.1]
+        self.assertTrue(high and all(abs(x - 55 / 60) < 0.003 for x in high), high[:5])
+
+    def test_a_window_without_samples_tells_where_there_are_some(self):
+        path = self.trace("a.sac", six_o_clock(), 0.01, spike(1001, 500))
+        self.trace("b.sac", six_o_clock(minutes=5), 0.01, spike(1001, 500))
+        result = self.plot(self.picture, path, self.folder / "b.sac", "--from", "2024-01-01")
+        self.assert_no_picture(result, "no trace has samples in this window of time; there are samples from "
+                                       "2023-01-10 06:00:00.000 to 2023-01-10 06:05:10.000 UTC")
+        self.assert_no_picture(self.plot(self.picture, path, "--from", "+5", "--to", "2023-01-10T06:00:05"),
+                               "the window ends at 2023-01-10 06:00:05.000 UTC, and begins at 2023-01-10 06:00:05.000")
+
+    def test_the_picture_takes_the_place_of_the_old_one_whole(self):
+        path = self.trace("a.sac", six_o_clock(), 0.01, spike(1001, 500))
+        store = self.folder / "store.png"
+        store.write_text("old")
+        store.chmod(0o640)
+        os.link(store, self.folder / "second_name")
+        self.picture.symlink_to("store.png")
+        self.section(path)
+        self.assertTrue(self.picture.is_symlink())
+        self.assertEqual((self.folder / "second_name").read_text(), "old")
+        self.assertEqual(store.stat().st_mode & 0o7777, 0o640)
+        self.assertEqual(sorted(p.name for p in self.folder.iterdir()),
+                         ["a.sac", "picture.png", "second_name", "store.png"])
+
+    def test_a_folder_that_is_not_there_is_told(self):
+        path = self.trace("a.sac", six_o_clock(), 0.01, spike(1001, 500))
+        result = self.plot(self.folder / "nowhere" / "a.png", path)
+        self.assert_no_picture(result, f"no file can be made in {self.folder}/nowhere: No such file or directory")
+
+    def test_names_are_labels_and_no_orders_to_gmt(self):
+        plain = self.section(self.trace("a.sac", six_o_clock(), 0.01, spike(1001, 500), station="STA01"))
+        colour = self.section(self.trace("b.sac", six_o_clock(), 0.01, spike(1001, 500), station="@;red;A"))
+        self.assertAlmostEqual(colour.left, plain.left, delta=2)  # no long number of a colour in the margin
+        coloured = [(x, y) for y in range(colour.picture.height) for x in range(colour.left - 2) if colour.is_ink(x, y)]
+        self.assertEqual(coloured, [])
+
+    def test_a_dash_and_capitals_in_names(self):
+        path = self.trace("-x.SAC", six_o_clock(), 0.01, spike(1001, 300))
+        result = subprocess.run([sys.executable, PLOT, self.picture, "--", path.name], capture_output=True, text=True,
+                                cwd=self.folder, timeout=300)
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        high = [x for x, y in self.section(self.folder, rows=1).inked(0) if y < 0.1]
+        self.assertTrue(high and all(abs(x - 0.3) < 0.003 for x in high), high[:5])
 
     def test_a_pdf_is_made_by_its_name(self):
         picture = self.folder / "picture.pdf"
