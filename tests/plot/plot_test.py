@@ -455,6 +455,13 @@ class CHOICES(Case):
         high = [x for x, y in self.section(self.folder, rows=1).inked(0) if y < 0.1]
         self.assertTrue(high and all(abs(x - 0.3) < 0.003 for x in high), high[:5])
 
+    def test_what_vx_ls_has_told_is_not_told_again(self):
+        good = self.trace("a.sac", six_o_clock(), 0.01, spike(1001, 500))
+        short = self.folder / "b.sac"
+        short.write_text("short")
+        result = self.plot(self.picture, good, short)
+        self.assertEqual((result.returncode, result.stderr), (1, f"vx_ls: {short}: shorter than a SAC header: 5 bytes\n"))
+
     def test_a_pdf_is_made_by_its_name(self):
         picture = self.folder / "picture.pdf"
         result = self.plot(picture, self.trace("a.sac", six_o_clock(), 0.01, spike(1001, 500)))
