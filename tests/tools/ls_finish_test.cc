@@ -12,6 +12,7 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <future>
 #include <poll.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
@@ -159,7 +160,8 @@ void make_long_recording(const kit::Scratch& scratch)
 
 /// Starts --finish, holds it while it is copying, lets `meddle` change the file meanwhile, and lets it go on.
 /// False when it was too fast to be held.
-bool finish_while(const kit::Scratch& scratch, const std::function<void()>& meddle, int& status)
+bool finish_while(const kit::Scratch& scratch, const char* option, const std::function<void()>& meddle,
+                  int& status)
 {
     const auto copied = [&] { // bytes, 0 while there is no copy
         std::error_code gone;
@@ -173,7 +175,7 @@ bool finish_while(const kit::Scratch& scratch, const std::function<void()>& medd
     if (child == 0) {
         alarm(100);
         if (chdir(scratch.dir().c_str()) == 0 && freopen("err", "w", stderr) && freopen("out", "w", stdout))
-            execl(VX_LS_PROGRAM, "vx_ls", "--finish", "a.sac", static_cast<char*>(nullptr));
+            execl(VX_LS_PROGRAM, "vx_ls", "--finish", option, "a.sac", static_cast<char*>(nullptr));
         _exit(127);
     }
     int state = 0;
@@ -192,13 +194,13 @@ bool finish_while(const kit::Scratch& scratch, const std::function<void()>& medd
 }
 
 /// Until it was held in time; a fast machine may need a few attempts.
-std::string error_after(const kit::Scratch& scratch, const std::function<void()>& meddle)
+std::string error_after(const kit::Scratch& scratch, const char* option, const std::function<void()>& meddle)
 {
     for (int i = 0; i < 20; ++i) {
         int status = 0;
         scratch.write("a.sac", unfinished());
         std::filesystem::resize_file(scratch.path("a.sac"), 100'000'000);
-        if (!finish_while(scratch, meddle, status)) continue;
+        if (!finish_while(scratch, option, meddle, status)) continue;
         EXPECT_EQ(status, 1);
         return scratch.read("err");
     }
@@ -310,13 +312,31 @@ TEST(Ls_finish, a_writer_who_comes_meanwhile_stops_it)
 {
     const kit::Scratch s;
     int writer = -1;
-    const std::string err = error_after(s, [&] { // without O_NONBLOCK it would wait for the end of the lease
-        writer = open(s.path("a.sac").c_str(), O_WRONLY | O_NONBLOCK);
-        EXPECT_EQ(errno, EWOULDBLOCK);
-    });
+    const std::string err =
+        error_after(s, "--", [&] { // without O_NONBLOCK it would wait for the end of the lease
+            writer = open(s.path("a.sac").c_str(), O_WRONLY | O_NONBLOCK);
+            EXPECT_EQ(errno, EWOULDBLOCK);
+        });
     EXPECT_EQ(err, "vx_ls: a.sac: somebody opens it for writing; left as it is\n");
     EXPECT_EQ(writer, -1);
     EXPECT_EQ(kit::names(s.tree()), "a.sac\nerr\nout\n");
+}
+
+TEST(Ls_finish, what_a_writer_writes_who_had_to_wait_is_not_lost)
+{
+    const kit::Scratch s;
+    std::future<bool> written;
+    error_after(s, "--", [&] {
+        written = std::async(std::launch::async, [&] {
+            const int writer = open(s.path("a.sac").c_str(), O_WRONLY | O_APPEND);
+            const bool well = write(writer, "more", 4) == 4;
+            close(writer);
+            return well;
+        });
+        usleep(100'000); // until it waits
+    });
+    EXPECT_TRUE(written.get());
+    EXPECT_EQ(std::filesystem::file_size(s.path("a.sac")), 100'000'004U);
 }
 
 TEST(Ls_finish, a_trace_that_nobody_can_ask_about_is_left_as_it_is)
@@ -523,10 +543,10 @@ TEST(Ls_finish, keeps_mode_and_owner)
     EXPECT_EQ(stat_of(s.path("b.sac")).st_gid, before.st_gid);
 }
 
-TEST(Ls_finish, a_trace_that_grows_meanwhile_is_left_as_it_is)
+TEST(Ls_finish, a_trace_that_grows_meanwhile_is_left_as_it_is_even_with_force)
 {
     const kit::Scratch s;
-    const std::string err = error_after(s, [&] {
+    const std::string err = error_after(s, "--force", [&] {
         std::ofstream more(s.path("a.sac"), std::ios::binary | std::ios::app);
         more << "more";
     });
@@ -538,7 +558,7 @@ TEST(Ls_finish, a_trace_that_grows_meanwhile_is_left_as_it_is)
 TEST(Ls_finish, a_trace_whose_name_goes_to_another_file_meanwhile_is_left_as_it_is)
 {
     const kit::Scratch s;
-    const std::string err = error_after(s, [&] {
+    const std::string err = error_after(s, "--", [&] {
         std::filesystem::rename(s.path("a.sac"), s.path("old.sac"));
         s.write("a.sac", "new");
     });

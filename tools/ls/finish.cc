@@ -59,6 +59,13 @@ bool is_left_alone(TASK& task)
     return why.empty() || task.fail("unfinished, but " + why + "; left as it is (--force finishes it)");
 }
 
+/// Nobody has come meanwhile; whoever does has to wait for us, so this is asked often.
+bool is_left_alone_still(TASK& task)
+{
+    return task.how.force || holds_lease(task.input.fd) ||
+           task.fail("somebody opens it for writing; left as it is");
+}
+
 bool add_samples(TASK& task, const char* bytes, size_t len)
 {
     for (size_t at = 0; at < len; at += 4) {
@@ -77,6 +84,7 @@ bool copy_samples(TASK& task)
     char buffer[Buffer_len];
     uint64_t ahead = task.trace.data_len;
     while (ahead > 0) {
+        if (!is_left_alone_still(task)) return false;
         const size_t want = ahead < Buffer_len ? static_cast<size_t>(ahead) : Buffer_len;
         const int64_t got = task.input.read(buffer, want);
         if (got < 0) return task.fail();
@@ -106,9 +114,7 @@ bool is_the_same_still(TASK& task)
     if (lstat(task.path.c_str(), &now) != 0) return task.fail();
     const bool same = now.st_ino == task.input.is.st_ino && now.st_dev == task.input.is.st_dev;
     if (!same || !task.input.is_unchanged()) return task.fail("was changed meanwhile; left as it is");
-    if (!task.how.force && !holds_lease(task.input.fd))
-        return task.fail("somebody opens it for writing; left as it is");
-    return true;
+    return is_left_alone_still(task);
 }
 
 /// The samples behind a header that is not written yet.
