@@ -35,11 +35,11 @@ uint8_t bcd_byte(int value)
     return static_cast<uint8_t>(value / 10 << 4 | value % 10);
 }
 
-struct MADE {
+struct Made {
     std::array<uint8_t, Packet_size> bytes{};
     int samples;
 
-    MADE(mkrec::STEIM level, int bits)
+    Made(mkrec::SteimDecoding level, int bits)
     {
         const auto x = walk(bits, 100000);
         samples = mkrec::steim_encode(level, x.data(), static_cast<int>(x.size()), x[0], &bytes[DT::Frames])
@@ -52,14 +52,14 @@ struct MADE {
     PACKET packet() const { return PACKET(bytes.data()); }
 };
 
-using DECODER = Decoded (*)(const PACKET&, uint32_t&, DATA_BUF&);
+using DecodeFunction = Decoded (*)(const PACKET&, uint32_t&, DATA_BUF&);
 
 DATA_BUF Data_buf;
 
-template <DECODER decode, mkrec::STEIM level>
+template <DecodeFunction decode, mkrec::SteimDecoding level>
 void steim(benchmark::State& state)
 {
-    const MADE made(level, static_cast<int>(state.range(0)));
+    const Made made(level, static_cast<int>(state.range(0)));
     const PACKET packet = made.packet();
     bool sound = true;
     for (auto _ : state) {
@@ -70,17 +70,22 @@ void steim(benchmark::State& state)
     if (!sound) state.SkipWithError("the packet failed its check");
     state.SetItemsProcessed(state.iterations() * made.samples);
 }
-BENCHMARK(steim<Buf_c0, mkrec::STEIM::level1>)->Arg(7)->Arg(14);
-BENCHMARK(steim<Buf_c0_by_word, mkrec::STEIM::level1>)->Arg(7)->Arg(14);
-BENCHMARK(steim<Buf_c2, mkrec::STEIM::level2>)->Arg(4)->Arg(8)->Arg(14);
-BENCHMARK(steim<Buf_c2_by_word, mkrec::STEIM::level2>)->Arg(4)->Arg(8)->Arg(14);
+BENCHMARK(steim<Buf_c0, mkrec::SteimDecoding::level1>)->Arg(7)->Arg(14);
+BENCHMARK(steim<Buf_c0_by_word, mkrec::SteimDecoding::level1>)->Arg(7)->Arg(14);
+BENCHMARK(steim<Buf_c2, mkrec::SteimDecoding::level2>)->Arg(4)->Arg(8)->Arg(14);
+BENCHMARK(steim<Buf_c2_by_word, mkrec::SteimDecoding::level2>)->Arg(4)->Arg(8)->Arg(14);
 
 template <void (*decode)(const PACKET&, DATA_BUF&), int count>
 void plain(benchmark::State& state)
 {
     std::array<uint8_t, Packet_size> bytes{};
+<<<<<<< HEAD
     bytes[EVT::Samples.at] = bcd_byte(count / 100);
     CHN_T chn;
+=======
+    bytes[20] = bcd_byte(count / 100);
+    const PACKET packet(bytes.data());
+>>>>>>> w-port
     for (auto _ : state) {
         decode(packet, Data_buf);
         benchmark::DoNotOptimize(Data_buf.sample[0]);
@@ -92,12 +97,12 @@ BENCHMARK(plain<Buf_32, 200>);
 
 /// Samples around an offset on their way into a trace: far from zero the squares leave the exact integers
 /// soon.
-template <void (*add)(Statistics&, uint32_t, const int32_t*, uint32_t, char*)>
+template <void (*add)(TraceStatistics&, uint32_t, const int32_t*, uint32_t, char*)>
 void into_trace(benchmark::State& state)
 {
     const auto x = walk(10, static_cast<int32_t>(state.range(0)));
     std::array<char, 4 * 700> out;
-    Statistics stats;
+    TraceStatistics stats;
     for (auto _ : state) {
         stats.sum = 0.0;
         stats.sq_sum = state.range(0) ? 3e17 : 0.0; // a long trace far from zero, or a young one around it
@@ -112,7 +117,7 @@ BENCHMARK(into_trace<add_samples_one_by_one>)->Arg(0)->Arg(8000000);
 
 void summary_line(benchmark::State& state)
 {
-    const MADE made(mkrec::STEIM::level2, 8);
+    const Made made(mkrec::SteimDecoding::level2, 8);
     OUT_FILE log;
     if (!out_open(log, "/dev/null", OUT_MODE::append, log_lost)) state.SkipWithError("no /dev/null");
     const PACKET packet = made.packet();

@@ -68,11 +68,11 @@ bool ignore(const char*)
     return true;
 }
 
-struct SWITCH {
+struct Switch {
     char letter;
     bool (*set)(const char* value);
 };
-constexpr SWITCH Switches[] = {
+constexpr Switch Switches[] = {
     {'D', set_flag<Log_dt>},
     {'F', ignore},
     {'G', ignore},
@@ -96,8 +96,8 @@ constexpr SWITCH Switches[] = {
 bool set_switch(const char* argument)
 {
     const char letter = to_upper(argument[1]);
-    const SWITCH* found = std::find_if(std::begin(Switches), std::end(Switches),
-                                       [=](const SWITCH& s) { return s.letter == letter; });
+    const Switch* found = std::find_if(std::begin(Switches), std::end(Switches),
+                                       [=](const Switch& s) { return s.letter == letter; });
     return found != std::end(Switches) && found->set(argument + 2);
 }
 

@@ -7,9 +7,7 @@
 #include "model/record/records.h"
 
 #include <cstdint>
-#include <map>
 #include <string_view>
-#include <utility>
 
 namespace {
 
@@ -34,7 +32,7 @@ LineHead line_head(std::string_view line)
 }
 
 /// Finds the sensor by make and model and takes over its constants, unless a known sensor was found before.
-void take_sensor(Settings& set)
+void take_sensor(ChannelSettings& set)
 {
     if (set.sns_ndx != 0 && set.sns_ndx != Sensor_unknown) return;
     set.sns_ndx = Sensor_find(set.make.s, set.model.s);
@@ -45,12 +43,12 @@ void take_sensor(Settings& set)
     set_once(set.sns_fsa, sensor.fsa);
 }
 
-void set_make(Settings& set, std::string_view value)
+void set_make(ChannelSettings& set, std::string_view value)
 {
     if (set.make.empty()) set.make.put(value);
 }
 
-void set_model(Settings& set, std::string_view value)
+void set_model(ChannelSettings& set, std::string_view value)
 {
     set.model.put(value);
     take_sensor(set);
@@ -64,38 +62,39 @@ Number integer(std::string_view value)
 
 struct ChannelKey {
     std::string_view name; ///< as it follows the channel's number
-    void (*apply)(Settings& set, std::string_view value); ///< null: the key is known, and its value is not kept
+    void (*apply)(ChannelSettings& set,
+                  std::string_view value); ///< null: the key is known, and its value is not kept
 };
 
 constexpr ChannelKey IniKeyChn[] = {
-    {"FSA", [](Settings& s, std::string_view v) { s.fsa = to_double(v); }},
-    {"Res", [](Settings& s, std::string_view v) { s.bits = integer<uint8_t>(v); }},
-    {"Band", [](Settings& s, std::string_view v) { s.band = v.front(); }},
-    {"Type", [](Settings& s, std::string_view v) { s.set_type(to_upper(v.front())); }},
-    {"Axis", [](Settings& s, std::string_view v) { s.axis = v.front(); }},
+    {"FSA", [](ChannelSettings& s, std::string_view v) { s.fsa = to_double(v); }},
+    {"Res", [](ChannelSettings& s, std::string_view v) { s.bits = integer<uint8_t>(v); }},
+    {"Band", [](ChannelSettings& s, std::string_view v) { s.band = v.front(); }},
+    {"Type", [](ChannelSettings& s, std::string_view v) { s.set_type(to_upper(v.front())); }},
+    {"Axis", [](ChannelSettings& s, std::string_view v) { s.axis = v.front(); }},
     {"SnsMake", set_make},
     {"SnsModel", set_model},
-    {"SnsSN", [](Settings& s, std::string_view v) { s.sn = integer<uint32_t>(v); }},
-    {"SnsFSA", [](Settings& s, std::string_view v) { set_once(s.sns_fsa, to_double(v)); }},
-    {"SnsVPU", [](Settings& s, std::string_view v) { set_once(s.vpu, to_double(v)); }},
-    {"SnsFreq", [](Settings& s, std::string_view v) { set_once(s.freq, to_double(v)); }},
-    {"SnsDamp", [](Settings& s, std::string_view v) { set_once(s.damp, to_double(v)); }},
+    {"SnsSN", [](ChannelSettings& s, std::string_view v) { s.sn = integer<uint32_t>(v); }},
+    {"SnsFSA", [](ChannelSettings& s, std::string_view v) { set_once(s.sns_fsa, to_double(v)); }},
+    {"SnsVPU", [](ChannelSettings& s, std::string_view v) { set_once(s.vpu, to_double(v)); }},
+    {"SnsFreq", [](ChannelSettings& s, std::string_view v) { set_once(s.freq, to_double(v)); }},
+    {"SnsDamp", [](ChannelSettings& s, std::string_view v) { set_once(s.damp, to_double(v)); }},
     {"Lat", nullptr},
     {"Lon", nullptr},
     {"Alt", nullptr},
-    {"Azm", [](Settings& s, std::string_view v) { s.azimuth = integer<uint16_t>(v); }},
-    {"Depth", [](Settings& s, std::string_view v) { s.depth = to_double(v); }},
-    {"Dip", [](Settings& s, std::string_view v) { s.dip = integer<int16_t>(v); }},
+    {"Azm", [](ChannelSettings& s, std::string_view v) { s.azimuth = integer<uint16_t>(v); }},
+    {"Depth", [](ChannelSettings& s, std::string_view v) { s.depth = to_double(v); }},
+    {"Dip", [](ChannelSettings& s, std::string_view v) { s.dip = integer<int16_t>(v); }},
     {"NZNP", nullptr},
     {"Zero", nullptr},
     {"Pole", nullptr},
     {"Norm", nullptr},
-    {"SeisComp", [](Settings& s, std::string_view v) { s.SeisComp.put(v); }},
-    {"StnChn", [](Settings& s, std::string_view v) { set_once(s.stn_chn, integer<uint16_t>(v)); }},
+    {"SeisComp", [](ChannelSettings& s, std::string_view v) { s.SeisComp.put(v); }},
+    {"StnChn", [](ChannelSettings& s, std::string_view v) { set_once(s.stn_chn, integer<uint16_t>(v)); }},
 };
 
 /// Returns `set` after applying the lines of a section that name the channel.
-Settings settings_by(const INI_SECTION& section, uint16_t channel, Settings set)
+ChannelSettings settings_by(const IniSection& section, uint16_t channel, ChannelSettings set)
 {
     for (const std::string_view line : section.lines) {
         const LineHead head = line_head(line);
@@ -107,17 +106,13 @@ Settings settings_by(const INI_SECTION& section, uint16_t channel, Settings set)
     return set;
 }
 
-/// Settings by section and channel, so that the lines are read once for a channel, not for each of its
-/// events.
-std::map<std::pair<uint32_t, uint16_t>, Settings> Known_settings;
-
 } // namespace
 
 void Chn_ini(CHN_T& chn)
 {
-    const INI_SECTION* section = ini_section(chn.unit->unit_id, chn.unit->ini_first);
+    const IniSection* section = ini_section(chn.unit->unit_id, chn.unit->ini_first);
     if (!section) return;
-    const auto [known, is_new] = Known_settings.try_emplace({section->serial, chn.id.channel});
+    const auto [known, is_new] = chn.unit->ini_settings.try_emplace(chn.id.channel);
     if (is_new) known->second = settings_by(*section, chn.id.channel, chn.set);
     chn.set = known->second;
 }

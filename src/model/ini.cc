@@ -19,22 +19,22 @@
 namespace {
 
 constexpr size_t Line_max = 99; // a longer line is split into several
-static_assert(Line_max <= INI_LINES::Longest);
+static_assert(Line_max <= IniLines::Longest);
 constexpr size_t Header_len = 6; // "[9A3F]"
 
-struct INI_FILE {
-    std::string path;                                             // that was read or is missing
-    bool there = false;                                           // the file exists
-    std::unordered_map<uint16_t, std::vector<INI_SECTION>> units; // a unit's sections in file order
-    INI_SECTION nothing;                                          // for units without a section
+struct IniFile {
+    std::string path;                                            // that was read or is missing
+    bool there = false;                                          // the file exists
+    std::unordered_map<uint16_t, std::vector<IniSection>> units; // a unit's sections in file order
+    IniSection nothing;                                          // for units without a section
 };
 
-INI_FILE Ini;
+IniFile Ini;
 
-struct CLOSES {
+struct FileCloser {
     void operator()(FILE* file) const { fclose(file); }
 };
-using OPENED = std::unique_ptr<FILE, CLOSES>;
+using OpenedFile = std::unique_ptr<FILE, FileCloser>;
 
 /// The next character, or EOF. A directory reads as empty. Any other error ends the run (21): with half of
 /// the file, settings would be missing without notice.
@@ -82,10 +82,10 @@ int32_t position(uint64_t bytes)
 }
 
 /// Reads the whole file into sections. Drops what follows a NUL in a line.
-void read_sections(FILE* file, INI_FILE& ini)
+void read_sections(FILE* file, IniFile& ini)
 {
     std::string piece;
-    INI_SECTION* section = nullptr; // of the current line; null: of no unit
+    IniSection* section = nullptr; // of the current line; null: of no unit
     uint64_t at = 0;
     for (; read_piece(file, piece); at += piece.size()) {
         const std::string_view line = before_nul(piece);
@@ -96,9 +96,7 @@ void read_sections(FILE* file, INI_FILE& ini)
         if (section) section->last = position(at + piece.size());
         section = nullptr;
         if (const auto id = header_id(line)) {
-            static uint32_t sections = 0;
             section = &ini.units[*id].emplace_back();
-            section->serial = ++sections;
             section->first = position(at);
         }
     }
@@ -116,12 +114,13 @@ bool have_file(int32_t from)
         return false;
     }
 
-    const OPENED file(fopen_vx(FileIni.c_str(), "r"));
+    const OpenedFile file(fopen_vx(FileIni.c_str(), "r"));
     if (!file) {
         printf("\nWARNING: Unable to open the INI file %s", FileIni.c_str());
         return false;
     }
     // Only tests that the position exists. The file is read from its start, for all units at once.
+    // never taken: the second one cannot fail alone
     if (fseek(file.get(), from, SEEK_SET) != 0 || fseek(file.get(), 0, SEEK_SET) != 0) {
         printf("\nWARNING: Unable to set position within the INI file %s", FileIni.c_str());
         return false;
@@ -133,12 +132,12 @@ bool have_file(int32_t from)
 
 } // namespace
 
-const INI_SECTION* ini_section(uint16_t unit_id, int32_t from)
+const IniSection* ini_section(uint16_t unit_id, int32_t from)
 {
     if (!have_file(from)) return nullptr;
     const auto found = Ini.units.find(unit_id);
     if (found == Ini.units.end()) return &Ini.nothing;
-    for (const INI_SECTION& section : found->second)
+    for (const IniSection& section : found->second)
         if (static_cast<uint32_t>(section.first) >= static_cast<uint32_t>(from)) return &section;
     return &Ini.nothing;
 }

@@ -10,7 +10,7 @@
 
 /// The lines of a section in the order of the file, packed into one string, since a file may have very many
 /// short lines.
-class INI_LINES {
+class IniLines {
 public:
     static constexpr size_t Longest = 255; ///< characters of a line
 
@@ -23,20 +23,20 @@ public:
     size_t size() const { return count; }
 
     /// An iterator over the lines.
-    struct PLACE {
+    struct LinePlace {
         const char* at;
 
         size_t length() const { return static_cast<unsigned char>(*at); }
         std::string_view operator*() const { return {at + 1, length()}; }
-        PLACE& operator++()
+        LinePlace& operator++()
         {
             at += 1 + length();
             return *this;
         }
-        bool operator==(const PLACE&) const = default;
+        bool operator==(const LinePlace&) const = default;
     };
-    PLACE begin() const { return {packed.data()}; }
-    PLACE end() const { return {packed.data() + packed.size()}; }
+    LinePlace begin() const { return {packed.data()}; }
+    LinePlace end() const { return {packed.data() + packed.size()}; }
 
 private:
     std::string packed; // a byte with its length precedes each line
@@ -44,18 +44,17 @@ private:
 };
 
 /// A section of the file. Positions are byte offsets in the file, modulo 2^32.
-struct INI_SECTION {
-    uint32_t serial = 0; ///< unique among all sections ever read; 0: no section of the file
-    int32_t first = 0;   ///< where the header line begins
-    int32_t last = 0;    ///< end of the next line with "[", or of the file
-    INI_LINES lines;     ///< the lines after the header, each of at most 99 characters
+struct IniSection {
+    int32_t first = 0; ///< where the header line begins
+    int32_t last = 0;  ///< end of the next line with "[", or of the file
+    IniLines lines;    ///< the lines after the header, each of at most 99 characters
 };
 
 /// The unit's section: the first one with its ID that begins at `from` or later. Without one, a section
-/// without lines (serial 0) that ends at the end of the file. Null when there is no file, and, with a warning
+/// without lines that ends at the end of the file. Null when there is no file, and, with a warning
 /// on the console at each call, when the file cannot be opened or positioned. If reading fails, the run ends
 /// (21) and names the file.
-const INI_SECTION* ini_section(uint16_t unit_id, int32_t from);
+const IniSection* ini_section(uint16_t unit_id, int32_t from);
 
 /// Drops what was read, so that the file is read again. For tests.
 void ini_forget();

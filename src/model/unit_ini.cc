@@ -16,7 +16,8 @@ uint16_t to_uint16(std::string_view value)
 
 struct UnitKey {
     std::string_view name;
-    void (*apply)(UNIT_T& unit, std::string_view value); ///< null: the key is known, and its value is not kept
+    void (*apply)(UNIT_T& unit,
+                  std::string_view value); ///< null: the key is known, and its value is not kept
 };
 
 // Positions and counts keep their first value that is not 0; texts and the station type take the last one.
@@ -40,7 +41,7 @@ constexpr UnitKey IniKeyUnit[] = {
 
 void Unit_ini(UNIT_T& unit)
 {
-    const INI_SECTION* section = ini_section(unit.unit_id, unit.ini_first);
+    const IniSection* section = ini_section(unit.unit_id, unit.ini_first);
     if (!section) return;
     unit.ini_first = section->first;
     for (const std::string_view line : section->lines) {

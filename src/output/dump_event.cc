@@ -88,19 +88,19 @@ void log_clock(OUT_FILE& log, const PACKET& pkt)
 }
 
 /// A time: its digits down to the millisecond, the three digits of its microseconds, and the label.
-struct Time_line {
+struct TimeLine {
     Span digits, micros;
     const char* label;
     bool may_lack; ///< a time that begins with a blank shows the label alone
 };
-constexpr Time_line Event_time_lines[] = {
+constexpr TimeLine Event_time_lines[] = {
     {EH::T_trg, EH::Us_trg, "Trigger time", false},
     {EH::T_first, EH::Us_first, "First sample time", false},
     {EH::T_detrg, EH::Us_detrg, "Detrigger time", true},
     {EH::T_last, EH::Us_last, "Last sample time", true},
 };
 
-void log_time(OUT_FILE& log, const PACKET& pkt, const Time_line& line)
+void log_time(OUT_FILE& log, const PACKET& pkt, const TimeLine& line)
 {
     form_label(log, Form_c, line.label);
     const std::string_view digits = text(pkt, line.digits);
@@ -145,7 +145,7 @@ void log_eh_et(OUT_FILE& log, const PACKET& pkt)
     form_lines(log, Form_c, pkt, Station_lines);
     log_rate(log, pkt, telemetry);
     log_clock(log, pkt);
-    for (const Time_line& line : Event_time_lines) log_time(log, pkt, line);
+    for (const TimeLine& line : Event_time_lines) log_time(log, pkt, line);
     form_lines(log, Form_c, pkt, Installed_lines);
     log.write("   Channel Info :  BitWght   TruWght    Gain  R  FSV  SEED  SFSV   SVPU   U\r\n");
     for (int slot = 0; slot < EH::Bit_wght.count; ++slot) log_channel(log, pkt, slot);

@@ -19,30 +19,31 @@ constexpr Line Entry_cnt{DR::Entry_cnt, "No of dir entries"};
 constexpr Line Last_entry{DR::Last_entry, "Last Entry Number"};
 
 /// How the value of an entry's field is shown.
-enum class AS : uint8_t { number, four_digits, ten_digits, hex, block, name };
+enum class ShownAs : uint8_t { number, four_digits, ten_digits, hex, block, name };
 
 /// A field of an entry, its form and its label.
-struct Entry_line {
+struct EntryLine {
     Span where;
-    AS as;
+    ShownAs as;
     const char* label;
 };
-constexpr Entry_line Entry_lines[] = {
-    {DR::ENTRY::Number, AS::number, "Entry Number"},
-    {DR::ENTRY::Status, AS::number, "Entry Status"},
-    {DR::ENTRY::Format, AS::number, "Entry Format"},
-    {DR::ENTRY::Length, AS::number, "Entry Length"},
-    {DR::ENTRY::Unit_id, AS::four_digits, "Unit ID"}, // kept: decimal-unit-id. Hexadecimal everywhere else.
-    {DR::ENTRY::Event, AS::number, "Event Number"},
-    {DR::ENTRY::Header_flag, AS::number, "Event Header Flag"},
-    {DR::ENTRY::Trailer_flag, AS::number, "Event Trailer Flag"},
-    {DR::ENTRY::Stream, AS::number, "Stream Number"},
-    {DR::ENTRY::Strm_name, AS::name, "Data Stream Name"},
-    {DR::ENTRY::Trg_type, AS::name, "Trigger Type"},
-    {DR::ENTRY::Data_format, AS::hex, "Data Format"},
-    {DR::ENTRY::Location, AS::block, "Data Location (Block)"},
-    {DR::ENTRY::Blocks, AS::ten_digits, "Data Length (Blocks)"},
-    {DR::ENTRY::Errors, AS::number, "Disk Errors (Blocks)"},
+constexpr EntryLine Entry_lines[] = {
+    {DR::ENTRY::Number, ShownAs::number, "Entry Number"},
+    {DR::ENTRY::Status, ShownAs::number, "Entry Status"},
+    {DR::ENTRY::Format, ShownAs::number, "Entry Format"},
+    {DR::ENTRY::Length, ShownAs::number, "Entry Length"},
+    {DR::ENTRY::Unit_id, ShownAs::four_digits,
+     "Unit ID"}, // kept: decimal-unit-id. Hexadecimal everywhere else.
+    {DR::ENTRY::Event, ShownAs::number, "Event Number"},
+    {DR::ENTRY::Header_flag, ShownAs::number, "Event Header Flag"},
+    {DR::ENTRY::Trailer_flag, ShownAs::number, "Event Trailer Flag"},
+    {DR::ENTRY::Stream, ShownAs::number, "Stream Number"},
+    {DR::ENTRY::Strm_name, ShownAs::name, "Data Stream Name"},
+    {DR::ENTRY::Trg_type, ShownAs::name, "Trigger Type"},
+    {DR::ENTRY::Data_format, ShownAs::hex, "Data Format"},
+    {DR::ENTRY::Location, ShownAs::block, "Data Location (Block)"},
+    {DR::ENTRY::Blocks, ShownAs::ten_digits, "Data Length (Blocks)"},
+    {DR::ENTRY::Errors, ShownAs::number, "Disk Errors (Blocks)"},
 };
 
 constexpr const char* Time_labels[DR::ENTRY::Times.count] = {
@@ -50,7 +51,7 @@ constexpr const char* Time_labels[DR::ENTRY::Times.count] = {
 };
 
 /// The lines of one entry, each at most 64 characters long.
-struct PAGE {
+struct TextPage {
     char bytes[64 * (std::size(Entry_lines) + std::size(Time_labels) + 1)];
     size_t used = 0;
 
@@ -67,20 +68,20 @@ struct PAGE {
 };
 
 /// Adds the value of a field. `origin` is the block that locations count from.
-void put_value(PAGE& page, const PACKET& pkt, Span where, AS as, uint32_t origin)
+void put_value(TextPage& page, const PACKET& pkt, Span where, ShownAs as, uint32_t origin)
 {
-    switch (as) {
-    case AS::number: page.print("%u", number(pkt, where)); break;
-    case AS::four_digits: page.print("%04u", number(pkt, where)); break;
-    case AS::ten_digits: page.print("%010u", number(pkt, where)); break;
-    case AS::hex: page.print("%02X", number(pkt, where)); break;
-    case AS::block: page.print("%010u", number(pkt, where) + origin); break;
-    case AS::name: page.print("%*.*s", where.len, where.len, text(pkt, where).data()); break;
+    switch (as) { // never taken: the enumeration has no other value
+    case ShownAs::number: page.print("%u", number(pkt, where)); break;
+    case ShownAs::four_digits: page.print("%04u", number(pkt, where)); break;
+    case ShownAs::ten_digits: page.print("%010u", number(pkt, where)); break;
+    case ShownAs::hex: page.print("%02X", number(pkt, where)); break;
+    case ShownAs::block: page.print("%010u", number(pkt, where) + origin); break;
+    case ShownAs::name: page.print("%*.*s", where.len, where.len, text(pkt, where).data()); break;
     }
 }
 
 /// Adds a time; nothing if its packed form is 0.
-void put_time(PAGE& page, const PACKET& pkt, Span packed, Span millis)
+void put_time(TextPage& page, const PACKET& pkt, Span packed, Span millis)
 {
     if (number(pkt, packed) == 0) return;
     char digits[14];
@@ -89,10 +90,10 @@ void put_time(PAGE& page, const PACKET& pkt, Span packed, Span millis)
                number(pkt, millis));
 }
 
-void make_entry(PAGE& page, const PACKET& pkt, int entry, uint32_t origin)
+void make_entry(TextPage& page, const PACKET& pkt, int entry, uint32_t origin)
 {
     page.print("\r\n");
-    for (const Entry_line& line : Entry_lines) {
+    for (const EntryLine& line : Entry_lines) {
         page.label(line.label);
         put_value(page, pkt, in_entry(entry, line.where), line.as, origin);
         page.print("\r\n");
@@ -108,7 +109,7 @@ void make_entry(PAGE& page, const PACKET& pkt, int entry, uint32_t origin)
 void log_entry(OUT_FILE& log, const PACKET& pkt, int entry, uint32_t origin, uint32_t times)
 {
     if (!given(text(pkt, {entry, 1}))) return;
-    PAGE page;
+    TextPage page;
     make_entry(page, pkt, entry, origin);
     for (; times > 0; --times) log.write(page.view());
 }

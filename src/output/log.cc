@@ -184,7 +184,7 @@ void log_head(OUT_FILE& file, const PACKET& pkt, char mark)
     file.took(static_cast<uint32_t>(to - line));
 }
 
-void log_block(OUT_FILE& file, const PACKET& pkt, BLOCK_DUMP dump)
+void log_block(OUT_FILE& file, const PACKET& pkt, BlockDump dump)
 {
     const int count = std::min<int>(bcd(pkt, HDR::Byte_cnt), Packet_size);
     switch (dump) {

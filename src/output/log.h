@@ -21,14 +21,14 @@ void Log_fhdr(OUT_FILE& file);
 /// Writes the summary line of a packet, with a mark from take_mark().
 void log_head(OUT_FILE& file, const PACKET& pkt, char mark);
 
-enum BLOCK_DUMP : uint16_t {
+enum BlockDump : uint16_t {
     DUMP_WHOLE = 0,   ///< the whole packet in hexadecimal
     DUMP_TEXT = 4,    ///< as text, from byte 24 up to the byte count
     DUMP_COUNTED = 5, ///< carried: counted-dump. In hexadecimal up to the byte count
 };
 
 /// Dumps a packet and an empty line; for an unknown kind of dump only the empty line.
-void log_block(OUT_FILE& file, const PACKET& pkt, BLOCK_DUMP dump);
+void log_block(OUT_FILE& file, const PACKET& pkt, BlockDump dump);
 
 /// Writes first sample, last sample and count of a compressed packet, as stored and as decoded (`count`
 /// samples), and dumps the packet.

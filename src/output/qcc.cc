@@ -16,7 +16,7 @@ constexpr char Column_head[] =
     "\r\n                        Min          Max        Range         Mean       St Dev";
 
 /// The two files to which the lines of an event are written.
-struct BOTH {
+struct BothFiles {
     OUT_FILE* run;
     OUT_FILE* unit; ///< null when the unit is not the current one
 
@@ -32,7 +32,7 @@ struct BOTH {
 };
 
 /// Writes the summary line of the trailer, or that there is none.
-void store_head(const BOTH& files, const EVT_T& evt, const PACKET* trailer)
+void store_head(const BothFiles& files, const EVT_T& evt, const PACKET* trailer)
 {
     if (trailer) {
         const char mark = take_mark(); // reset even if no line shows it
@@ -44,7 +44,7 @@ void store_head(const BOTH& files, const EVT_T& evt, const PACKET* trailer)
 }
 
 /// kept: seven-zeros. An event without statistics shows one zero less than a channel without.
-void store_no_event(const BOTH& files, const UNIT_T& unit)
+void store_no_event(const BothFiles& files, const UNIT_T& unit)
 {
     if (files.unit) files.unit->print("\r\n   Channel ---");
     files.run->print("\r\n   %04hX    ---", unit.unit_id);
@@ -63,7 +63,7 @@ void store_numbers(OUT_FILE& file, const CHN_T& chn)
     file.print(" %12.4f %12.4f", mean, std::sqrt(v / (n - 1)));
 }
 
-void store_channel(const BOTH& files, const UNIT_T& unit, CHN_T& chn)
+void store_channel(const BothFiles& files, const UNIT_T& unit, CHN_T& chn)
 {
     // kept: qc-channels-from-zero. Everything else counts channels from 1.
     if (files.unit) files.unit->print("\r\n   Channel %2u:", chn.id.channel);
@@ -100,7 +100,7 @@ void Qcc_fhdr(OUT_FILE& file)
 
 void Qcc_store(UNIT_T& unit, EVT_T& evt, const PACKET* trailer)
 {
-    const BOTH files{&FdQcc, unit.qcc_open ? &unit.qcc_fp : nullptr};
+    const BothFiles files{&FdQcc, unit.qcc_open ? &unit.qcc_fp : nullptr};
     store_head(files, evt, trailer);
     files.write(Column_head);
     if (!evt.chn || evt.bad) {

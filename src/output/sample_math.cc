@@ -23,7 +23,7 @@ namespace {
 constexpr double Exact_max = 9007199254740992.0;
 
 /// What one pass over samples finds.
-struct DIGEST {
+struct Digest {
     int32_t min, max;
     uint32_t sum;     ///< modulo 2^32
     uint64_t squares; ///< sum of the squares, modulo 2^64; 0 unless asked for
@@ -31,9 +31,9 @@ struct DIGEST {
 
 /// Writes n samples as floats, n at least 1, and returns their digest. Sums the squares only if `squares` is
 /// true.
-VX_WIDE DIGEST write_and_digest(const int32_t* samples, size_t n, char* to, bool squares)
+VX_WIDE Digest write_and_digest(const int32_t* samples, size_t n, char* to, bool squares)
 {
-    DIGEST d{samples[0], samples[0], 0, 0};
+    Digest d{samples[0], samples[0], 0, 0};
     for (size_t i = 0; i < n; ++i) {
         const int32_t x = samples[i];
         d.min = x < d.min ? x : d.min;
@@ -46,7 +46,7 @@ VX_WIDE DIGEST write_and_digest(const int32_t* samples, size_t n, char* to, bool
 }
 
 /// The largest magnitude among the samples.
-double reach(const DIGEST& d)
+double reach(const Digest& d)
 {
     return std::max(std::fabs(static_cast<double>(d.min)), std::fabs(static_cast<double>(d.max)));
 }
@@ -60,7 +60,7 @@ VX_WIDE int64_t whole_sum(const int32_t* samples, size_t n)
 
 /// The exact sum. Where n times the range of the samples fits into 31 bits, as in most packets, the sum
 /// modulo 2^32 is enough to compute it.
-int64_t sum_of(const int32_t* samples, uint32_t n, const DIGEST& d)
+int64_t sum_of(const int32_t* samples, uint32_t n, const Digest& d)
 {
     const int64_t width = static_cast<int64_t>(d.max) - d.min;
     if (width * n > INT32_MAX) return whole_sum(samples, n);
@@ -69,7 +69,7 @@ int64_t sum_of(const int32_t* samples, uint32_t n, const DIGEST& d)
 }
 
 /// Adds the samples to the sum: at once while that is exact, else one after the other.
-void add_to_sum(Statistics& s, const int32_t* samples, uint32_t n, const DIGEST& d)
+void add_to_sum(TraceStatistics& s, const int32_t* samples, uint32_t n, const Digest& d)
 {
     if (std::fabs(s.sum) + n * reach(d) <= Exact_max) {
         s.sum += static_cast<double>(sum_of(samples, n, d));
@@ -80,15 +80,15 @@ void add_to_sum(Statistics& s, const int32_t* samples, uint32_t n, const DIGEST&
 
 constexpr uint32_t Lanes = 4;
 constexpr uint32_t Runs = 2 * Lanes;
-using DOUBLES = double __attribute__((vector_size(8 * Lanes)));
+using DoubleLanes = double __attribute__((vector_size(8 * Lanes)));
 
 /// Transposes a matrix.
-[[gnu::always_inline]] inline void transpose(DOUBLES (&m)[Lanes])
+[[gnu::always_inline]] inline void transpose(DoubleLanes (&m)[Lanes])
 {
-    const DOUBLES a = __builtin_shufflevector(m[0], m[1], 0, 4, 2, 6);
-    const DOUBLES b = __builtin_shufflevector(m[0], m[1], 1, 5, 3, 7);
-    const DOUBLES c = __builtin_shufflevector(m[2], m[3], 0, 4, 2, 6);
-    const DOUBLES d = __builtin_shufflevector(m[2], m[3], 1, 5, 3, 7);
+    const DoubleLanes a = __builtin_shufflevector(m[0], m[1], 0, 4, 2, 6);
+    const DoubleLanes b = __builtin_shufflevector(m[0], m[1], 1, 5, 3, 7);
+    const DoubleLanes c = __builtin_shufflevector(m[2], m[3], 0, 4, 2, 6);
+    const DoubleLanes d = __builtin_shufflevector(m[2], m[3], 1, 5, 3, 7);
     m[0] = __builtin_shufflevector(a, c, 0, 1, 4, 5);
     m[1] = __builtin_shufflevector(b, d, 0, 1, 4, 5);
     m[2] = __builtin_shufflevector(a, c, 2, 3, 6, 7);
@@ -99,19 +99,19 @@ using DOUBLES = double __attribute__((vector_size(8 * Lanes)));
 /// with start[0] and once with start[1]; end[0] and end[1] hold the sums of the runs.
 VX_WIDE void add_runs(const int32_t* samples, size_t length, const double (&start)[2], double (&end)[2][Runs])
 {
-    DOUBLES even[2] = {DOUBLES{} + start[0], DOUBLES{} + start[0]};
-    DOUBLES odd[2] = {DOUBLES{} + start[1], DOUBLES{} + start[1]};
+    DoubleLanes even[2] = {DoubleLanes{} + start[0], DoubleLanes{} + start[0]};
+    DoubleLanes odd[2] = {DoubleLanes{} + start[1], DoubleLanes{} + start[1]};
     size_t at = 0;
     for (; at + Lanes <= length; at += Lanes)
         for (size_t half = 0; half < 2; ++half) {
-            DOUBLES squares[Lanes];
+            DoubleLanes squares[Lanes];
             for (size_t i = 0; i < Lanes; ++i) {
                 const int32_t* const x = samples + (half * Lanes + i) * length + at;
-                squares[i] = DOUBLES{1.0 * x[0], 1.0 * x[1], 1.0 * x[2], 1.0 * x[3]};
+                squares[i] = DoubleLanes{1.0 * x[0], 1.0 * x[1], 1.0 * x[2], 1.0 * x[3]};
                 squares[i] *= squares[i];
             }
             transpose(squares);
-            for (const DOUBLES& step : squares) {
+            for (const DoubleLanes& step : squares) {
                 even[half] += step;
                 odd[half] += step;
             }
@@ -119,7 +119,7 @@ VX_WIDE void add_runs(const int32_t* samples, size_t length, const double (&star
     for (; at < length; ++at)
         for (size_t half = 0; half < 2; ++half) {
             const int32_t* const x = samples + half * Lanes * length + at;
-            DOUBLES step{1.0 * x[0], 1.0 * x[length], 1.0 * x[2 * length], 1.0 * x[3 * length]};
+            DoubleLanes step{1.0 * x[0], 1.0 * x[length], 1.0 * x[2 * length], 1.0 * x[3 * length]};
             step *= step;
             even[half] += step;
             odd[half] += step;
@@ -173,7 +173,7 @@ bool add_squares_in_runs(double& sum, const int32_t* samples, uint32_t n)
 }
 
 /// Adds the samples' squares to their sum, in the fastest way that gives the same bits.
-void add_to_squares(Statistics& s, const int32_t* samples, uint32_t n, const DIGEST& d)
+void add_to_squares(TraceStatistics& s, const int32_t* samples, uint32_t n, const Digest& d)
 {
     if (s.sq_sum + n * reach(d) * reach(d) <= Exact_max) {
         s.sq_sum += static_cast<double>(d.squares);
@@ -183,7 +183,7 @@ void add_to_squares(Statistics& s, const int32_t* samples, uint32_t n, const DIG
 }
 
 /// Updates the extremes. The place of a new one is that of the first sample with its value.
-void move_extremes(Statistics& s, uint32_t before, const int32_t* samples, uint32_t n, const DIGEST& d)
+void move_extremes(TraceStatistics& s, uint32_t before, const int32_t* samples, uint32_t n, const Digest& d)
 {
     const auto place = [&](int32_t value) {
         return before + 1 + static_cast<uint32_t>(std::find(samples, samples + n, value) - samples);
@@ -200,7 +200,7 @@ void move_extremes(Statistics& s, uint32_t before, const int32_t* samples, uint3
 
 } // namespace
 
-void add_samples_one_by_one(Statistics& s, uint32_t before, const int32_t* samples, uint32_t n, char* to)
+void add_samples_one_by_one(TraceStatistics& s, uint32_t before, const int32_t* samples, uint32_t n, char* to)
 {
     for (uint32_t i = 0; i < n; ++i) {
         const double x = samples[i];
@@ -218,11 +218,11 @@ void add_samples_one_by_one(Statistics& s, uint32_t before, const int32_t* sampl
     }
 }
 
-void add_samples(Statistics& s, uint32_t before, const int32_t* samples, uint32_t n, char* to)
+void add_samples(TraceStatistics& s, uint32_t before, const int32_t* samples, uint32_t n, char* to)
 {
     if (n == 0) return;
     const bool squares = s.sq_sum <= Exact_max; // above, add_to_squares does not use them
-    const DIGEST d = write_and_digest(samples, n, to, squares);
+    const Digest d = write_and_digest(samples, n, to, squares);
     add_to_sum(s, samples, n, d);
     add_to_squares(s, samples, n, d);
     move_extremes(s, before, samples, n, d);

@@ -4,11 +4,11 @@
 #include <cstring>
 
 /// The two hexadecimal digits of every byte, and a blank.
-struct HEX {
+struct HexBytes {
     char of[256][3];
 };
-static constexpr HEX Hex = [] {
-    HEX h{};
+static constexpr HexBytes Hex = [] {
+    HexBytes h{};
     for (int b = 0; b < 256; ++b) {
         h.of[b][0] = "0123456789ABCDEF"[b >> 4];
         h.of[b][1] = "0123456789ABCDEF"[b & 15];

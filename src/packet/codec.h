@@ -6,11 +6,11 @@
 #include <cstring>
 
 /// The two digits of every byte.
-struct DIGITS {
+struct DigitPairs {
     char of[256][2];
 };
-inline constexpr DIGITS Digits = [] {
-    DIGITS d{};
+inline constexpr DigitPairs Digits = [] {
+    DigitPairs d{};
     for (int b = 0; b < 256; ++b) {
         d.of[b][0] = static_cast<char>('0' + (b >> 4));
         d.of[b][1] = static_cast<char>('0' + (b & 15));
@@ -72,10 +72,10 @@ inline uint32_t be32(const uint8_t* p)
 }
 
 /// Writes a word, the most significant byte first.
-template <class BYTE>
-void put_be32(BYTE* to, uint32_t word)
+template <class Byte>
+void put_be32(Byte* to, uint32_t word)
 {
-    for (int i = 0; i < 4; ++i) to[i] = static_cast<BYTE>(word >> (24 - 8 * i));
+    for (int i = 0; i < 4; ++i) to[i] = static_cast<Byte>(word >> (24 - 8 * i));
 }
 
 /// carried: sized-integers. kept: little-endian-reads-big. Reads n (1 to 4) bytes upward from `at`, the first
@@ -89,7 +89,8 @@ int32_t big_endian_in(const uint8_t* at, uint16_t n);
 /// carried: sized-integers. Writes n bytes of a value, the lowest first, upward from `to`.
 void little_endian_out(uint32_t value, uint8_t* to, uint16_t n);
 
-/// carried: sized-integers. kept: big-endian-starts-at-3. Writes n bytes of a value, the lowest first, downward from `to` + 3.
+/// carried: sized-integers. kept: big-endian-starts-at-3. Writes n bytes of a value, the lowest first,
+/// downward from `to` + 3.
 void big_endian_out(uint32_t value, uint8_t* to, uint16_t n);
 
 /// The value of a big-endian field of 2 or 4 bytes; 2 bytes are not sign-extended. For any other n prints a

@@ -8,21 +8,21 @@ PKT code_set(const uint8_t* letters)
     return PKT_UNKNOWN;
 }
 
-ENCODING encoding_of(uint8_t format)
+Encoding encoding_of(uint8_t format)
 {
     switch (format) {
     case 0x01:
     case 0x16:
-    case 0x17: return ENCODING::int16;
+    case 0x17: return Encoding::int16;
     case 0x00:
     case 0x32:
-    case 0x33: return ENCODING::int32;
+    case 0x33: return Encoding::int32;
     case 0x02:
     case 0x03:
     case 0xC0:
-    case 0xC1: return ENCODING::steim1;
+    case 0xC1: return Encoding::steim1;
     case 0xC2:
-    case 0xC3: return ENCODING::steim2;
-    default: return ENCODING::none;
+    case 0xC3: return Encoding::steim2;
+    default: return Encoding::none;
     }
 }

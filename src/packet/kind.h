@@ -27,9 +27,9 @@ inline constexpr char Pkt_codes[] = "EHETDTSHSCDSCDOMADDRNHNTFD";
 PKT code_set(const uint8_t* letters);
 
 /// How the samples of a DT packet are encoded.
-enum class ENCODING : uint8_t { none, int16, int32, steim1, steim2 };
+enum class Encoding : uint8_t { none, int16, int32, steim1, steim2 };
 
 /// The encoding that a data format byte stands for; none for a format the program does not know.
-ENCODING encoding_of(uint8_t format);
+Encoding encoding_of(uint8_t format);
 
 inline constexpr uint8_t Format_16_bit = 0x16; ///< the only format for which a channel's word_bits is 16

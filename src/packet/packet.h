@@ -46,6 +46,7 @@ inline std::string_view text(const PACKET& pkt, Span field)
 /// The first byte of a field; a blank if that is past the packet's end.
 inline uint8_t byte(const PACKET& pkt, Span field)
 {
+    // never taken: no field that src reads lies behind the end
     return field.at < Packet_size ? pkt.bytes[field.at] : ' ';
 }
 
@@ -72,7 +73,7 @@ inline uint32_t number(const PACKET& pkt, Span field)
 /// True when a text field is given: it does not begin with a blank.
 inline bool given(std::string_view field)
 {
-    return !field.empty() && field.front() != ' ';
+    return !field.empty() && field.front() != ' '; // never taken: no field that src reads lies behind the end
 }
 
 /// The flags byte; FLAG has its bits.

@@ -51,14 +51,14 @@ void Buf_32(const PACKET& pkt, DATA_BUF& out)
     decode_plain<4>(pkt, out, 250);
 }
 
-Decoded decode_samples(const PACKET& pkt, ENCODING encoding, uint32_t& last, DATA_BUF& out)
+Decoded decode_samples(const PACKET& pkt, Encoding encoding, uint32_t& last, DATA_BUF& out)
 {
-    switch (encoding) {
-    case ENCODING::int16: Buf_16(pkt, out); break;
-    case ENCODING::int32: Buf_32(pkt, out); break;
-    case ENCODING::steim1: return Buf_c0(pkt, last, out);
-    case ENCODING::steim2: return Buf_c2(pkt, last, out);
-    case ENCODING::none: out.count = 0;
+    switch (encoding) { // never taken: the enumeration has no other value
+    case Encoding::int16: Buf_16(pkt, out); break;
+    case Encoding::int32: Buf_32(pkt, out); break;
+    case Encoding::steim1: return Buf_c0(pkt, last, out);
+    case Encoding::steim2: return Buf_c2(pkt, last, out);
+    case Encoding::none: out.count = 0;
     }
     return {};
 }

@@ -47,7 +47,7 @@ Decoded Buf_c2_by_word(const PACKET& pkt, uint32_t& last, DATA_BUF& out);
 
 /// Decodes a DT packet by its encoding; ENCODING::none gives no samples. `last` is as for Buf_c0;
 /// uncompressed packets do not change it.
-Decoded decode_samples(const PACKET& pkt, ENCODING encoding, uint32_t& last, DATA_BUF& out);
+Decoded decode_samples(const PACKET& pkt, Encoding encoding, uint32_t& last, DATA_BUF& out);
 
 /// Unpacks the sixteen 2-bit codes of a control word from its four bytes (big-endian).
 void C0_flag_cvt(const uint8_t* control, uint8_t* codes);

@@ -14,8 +14,7 @@
 
 namespace {
 
-constexpr int Words = DT::Frame_len / 4; ///< in a frame; word 0 (control word) has the codes of all
-constexpr int First_data_word = 3;       ///< in frame 1, after the first and last sample
+constexpr int Words = DT::Frame_words;
 
 const uint8_t* word_at(const PACKET& pkt, int frame, int word)
 {
@@ -23,7 +22,7 @@ const uint8_t* word_at(const PACKET& pkt, int frame, int word)
 }
 
 /// One decoding. All sums are modulo 2^32.
-struct STEIM {
+struct SteimDecoding {
     const PACKET& pkt;
     DATA_BUF& out;
     uint32_t x0;           ///< the stored first sample
@@ -32,7 +31,7 @@ struct STEIM {
     uint32_t diff = 0;     ///< "Calc start" of the log is this plus the last sample of the packet before
     bool mismatch = false; ///< the packet does not continue the one before
 
-    STEIM(const PACKET& p, DATA_BUF& o)
+    SteimDecoding(const PACKET& p, DATA_BUF& o)
         : pkt(p), out(o), x0(be32(word_at(p, 0, DT::X0_word))), xn(be32(word_at(p, 0, DT::Xn_word)))
     {
         out.count = 0;
@@ -46,6 +45,7 @@ struct STEIM {
         uint32_t count = out.count;
         for (const uint32_t difference : differences) {
             latest += difference;
+            // never taken: 223 words hold at most 1561 differences
             if (count < Samples_max) out.sample[count++] = static_cast<int32_t>(latest);
         }
         value = latest;
@@ -71,7 +71,7 @@ struct STEIM {
 };
 
 /// Difference i of a Steim-2 word, the most significant first.
-uint32_t steim2_difference(uint32_t word, STEIM_FIELDS fields, size_t i)
+uint32_t steim2_difference(uint32_t word, SteimFields fields, size_t i)
 {
     const unsigned shift = static_cast<unsigned>(fields.width * (fields.count - 1 - i));
     return static_cast<uint32_t>(Steim2_get_bits(word, shift, fields.width));
@@ -103,6 +103,7 @@ void each_word(const PACKET& pkt, int first, Word word)
 
 /// carried: flags-array-messages. Codes have two bits, so neither this message nor the others about codes are
 /// ever printed.
+// never run: a difference code has two bits
 void complain_about_first(const PACKET& pkt, const uint8_t* codes)
 {
     uint32_t in_memory;
@@ -117,25 +118,25 @@ uint32_t steim1_first(const PACKET& pkt)
     uint8_t codes[Words];
     C0_flag_cvt(word_at(pkt, 0, 0), codes);
     const uint8_t* word = word_at(pkt, 0, DT::First_data_word);
-    switch (codes[DT::First_data_word]) {
+    switch (codes[DT::First_data_word]) { // never taken: a difference code has two bits
     case 0: return 0;
     case 1: return signed_byte(word[0]);
     case 2: return signed_pair(word);
     case 3: return be32(word);
-    default: complain_about_first(pkt, codes); return 0;
+    default: complain_about_first(pkt, codes); return 0; // never run: a difference code has two bits
     }
 }
 
-void steim1_word(STEIM& s, unsigned code, const uint8_t* word)
+void steim1_word(SteimDecoding& s, unsigned code, const uint8_t* word)
 {
-    switch (code) {
+    switch (code) { // never taken: a difference code has two bits
     case 0: break;
     case 1: s.add_and_remember(bytes_of(word)); break;
     case 2: s.add_and_remember(std::array{signed_pair(word), signed_pair(word + 2)}); break;
     case 3:
         s.add(std::array{be32(word)});
         break; // kept: calc-start-8-16. A 32-bit difference is not remembered.
-    default: printf("Error in flags array: %u\n", code);
+    default: printf("Error in flags array: %u\n", code); // never run: a difference code has two bits
     }
 }
 
@@ -156,36 +157,36 @@ uint32_t steim2_first(const PACKET& pkt, int at)
     uint8_t codes[Words];
     C0_flag_cvt(word_at(pkt, 0, 0), codes);
     const uint32_t word = be32(word_at(pkt, 0, at));
-    switch (codes[at]) {
+    switch (codes[at]) { // never taken: a difference code has two bits
     case 1: return signed_byte(word_at(pkt, 0, at)[0]);
     case 2:
     case 3: {
-        const STEIM_FIELDS fields = Steim2_fields[codes[at]][word >> 30];
+        const SteimFields fields = Steim2_fields[codes[at]][word >> 30];
         return fields.count ? steim2_difference(word, fields, 0) : word; // kept: invalid-first-is-whole
     }
-    default: printf("Error in flags array\n"); return 0;
+    default: printf("Error in flags array\n"); return 0; // never run: a difference code has two bits
     }
 }
 
 /// Adds the differences of a Steim-2 word. With code and dnib as constants this is several times as fast,
 /// which matters in recordings whose packets are all unsound.
 template <unsigned code, unsigned dnib>
-void add_differences(STEIM& s, uint32_t word)
+void add_differences(SteimDecoding& s, uint32_t word)
 {
-    constexpr STEIM_FIELDS fields = Steim2_fields[code][dnib];
+    constexpr SteimFields fields = Steim2_fields[code][dnib];
     std::array<uint32_t, fields.count> differences;
     for (size_t i = 0; i < fields.count; ++i) differences[i] = steim2_difference(word, fields, i);
     s.add_and_remember(differences);
 }
 
-void steim2_word(STEIM& s, unsigned code, const uint8_t* bytes)
+void steim2_word(SteimDecoding& s, unsigned code, const uint8_t* bytes)
 {
     if (code == 0) return;
     if (code == 1) {
         s.add_and_remember(bytes_of(bytes));
         return;
     }
-    if (code > 3) {
+    if (code > 3) { // never run: a difference code has two bits
         printf("Error in flags array\n");
         return;
     }
@@ -203,7 +204,7 @@ void steim2_word(STEIM& s, unsigned code, const uint8_t* bytes)
 }
 
 /// The verdict (see Decoded). The next packet is checked against the stored last sample, not the decoded one.
-Decoded checked(const STEIM& s, uint32_t& last)
+Decoded checked(const SteimDecoding& s, uint32_t& last)
 {
     const bool sound = s.value == s.xn && s.pkt.samples == (s.out.count & 0xFFFF) && !s.mismatch;
     const Decoded decoded{sound, s.x0, s.xn, s.diff + last, s.value};
@@ -244,7 +245,7 @@ Decoded Buf_c0(const PACKET& pkt, uint32_t& last, DATA_BUF& out)
 
 Decoded Buf_c0_by_word(const PACKET& pkt, uint32_t& last, DATA_BUF& out)
 {
-    STEIM s(pkt, out);
+    SteimDecoding s(pkt, out);
     s.diff = steim1_first(pkt);
     s.start(last);
     each_word(pkt, DT::First_data_word,
@@ -261,7 +262,7 @@ Decoded Buf_c2(const PACKET& pkt, uint32_t& last, DATA_BUF& out)
 
 Decoded Buf_c2_by_word(const PACKET& pkt, uint32_t& last, DATA_BUF& out)
 {
-    STEIM s(pkt, out);
+    SteimDecoding s(pkt, out);
     const int first = steim2_first_word(pkt);
     s.diff = steim2_first(pkt, first);
     s.start(last);

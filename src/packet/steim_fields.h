@@ -4,15 +4,15 @@
 #include <cstdint>
 
 /// The count of differences in a word, and their width in bits. Count 0: the word is empty or invalid.
-struct STEIM_FIELDS {
+struct SteimFields {
     uint8_t count, width;
 };
 
 /// Steim-1, by code.
-inline constexpr STEIM_FIELDS Steim1_fields[4] = {{0, 0}, {4, 8}, {2, 16}, {1, 32}};
+inline constexpr SteimFields Steim1_fields[4] = {{0, 0}, {4, 8}, {2, 16}, {1, 32}};
 
 /// Steim-2, by code and dnib (the two top bits of the word). With code 1 these bits are data.
-inline constexpr STEIM_FIELDS Steim2_fields[4][4] = {
+inline constexpr SteimFields Steim2_fields[4][4] = {
     {{0, 0}, {0, 0}, {0, 0}, {0, 0}},
     {{4, 8}, {4, 8}, {4, 8}, {4, 8}},
     {{0, 0}, {1, 30}, {2, 15}, {3, 10}},

@@ -19,7 +19,7 @@ static_assert(Most + Lanes <= Samples_max, "whole vectors are written");
 /// entries in `up` and `down`, from place x Lanes on: difference i is the word shifted up by up[i], so that
 /// its sign bit is the top bit, and then down by down[i]. Entries past the count give values that are not
 /// used. Of `count` only the first entry is used.
-struct SPLITS {
+struct Splits {
     uint32_t up[16 * Lanes];
     int32_t down[16 * Lanes];
     uint32_t count[16 * Lanes];
@@ -27,11 +27,11 @@ struct SPLITS {
 
 /// Makes the lists. `fields_of(code, dnib)` returns the count and width of a word's differences.
 template <class Fields_of>
-constexpr SPLITS splits_of(Fields_of fields_of)
+constexpr Splits splits_of(Fields_of fields_of)
 {
-    SPLITS s{};
+    Splits s{};
     for (unsigned place = 0; place < 16; ++place) {
-        const STEIM_FIELDS f = fields_of(place / 4, place % 4);
+        const SteimFields f = fields_of(place / 4, place % 4);
         s.count[place * Lanes] = f.count;
         for (unsigned i = 0; i < f.count; ++i) {
             s.up[place * Lanes + i] = 32U - f.width * (f.count - i);
@@ -41,8 +41,8 @@ constexpr SPLITS splits_of(Fields_of fields_of)
     return s;
 }
 
-alignas(64) constexpr SPLITS Steim1 = splits_of([](unsigned code, unsigned) { return Steim1_fields[code]; });
-alignas(64) constexpr SPLITS Steim2 = splits_of([](unsigned code, unsigned dnib) {
+alignas(64) constexpr Splits Steim1 = splits_of([](unsigned code, unsigned) { return Steim1_fields[code]; });
+alignas(64) constexpr Splits Steim2 = splits_of([](unsigned code, unsigned dnib) {
     return Steim2_fields[code][dnib];
 });
 
@@ -51,56 +51,56 @@ constexpr uint32_t Invalid_low = 4 * 2 + 0;
 constexpr uint32_t Invalid_high = 4 * 3 + 3;
 static_assert(Steim2_fields[2][0].count == 0 && Steim2_fields[3][3].count == 0);
 
-using UINTS = uint32_t __attribute__((vector_size(4 * Lanes)));
-using INTS = int32_t __attribute__((vector_size(4 * Lanes)));
-using BYTES = uint8_t __attribute__((vector_size(4 * Lanes)));
+using UintLanes = uint32_t __attribute__((vector_size(4 * Lanes)));
+using IntLanes = int32_t __attribute__((vector_size(4 * Lanes)));
+using ByteLanes = uint8_t __attribute__((vector_size(4 * Lanes)));
 
 /// The differences of a packet, and the unused values after the last one.
-using DIFFERENCES = std::array<int32_t, Most + Lanes>;
+using DifferenceRun = std::array<int32_t, Most + Lanes>;
 
 /// The words of a frame in host order, and the index in the lists where the entries of each begin.
-struct FRAME {
+struct SteimFrame {
     alignas(32) uint32_t word[Words];
     alignas(32) uint32_t place[Words];
 };
 
 /// Writes values and indices of eight words of a frame. `down` is how far `codes` is shifted to bring each
 /// word's code to the lowest bits. Sets the lanes of `invalid` whose words are invalid in Steim-2.
-[[gnu::always_inline]] inline void take_apart(const uint8_t* from, uint32_t codes, const UINTS& down,
-                                              uint32_t* word, uint32_t* place, INTS& invalid)
+[[gnu::always_inline]] inline void take_apart(const uint8_t* from, uint32_t codes, const UintLanes& down,
+                                              uint32_t* word, uint32_t* place, IntLanes& invalid)
 {
-    UINTS v;
+    UintLanes v;
     memcpy(&v, from, sizeof v);
     if constexpr (std::endian::native == std::endian::little) {
-        const BYTES b = reinterpret_cast<BYTES>(v);
-        v = reinterpret_cast<UINTS>(__builtin_shufflevector(b, b, 3, 2, 1, 0, 7, 6, 5, 4, 11, 10, 9, 8, 15,
-                                                            14, 13, 12, 19, 18, 17, 16, 23, 22, 21, 20, 27,
-                                                            26, 25, 24, 31, 30, 29, 28));
+        const ByteLanes b = reinterpret_cast<ByteLanes>(v);
+        v = reinterpret_cast<UintLanes>(__builtin_shufflevector(b, b, 3, 2, 1, 0, 7, 6, 5, 4, 11, 10, 9, 8,
+                                                                15, 14, 13, 12, 19, 18, 17, 16, 23, 22, 21,
+                                                                20, 27, 26, 25, 24, 31, 30, 29, 28));
     }
-    const UINTS at = (((UINTS{} + codes) >> down) & 3U) << 2U | v >> 30U;
-    invalid |= reinterpret_cast<INTS>((at == Invalid_low) | (at == Invalid_high));
-    const UINTS first = at * static_cast<uint32_t>(Lanes);
+    const UintLanes at = (((UintLanes{} + codes) >> down) & 3U) << 2U | v >> 30U;
+    invalid |= reinterpret_cast<IntLanes>((at == Invalid_low) | (at == Invalid_high));
+    const UintLanes first = at * static_cast<uint32_t>(Lanes);
     memcpy(word, &v, sizeof v);
     memcpy(place, &first, sizeof first);
 }
 
 /// Writes the differences of a frame. Returns the place after the last.
-[[gnu::always_inline]] inline int32_t* cut_words(const uint8_t* frame, uint32_t codes, const SPLITS& splits,
-                                                 int32_t* to, INTS& invalid)
+[[gnu::always_inline]] inline int32_t* cut_words(const uint8_t* frame, uint32_t codes, const Splits& splits,
+                                                 int32_t* to, IntLanes& invalid)
 {
-    constexpr UINTS down_low = {30, 28, 26, 24, 22, 20, 18, 16};
-    constexpr UINTS down_high = {14, 12, 10, 8, 6, 4, 2, 0};
-    FRAME apart{};
+    constexpr UintLanes down_low = {30, 28, 26, 24, 22, 20, 18, 16};
+    constexpr UintLanes down_high = {14, 12, 10, 8, 6, 4, 2, 0};
+    SteimFrame apart{};
     take_apart(frame, codes, down_low, apart.word, apart.place, invalid);
     take_apart(frame + 4 * Lanes, codes, down_high, apart.word + Lanes, apart.place + Lanes, invalid);
 #pragma GCC unroll 16
-    for (int w = 0; w < Words; ++w) {
+    for (int w = 0; w < Words; ++w) { // never taken: in the copy for other processors
         const uint32_t place = apart.place[w];
-        UINTS up;
-        INTS down;
+        UintLanes up;
+        IntLanes down;
         memcpy(&up, splits.up + place, sizeof up);
         memcpy(&down, splits.down + place, sizeof down);
-        const INTS values = reinterpret_cast<INTS>((UINTS{} + apart.word[w]) << up) >> down;
+        const IntLanes values = reinterpret_cast<IntLanes>((UintLanes{} + apart.word[w]) << up) >> down;
         memcpy(to, &values, sizeof values);
         to += splits.count[place];
     }
@@ -109,27 +109,27 @@ struct FRAME {
 
 /// Widens the 8- or 16-bit differences of half a frame to 32 bits. With "unroll 1" the compiler makes vectors
 /// of this loop; unrolled it would not.
-template <class FIELD>
+template <class FieldType>
 [[gnu::always_inline]] inline void widen(const uint8_t* half_frame, int32_t* to)
 {
-    constexpr int size = sizeof(FIELD);
+    constexpr int size = sizeof(FieldType);
 #pragma GCC unroll 1
-    for (int i = 0; i < DT::Frame_len / 2 / size; ++i) {
+    for (int i = 0; i < DT::Frame_len / 2 / size; ++i) { // never taken: in the copy for other processors
         const uint8_t* const field = half_frame + i * size;
-        to[i] = static_cast<FIELD>(size == 1 ? *field : be16(field));
+        to[i] = static_cast<FieldType>(size == 1 ? *field : be16(field));
     }
 }
 
 /// Writes the differences of a frame whose words all hold 8-bit or all hold 16-bit differences, as many
 /// frames of Steim-1 recordings do. Returns the place after the last.
-template <class FIELD>
+template <class FieldType>
 [[gnu::always_inline]] inline int32_t* take_row(const uint8_t* frame, int32_t* to)
 {
-    constexpr int size = sizeof(FIELD);
+    constexpr int size = sizeof(FieldType);
     constexpr int n = 4 * (Words - 1) / size;
     constexpr int half = DT::Frame_len / 2;
-    widen<FIELD>(frame + 4, to);                      // words 1 to 8
-    widen<FIELD>(frame + half, to + n - half / size); // words 8 to 15
+    widen<FieldType>(frame + 4, to);                      // words 1 to 8
+    widen<FieldType>(frame + half, to + n - half / size); // words 8 to 15
     return to + n;
 }
 
@@ -138,17 +138,17 @@ constexpr uint32_t All_1 = 0x15555555;
 constexpr uint32_t All_2 = 0x2AAAAAAA;
 static_assert(Steim1_fields[1].width == 8 && Steim2_fields[1][0].width == 8 && Steim1_fields[2].width == 16);
 
-struct FOUND {
+struct Found {
     int count;  ///< of the differences
     bool valid; ///< no word is invalid in Steim-2
 };
 
 /// Writes all differences of a packet, in order. The codes of control words and of the two samples in frame 1
 /// are masked: they hold none.
-VX_WIDE FOUND differences_of(const uint8_t* frame, const SPLITS& splits, bool steim2, int32_t* differences)
+VX_WIDE Found differences_of(const uint8_t* frame, const Splits& splits, bool steim2, int32_t* differences)
 {
     int32_t* to = differences;
-    INTS invalid{};
+    IntLanes invalid{};
     for (int f = 0; f < DT::Frame_cnt; ++f, frame += DT::Frame_len) {
         const uint32_t codes = be32(frame) & (f == 0 ? 0x03FFFFFFU : 0x3FFFFFFFU);
         if (codes == All_1)
@@ -168,14 +168,14 @@ VX_WIDE FOUND differences_of(const uint8_t* frame, const SPLITS& splits, bool st
 /// addition per vector waits for the vector before.
 VX_WIDE uint32_t sum_up(const int32_t* differences, int n, uint32_t value, int32_t* samples)
 {
-    UINTS before = UINTS{} + value;
+    UintLanes before = UintLanes{} + value;
     for (int at = 0; at < n; at += Lanes) {
-        UINTS v;
+        UintLanes v;
         memcpy(&v, differences + at, sizeof v);
-        v += __builtin_shufflevector(UINTS{}, v, 0, 8, 9, 10, 4, 12, 13, 14);
-        v += __builtin_shufflevector(UINTS{}, v, 0, 1, 8, 9, 4, 5, 12, 13);
-        v += __builtin_shufflevector(UINTS{}, v, 0, 1, 2, 3, 11, 11, 11, 11);
-        const UINTS sums = v + before;
+        v += __builtin_shufflevector(UintLanes{}, v, 0, 8, 9, 10, 4, 12, 13, 14);
+        v += __builtin_shufflevector(UintLanes{}, v, 0, 1, 8, 9, 4, 5, 12, 13);
+        v += __builtin_shufflevector(UintLanes{}, v, 0, 1, 2, 3, 11, 11, 11, 11);
+        const UintLanes sums = v + before;
         memcpy(samples + at, &sums, sizeof sums);
         before += __builtin_shufflevector(v, v, 7, 7, 7, 7, 7, 7, 7, 7);
     }
@@ -183,12 +183,12 @@ VX_WIDE uint32_t sum_up(const int32_t* differences, int n, uint32_t value, int32
 }
 
 /// Decodes a packet; see steim_table.h.
-bool by_table(const PACKET& pkt, const SPLITS& splits, bool steim2, uint32_t last, DATA_BUF& out)
+bool by_table(const PACKET& pkt, const Splits& splits, bool steim2, uint32_t last, DATA_BUF& out)
 {
     const uint8_t* const frames = bytes(pkt, {DT::Frames, Packet_size - DT::Frames});
     const uint32_t x0 = be32(frames + 4 * DT::X0_word);
     const uint32_t xn = be32(frames + 4 * DT::Xn_word);
-    static DIFFERENCES differences;
+    static DifferenceRun differences;
     const auto [n, valid] = differences_of(frames, splits, steim2, differences.data());
     if (n == 0 || (steim2 && !valid) || static_cast<uint16_t>(n) != pkt.samples) return false;
 

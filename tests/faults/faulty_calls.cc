@@ -43,18 +43,18 @@ void* __libc_realloc(void* old, size_t size);
 
 namespace {
 
-enum KIND { OPEN, READ, WRITE, CLOSE, MKDIR, STAT, MEMORY, CONSOLE, LIMIT, KINDS };
+enum CallKind { OPEN, READ, WRITE, CLOSE, MKDIR, STAT, MEMORY, CONSOLE, LIMIT, KINDS };
 constexpr std::string_view Kind_names[KINDS] = {"open", "read",   "write",   "close", "mkdir",
                                                 "stat", "memory", "console", "limit"};
 constexpr int Done = KINDS; ///< behind the counts: the faults that happened
 
-enum class HOW { error, part, kill, torn, move };
+enum class FailHow { error, part, kill, torn, move };
 
 bool On; ///< from the constructor on
-KIND Kind = KINDS;
+CallKind Kind = KINDS;
 uint32_t At;
 bool Always;
-HOW How;
+FailHow How;
 int Error;
 const char* Folder;
 size_t Least;       ///< bytes of a request for memory that counts
@@ -78,21 +78,21 @@ void move_folder()
 }
 
 /// Counts a call. True when it is the one that is to fail; what needs no more than that is done here.
-bool struck(KIND kind)
+bool struck(CallKind kind)
 {
     if (!On) return false;
     const uint32_t n = ++Counts[kind];
     if (kind != Kind || n < At || (n > At && !Always)) return false;
     ++Counts[Done];
-    if (How == HOW::kill) raise(SIGKILL);
-    if (How == HOW::move) move_folder();
-    return How != HOW::move;
+    if (How == FailHow::kill) raise(SIGKILL);
+    if (How == FailHow::move) move_folder();
+    return How != FailHow::move;
 }
 
 /// The call fails. False when it is to go on, for less than was asked.
-bool fails(KIND kind)
+bool fails(CallKind kind)
 {
-    if (!struck(kind) || How != HOW::error) return false;
+    if (!struck(kind) || How != FailHow::error) return false;
     errno = Error;
     return true;
 }
@@ -105,7 +105,7 @@ bool memory_fails(size_t size)
 ssize_t read_from(int fd, void* to, size_t n)
 {
     if (struck(READ)) {
-        if (How == HOW::error) {
+        if (How == FailHow::error) {
             errno = Error;
             return -1;
         }
@@ -114,15 +114,15 @@ ssize_t read_from(int fd, void* to, size_t n)
     return syscall(SYS_read, fd, to, n);
 }
 
-ssize_t write_to(KIND kind, int fd, const void* from, size_t n)
+ssize_t write_to(CallKind kind, int fd, const void* from, size_t n)
 {
     if (struck(kind)) {
-        if (How == HOW::error) {
+        if (How == FailHow::error) {
             errno = Error;
             return -1;
         }
         n = (n + 1) / 2;
-        if (How == HOW::torn) {
+        if (How == FailHow::torn) {
             if (syscall(SYS_write, fd, from, n) >= 0) raise(SIGKILL);
         }
     }
@@ -221,20 +221,21 @@ void read_orders()
     };
     const std::string_view kind = text("VX_FAULT_KIND"), how = text("VX_FAULT_HOW"), at = text("VX_FAULT_AT");
     const std::string_view space = text("VX_FAULT_SPACE"), least = text("VX_FAULT_LEAST");
-    if (!kind.empty()) Kind = static_cast<KIND>(std::find(Kind_names, Kind_names + KINDS, kind) - Kind_names);
+    if (!kind.empty())
+        Kind = static_cast<CallKind>(std::find(Kind_names, Kind_names + KINDS, kind) - Kind_names);
     if ((!kind.empty() && Kind == KINDS) || (!kind.empty() && at.empty())) abort();
     if (!at.empty()) At = static_cast<uint32_t>(strtoul(at.data(), nullptr, 10));
     if (!least.empty()) Least = strtoul(least.data(), nullptr, 10);
     if (!space.empty()) Space = strtoll(space.data(), nullptr, 10);
     Always = text("VX_FAULT_ALWAYS") == "1";
     Folder = getenv("VX_FAULT_FOLDER");
-    How = how == "short"  ? HOW::part
-          : how == "kill" ? HOW::kill
-          : how == "torn" ? HOW::torn
-          : how == "move" ? HOW::move
-                          : HOW::error;
-    if (How == HOW::error && !how.empty()) Error = static_cast<int>(strtol(how.data(), nullptr, 10));
-    if (!kind.empty() && How == HOW::error && Error == 0) abort();
+    How = how == "short"  ? FailHow::part
+          : how == "kill" ? FailHow::kill
+          : how == "torn" ? FailHow::torn
+          : how == "move" ? FailHow::move
+                          : FailHow::error;
+    if (How == FailHow::error && !how.empty()) Error = static_cast<int>(strtol(how.data(), nullptr, 10));
+    if (!kind.empty() && How == FailHow::error && Error == 0) abort();
 }
 
 void share_counts()

@@ -19,30 +19,30 @@
 namespace {
 
 using fuzz::demand;
-using DECODER = Decoded (*)(const PACKET&, uint32_t&, DATA_BUF&);
+using DecodeFunction = Decoded (*)(const PACKET&, uint32_t&, DATA_BUF&);
 
 /// What the input's first byte asks for; the lowest two bits are the encoding.
-enum WANTED : uint8_t {
+enum Wanted : uint8_t {
     COMPLAIN = 4, ///< odd packets are told of in the log
     SOUND = 8,    ///< the count and the last sample of a Steim packet are made the right ones
     FOLLOWS = 16, ///< the sample before is made the right one
-    SUMS = 32,    ///< the samples are summed up
+    Sums = 32,    ///< the samples are summed up
     NOISE = 64,   ///< the packet is mixed with noise, which the sample before seeds
     ODD = 128,    ///< words that Steim-2 does not have stay in a packet that is made sound
 };
 
 /// One way to decode, with a channel's last sample, sums and a log of its own.
-struct SIDE {
+struct Side {
     OUT_FILE log_file;
     uint32_t last = 0;
     Decoded verdict;
-    Statistics stats;
+    TraceStatistics stats;
     DATA_BUF out{};
     std::string shown; ///< on the console
     int rest;          ///< what stands in samples that nobody decoded
 
-    explicit SIDE(int fill) : rest(fill) { fuzz::open_nowhere(log_file); }
-    void decode(DECODER decoder, const PACKET& pkt, uint32_t last_before)
+    explicit Side(int fill) : rest(fill) { fuzz::open_nowhere(log_file); }
+    void decode(DecodeFunction decoder, const PACKET& pkt, uint32_t last_before)
     {
         last = last_before;
         take([&] { verdict = decoder(pkt, last, out); });
@@ -68,7 +68,7 @@ private:
 };
 
 /// A packet on the heap, so that a read behind its end is noticed.
-struct PAGE {
+struct TextPage {
     std::unique_ptr<uint8_t[]> bytes = std::make_unique<uint8_t[]>(Packet_size);
 
     PACKET packet() const { return PACKET(bytes.get()); }
@@ -86,7 +86,7 @@ struct PAGE {
 constexpr int X0 = 68, Xn = 72; // where the first and the last sample are stored
 
 /// The difference that leads to the packet's first sample: the topmost field of the first word with data.
-uint32_t lead_of(const PAGE& page, int level)
+uint32_t lead_of(const TextPage& page, int level)
 {
     const auto code = [&](int w) { return page.word(DT::Frames) >> (30 - 2 * w) & 3; };
     int w = 3;
@@ -94,18 +94,18 @@ uint32_t lead_of(const PAGE& page, int level)
     if (w == 16 || code(w) == 0) return 0;
     const uint32_t word = page.word(DT::Frames + 4 * w);
 
-    struct FIELD {
+    struct FieldType {
         int unused, width; // bits above the topmost field, bits of it
     };
-    static constexpr FIELD of_steim1[] = {{0, 0}, {0, 8}, {0, 16}, {0, 32}};
-    static constexpr FIELD of_steim2[2][4] = {{{0, 32}, {2, 30}, {2, 15}, {2, 10}},
-                                              {{2, 6}, {2, 5}, {4, 4}, {0, 32}}};
-    const FIELD f = level == 1 || code(w) == 1 ? of_steim1[code(w)] : of_steim2[code(w) - 2][word >> 30];
+    static constexpr FieldType of_steim1[] = {{0, 0}, {0, 8}, {0, 16}, {0, 32}};
+    static constexpr FieldType of_steim2[2][4] = {{{0, 32}, {2, 30}, {2, 15}, {2, 10}},
+                                                  {{2, 6}, {2, 5}, {4, 4}, {0, 32}}};
+    const FieldType f = level == 1 || code(w) == 1 ? of_steim1[code(w)] : of_steim2[code(w) - 2][word >> 30];
     return static_cast<uint32_t>(static_cast<int32_t>(word << f.unused) >> (32 - f.width));
 }
 
 /// Nothing in the tables' code tells one packet from another, so most of the variety comes from here.
-void mix_with_noise(PAGE& page, uint32_t seed)
+void mix_with_noise(TextPage& page, uint32_t seed)
 {
     uint32_t x = seed | 1;
     for (int at = DT::Frames; at < Packet_size; at += 4) {
@@ -117,7 +117,7 @@ void mix_with_noise(PAGE& page, uint32_t seed)
 }
 
 /// Gives every word of Steim-2 a sub-code that there is.
-void mend_words(PAGE& page)
+void mend_words(TextPage& page)
 {
     for (int frame = DT::Frames; frame < Packet_size; frame += DT::Frame_len) {
         for (int w = 1; w < DT::Frame_len / 4; ++w) {
@@ -129,7 +129,7 @@ void mend_words(PAGE& page)
     }
 }
 
-void compare(const SIDE& fast, const SIDE& plain)
+void compare(const Side& fast, const Side& plain)
 {
     demand(fast.out.count == plain.out.count, "both ways find as many samples");
     demand(memcmp(fast.out.sample, plain.out.sample, 4 * fast.out.count) == 0,
@@ -140,9 +140,9 @@ void compare(const SIDE& fast, const SIDE& plain)
     demand(fast.shown == plain.shown, "both ways show the same");
 }
 
-void decode_steim(SIDE& fast, SIDE& plain, PAGE& page, int level, unsigned wanted, uint32_t last)
+void decode_steim(Side& fast, Side& plain, TextPage& page, int level, unsigned wanted, uint32_t last)
 {
-    const DECODER by_word = level == 1 ? Buf_c0_by_word : Buf_c2_by_word;
+    const DecodeFunction by_word = level == 1 ? Buf_c0_by_word : Buf_c2_by_word;
     if (level == 2 && (wanted & (SOUND | ODD)) == SOUND) mend_words(page);
     if (wanted & FOLLOWS) last = page.word(X0) - lead_of(page, level);
     if (wanted & SOUND) {
@@ -161,7 +161,7 @@ void decode_steim(SIDE& fast, SIDE& plain, PAGE& page, int level, unsigned wante
 
 // Uncompressed samples
 
-int32_t sample_at(const PAGE& page, int at, int width)
+int32_t sample_at(const TextPage& page, int at, int width)
 {
     if (at + width > Packet_size) return 0;
     uint32_t value = page.bytes[static_cast<size_t>(at)] & 0x80 ? 0xFFFFFFFF : 0;
@@ -169,7 +169,7 @@ int32_t sample_at(const PAGE& page, int at, int width)
     return static_cast<int32_t>(value);
 }
 
-void decode_plain(SIDE& side, const PAGE& page, int width)
+void decode_plain(Side& side, const TextPage& page, int width)
 {
     side.decode(width == 2 ? Buf_16 : Buf_32, page.packet());
     unsigned count = 0;
@@ -186,10 +186,10 @@ void decode_plain(SIDE& side, const PAGE& page, int width)
 // Sums
 
 /// Sums of integers as they may stand before a packet.
-Statistics start_sums(int exponent, uint32_t before)
+TraceStatistics start_sums(int exponent, uint32_t before)
 {
     const double start = static_cast<int32_t>(before);
-    Statistics stats;
+    TraceStatistics stats;
     stats.sum = std::ldexp(start, exponent % 40);
     stats.sq_sum = std::ldexp(std::fabs(start), exponent % 64);
     stats.min = std::min(start, 0.0);
@@ -197,7 +197,7 @@ Statistics start_sums(int exponent, uint32_t before)
     return stats;
 }
 
-void sum_up(SIDE& fast, SIDE& plain, int exponent, uint32_t before)
+void sum_up(Side& fast, Side& plain, int exponent, uint32_t before)
 {
     fast.stats = plain.stats = start_sums(exponent, before);
     const DATA_BUF& samples = fast.out;
@@ -205,7 +205,7 @@ void sum_up(SIDE& fast, SIDE& plain, int exponent, uint32_t before)
     add_samples(fast.stats, before, samples.sample, samples.count, trace);
     add_samples_one_by_one(plain.stats, before, samples.sample, samples.count, expected);
     demand(memcmp(trace, expected, size_t{4} * samples.count) == 0, "both ways write the same trace");
-    const Statistics &a = fast.stats, &b = plain.stats;
+    const TraceStatistics &a = fast.stats, &b = plain.stats;
     demand(a.sum == b.sum && a.sq_sum == b.sq_sum, "both ways sum up to the same");
     demand(a.min == b.min && a.max == b.max, "both ways find the same extremes");
     demand(a.min_ndx == b.min_ndx && a.max_ndx == b.max_ndx,
@@ -223,8 +223,8 @@ void sum_up(SIDE& fast, SIDE& plain, int exponent, uint32_t before)
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     static const bool silent = (fuzz::silence(), true);
-    static SIDE fast(0x00), plain(0x55);
-    static PAGE page;
+    static Side fast(0x00), plain(0x55);
+    static TextPage page;
     if (!silent || size < 6) return -1;
 
     fuzz::Bytes in(data, size);
@@ -239,6 +239,6 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     case 2: decode_steim(fast, plain, page, 1, wanted, last); break;
     default: decode_steim(fast, plain, page, 2, wanted, last);
     }
-    if (wanted & SUMS) sum_up(fast, plain, exponent, last);
+    if (wanted & Sums) sum_up(fast, plain, exponent, last);
     return 0;
 }

@@ -11,9 +11,9 @@
 
 namespace {
 
-using DUMP = void (*)(OUT_FILE&, const PACKET&);
+using Dump = void (*)(OUT_FILE&, const PACKET&);
 
-constexpr DUMP Dumps[] = {
+constexpr Dump Dumps[] = {
     log_eh_et,
     log_nh_nt,
     log_sc,
@@ -48,7 +48,7 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     if (size < 3) return -1;
 
     fuzz::Bytes in(data, size);
-    const DUMP dump = Dumps[in.byte() % std::size(Dumps)];
+    const Dump dump = Dumps[in.byte() % std::size(Dumps)];
     const uint32_t high = in.byte(), low = in.byte();
     log.used = (high << 8 | low) % log.cap; // so that any line may meet the end of the buffer
     in.fill(bytes.get(), Packet_size);

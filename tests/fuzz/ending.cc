@@ -9,7 +9,7 @@ extern "C" [[noreturn]] void __wrap_exit(int status);
 
 void __wrap_exit(int status)
 {
-    if (fuzz::Endings_caught) throw fuzz::ENDED{status};
+    if (fuzz::Endings_caught) throw fuzz::Ended{status};
     __real_exit(status);
 }
 // NOLINTEND(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)

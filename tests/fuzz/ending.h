@@ -5,7 +5,7 @@
 
 namespace fuzz {
 
-struct ENDED {
+struct Ended {
     int status;
 };
 
@@ -20,7 +20,7 @@ int status_of(What what)
     Endings_caught = true;
     try {
         what();
-    } catch (const ENDED& ended) {
+    } catch (const Ended& ended) {
         status = ended.status;
     }
     Endings_caught = false;

@@ -21,7 +21,7 @@ using fuzz::demand;
 
 /// The file, which has a name but stands in no directory. Some systems open such a name where the descriptor
 /// was left, so that this goes back to the start.
-class Nameless_file {
+class NamelessFile {
 public:
     void hold(std::string_view text) const
     {
@@ -48,7 +48,7 @@ void ends(const Text<N>& text)
 }
 
 /// A section consists of the lines between its header and the next line that begins with "[".
-void check_section(const INI_SECTION& section, std::string_view file)
+void check_section(const IniSection& section, std::string_view file)
 {
     const auto first = static_cast<size_t>(section.first), last = static_cast<size_t>(section.last);
     demand(first <= last && last <= file.size(), "a section lies within the file");
@@ -81,7 +81,7 @@ void read_station(uint16_t id, uint16_t channel, std::string_view file)
     unit.unit_id = id;
     Unit_ini(unit);
     check_unit(unit);
-    const INI_SECTION* section = ini_section(id, unit.ini_first);
+    const IniSection* section = ini_section(id, unit.ini_first);
     demand(section != nullptr, "a file that is there is read");
     check_section(*section, file);
 
@@ -102,7 +102,7 @@ void read_station(uint16_t id, uint16_t channel, std::string_view file)
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     static const bool silent = (fuzz::silence(), true);
-    static const Nameless_file file;
+    static const NamelessFile file;
     if (!silent || size < 1) return -1;
 
     fuzz::Bytes in(data, size);

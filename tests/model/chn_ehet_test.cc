@@ -18,8 +18,8 @@ PACKET packet_of(const std::string& bytes)
 }
 
 /// An event that has heard these headers.
-struct Told_event {
-    explicit Told_event(const std::vector<std::string>& headers)
+struct ToldEvent {
+    explicit ToldEvent(const std::vector<std::string>& headers)
     {
         evt.unit = &unit;
         for (const std::string& header : headers) Evt_info(evt, packet_of(header));
@@ -43,7 +43,7 @@ struct Told_event {
 
 CHN_T told(const Eh& header, uint16_t number = 0)
 {
-    Told_event event({header});
+    ToldEvent event({header});
     return event.channel(number);
 }
 
@@ -72,7 +72,7 @@ TEST(Chn_ehet, blank_fields_leave_everything_alone)
 
 TEST(Chn_ehet, without_a_header_nothing_changes)
 {
-    Told_event event({});
+    ToldEvent event({});
     expect_untouched(event.channel(0));
     expect_untouched(event.channel(16));
 }
@@ -108,7 +108,7 @@ TEST(Chn_ehet, takes_all_fields_of_the_last_slot)
 
 TEST(Chn_ehet, the_second_bank_is_about_channels_17_to_32)
 {
-    Told_event event({Eh().seed(0, "AAA"), Eh().second_bank().seed(0, "BBB").seed(15, "CCC")});
+    ToldEvent event({Eh().seed(0, "AAA"), Eh().second_bank().seed(0, "BBB").seed(15, "CCC")});
     EXPECT_EQ(letters(event.channel(0)), "AAA");
     EXPECT_EQ(letters(event.channel(16)), "BBB");
     EXPECT_EQ(letters(event.channel(31)), "CCC");
@@ -117,14 +117,14 @@ TEST(Chn_ehet, the_second_bank_is_about_channels_17_to_32)
 
 TEST(Chn_ehet, only_the_bank_that_was_told_of_is_known)
 {
-    Told_event event({Eh().second_bank().seed(0, "BBB")});
+    ToldEvent event({Eh().second_bank().seed(0, "BBB")});
     expect_untouched(event.channel(0));
     EXPECT_EQ(letters(event.channel(16)), "BBB");
 }
 
 TEST(Chn_ehet, channels_beyond_the_second_bank_are_not_described)
 {
-    Told_event event({Eh().seed(0, "AAA"), Eh().second_bank().seed(0, "BBB")});
+    ToldEvent event({Eh().seed(0, "AAA"), Eh().second_bank().seed(0, "BBB")});
     expect_untouched(event.channel(32));
     expect_untouched(event.channel(48));
     expect_untouched(event.channel(165));
@@ -232,7 +232,7 @@ TEST(Chn_ehet, no_field_tells_a_station_channel_number)
 
 TEST(Chn_ehet, a_later_header_of_the_bank_replaces_the_earlier)
 {
-    Told_event event({Eh().seed(0, "AAA").sensor_vpu(0, "1"), Eh().seed(0, "BBB")});
+    ToldEvent event({Eh().seed(0, "AAA").sensor_vpu(0, "1"), Eh().seed(0, "BBB")});
     EXPECT_EQ(letters(event.channel(0)), "BBB");
     EXPECT_EQ(event.channel(0).set.vpu, 99.0);
 }

@@ -471,7 +471,7 @@ std::string section_of_every_key()
 
 /// All settings of a channel. A field that is added to them has to be named here, too: the number of names
 /// must be that of the fields.
-auto fields_of(const ::Settings& settings)
+auto fields_of(const ::ChannelSettings& settings)
 {
     const auto& [bits, gain_ndx, type_code, band, type, axis, stn_chn, SeisComp, make, model, sn, sns_ndx,
                  vpu_units, azimuth, dip, freq, damp, sns_fsa, vpu, tbw, fsa, depth] = settings;
@@ -482,9 +482,9 @@ auto fields_of(const ::Settings& settings)
 
 /// What the section of every key says, written down by hand. No key is about gain, units of the sensor and
 /// bit weight.
-::Settings settings_by_every_key()
+::ChannelSettings settings_by_every_key()
 {
-    ::Settings told;
+    ::ChannelSettings told;
     told.bits = 16;
     told.type_code = 1;
     told.band = 'H', told.type = 'G', told.axis = '3';
@@ -503,7 +503,7 @@ auto fields_of(const ::Settings& settings)
 }
 
 /// The settings of a unit's third channel, through a data packet of an event.
-::Settings settings_in_event(kit::Stage& stage, unsigned number)
+::ChannelSettings settings_in_event(kit::Stage& stage, unsigned number)
 {
     const std::string bytes = kit::Dt().event(number).channel(2);
     return Chn_find(stage.event(bytes), stage.packet(bytes)).set;
@@ -513,10 +513,10 @@ TEST(Chn_ini, a_channel_of_a_later_event_has_every_setting_of_the_first)
 {
     kit::Stage stage;
     FileIni = stage.scratch.write("vxu.ini", "[9A2F]\n" + section_of_every_key());
-    const ::Settings first = settings_in_event(stage, 7), second = settings_in_event(stage, 8);
+    const ::ChannelSettings first = settings_in_event(stage, 7), second = settings_in_event(stage, 8);
     EXPECT_EQ(fields_of(first), fields_of(settings_by_every_key()));
     EXPECT_EQ(fields_of(second), fields_of(settings_by_every_key()));
-    const ::Settings none{};
+    const ::ChannelSettings none{};
     EXPECT_NE(second.bits, none.bits);
     EXPECT_EQ(second.gain_ndx, none.gain_ndx);
 }
@@ -526,7 +526,7 @@ TEST(Chn_ini, what_an_events_header_says_is_not_carried_to_the_next_event)
     kit::Stage stage;
     FileIni = stage.scratch.write("vxu.ini", "[9A2F]\n" + section_of_every_key());
     stage.event(kit::Eh().event(7).seed(2, "LLL").gain(2, '3').sensor_vpu(2, "2.5").bit_weight(2, "1.00  V"));
-    const ::Settings first = settings_in_event(stage, 7), second = settings_in_event(stage, 8);
+    const ::ChannelSettings first = settings_in_event(stage, 7), second = settings_in_event(stage, 8);
     EXPECT_EQ(first.band, 'L');
     EXPECT_EQ(first.gain_ndx, 3);
     EXPECT_EQ(first.vpu, 2.5);
@@ -541,7 +541,7 @@ TEST(Chn_ini, knows_no_key_that_the_section_of_every_key_does_not_have)
     const size_t begin = source.find("IniKeyChn[] = {"), end = source.find("};", begin);
     ASSERT_NE(end, std::string::npos);
     const std::string table = source.substr(begin, end - begin), section = section_of_every_key();
-    const std::regex key("\"Chn([A-Za-z]+)\"");
+    const std::regex key("\\{\"([A-Za-z]+)\",");
     int keys = 0;
     for (std::sregex_iterator at(table.begin(), table.end(), key), none; at != none; ++at, ++keys)
         EXPECT_NE(section.find("\nCh3" + (*at)[1].str() + "="), std::string::npos) << (*at)[1];

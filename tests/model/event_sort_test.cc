@@ -10,9 +10,9 @@
 
 namespace {
 
-struct Numbered_event : EVT_T {
+struct NumberedEvent : EVT_T {
     /// Channels in the ring in this order, the first one current.
-    explicit Numbered_event(const std::vector<int>& numbers)
+    explicit NumberedEvent(const std::vector<int>& numbers)
     {
         CHN_T* last = nullptr;
         for (const int number : numbers) {
@@ -27,7 +27,7 @@ struct Numbered_event : EVT_T {
     std::deque<CHN_T> channels;
 };
 
-std::vector<int> sorted(Numbered_event& evt, size_t count)
+std::vector<int> sorted(NumberedEvent& evt, size_t count)
 {
     Evt_chn_sort(evt);
     return {evt.list, evt.list + count};
@@ -35,26 +35,26 @@ std::vector<int> sorted(Numbered_event& evt, size_t count)
 
 TEST(Evt_chn_sort, lists_the_channels_in_ascending_order)
 {
-    Numbered_event evt({5, 2, 9, 0, 31});
+    NumberedEvent evt({5, 2, 9, 0, 31});
     EXPECT_EQ(sorted(evt, 7), (std::vector<int>{0, 2, 5, 9, 31, 0, 0}));
 }
 
 TEST(Evt_chn_sort, one_channel_is_a_list)
 {
-    Numbered_event evt({7});
+    NumberedEvent evt({7});
     EXPECT_EQ(sorted(evt, 2), (std::vector<int>{7, 0}));
 }
 
 TEST(Evt_chn_sort, without_channels_the_list_stays)
 {
-    Numbered_event evt({});
+    NumberedEvent evt({});
     evt.list[0] = 4;
     EXPECT_EQ(sorted(evt, 1), (std::vector<int>{4}));
 }
 
 TEST(Evt_chn_sort, fills_the_entries_of_the_channel_count_only)
 {
-    Numbered_event evt({5, 2, 9});
+    NumberedEvent evt({5, 2, 9});
     evt.chn_cnt = 2;
     EXPECT_EQ(sorted(evt, 3), (std::vector<int>{2, 5, 0}));
     evt.chn_cnt = 10;
@@ -66,7 +66,7 @@ TEST(Evt_chn_sort, stops_at_thirty_two_channels)
     std::vector<int> falling, first_32;
     for (int i = 165; i >= 100; --i) falling.push_back(i);
     for (int i = 134; i <= 165; ++i) first_32.push_back(i);
-    Numbered_event evt(falling);
+    NumberedEvent evt(falling);
     EXPECT_EQ(sorted(evt, 32), first_32);
     EXPECT_FALSE(evt.bad); // what follows the list in the record
     EXPECT_FALSE(evt.wrap);

@@ -20,7 +20,7 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-Lines lines_of(const INI_SECTION& section)
+Lines lines_of(const IniSection& section)
 {
     Lines lines;
     for (const std::string_view line : section.lines) lines.emplace_back(line);
@@ -33,11 +33,11 @@ class Ini_file : public testing::Test {
 protected:
     Ini_file() { ini_forget(); }
     void ini(std::string_view text) { FileIni = scratch.write("vxu.ini", text); }
-    const INI_SECTION& section()
+    const IniSection& section()
     {
-        const INI_SECTION* found = ini_section(unit_id, from);
+        const IniSection* found = ini_section(unit_id, from);
         EXPECT_NE(found, nullptr);
-        static const INI_SECTION missing;
+        static const IniSection missing;
         return found ? *found : missing;
     }
 
@@ -297,23 +297,28 @@ TEST_F(Ini_file, a_position_before_the_start_cannot_be_set)
     EXPECT_EQ(warning_of(unit_id, from), "\nWARNING: Unable to set position within the INI file " + FileIni);
 }
 
-const INI_KEY Table[] = {"ChnAzm", "ChnDip", "ChnDipole", "Station", ""};
+struct Key {
+    std::string_view name;
+};
+const Key Table[] = {{"ChnAzm"}, {"ChnDip"}, {"ChnDipole"}, {"Station"}};
 
-TEST(ini_key, takes_the_first_key_that_the_text_begins_with)
+TEST(ini_row, is_the_first_whose_name_the_text_begins_with)
 {
-    EXPECT_EQ(ini_key("Station=AB", Table, 0), 3);
-    EXPECT_EQ(ini_key("stationX = AB", Table, 0), 3);
-    EXPECT_EQ(ini_key("CHNDIPOLE", Table, 0), 1);
-    EXPECT_EQ(ini_key(" Station=AB", Table, 0), -1);
-    EXPECT_EQ(ini_key("Statio", Table, 0), -1);
-    EXPECT_EQ(ini_key("", Table, 0), -1);
+    EXPECT_EQ(ini_row("Station=AB", Table), &Table[3]);
+    EXPECT_EQ(ini_row("stationX = AB", Table), &Table[3]);
+    EXPECT_EQ(ini_row("CHNDIPOLE", Table), &Table[1]);
+    EXPECT_EQ(ini_row(" Station=AB", Table), nullptr);
+    EXPECT_EQ(ini_row("Statio", Table), nullptr);
+    EXPECT_EQ(ini_row("", Table), nullptr);
 }
 
-TEST(ini_key, compares_without_the_dropped_characters)
+TEST(set_once, keeps_the_first_value_that_is_not_zero)
 {
-    EXPECT_EQ(ini_key("Azm=5", Table, 3), 0);
-    EXPECT_EQ(ini_key("aZmuth=5", Table, 3), 0);
-    EXPECT_EQ(ini_key("tion", Table, 3), 3);
+    double field = 0.0;
+    set_once(field, 0.0);
+    set_once(field, 2.5);
+    set_once(field, 3.5);
+    EXPECT_EQ(field, 2.5);
 }
 
 TEST(ini_value, stands_between_the_first_equals_sign_and_a_comment_or_line_end)

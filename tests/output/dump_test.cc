@@ -32,7 +32,7 @@ TEST(log_dump, has_a_dump_with_an_empty_line_behind_it_for_events_networks_and_d
 
 TEST(log_dump, has_a_dump_for_each_kind_of_parameters)
 {
-    const std::pair<const char*, DUMP*> dumps[] = {
+    const std::pair<const char*, Dump*> dumps[] = {
         {"SC", log_sc}, {"DS", log_ds}, {"CD", log_cd}, {"OM", log_om}, {"AD", log_ad}};
     for (const auto& [letters, dump] : dumps) {
         EXPECT_EQ(dumped_by_type(letters), dumped(dump, packet_of(letters))) << letters;

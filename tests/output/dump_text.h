@@ -10,10 +10,10 @@
 #include <string>
 #include <string_view>
 
-using DUMP = void(OUT_FILE& log, const PACKET& pkt);
+using Dump = void(OUT_FILE& log, const PACKET& pkt);
 
 /// The bytes that a dump leaves in a log of its own.
-inline std::string dumped(DUMP* dump, const std::string& packet)
+inline std::string dumped(Dump* dump, const std::string& packet)
 {
     const kit::Scratch scratch;
     const std::string name = scratch.path("log");

@@ -6,7 +6,7 @@
 using kit::Params;
 
 /// What a piece of a dump writes.
-static std::string written(const Params& packet, DUMP* piece)
+static std::string written(const Params& packet, Dump* piece)
 {
     return dumped(piece, packet);
 }

@@ -26,7 +26,7 @@ std::string block_of(const std::string& bytes, unsigned dump)
 {
     Stage stage;
     const PACKET pkt = stage.packet(bytes);
-    return written_by([&](OUT_FILE& f) { log_block(f, pkt, static_cast<BLOCK_DUMP>(dump)); });
+    return written_by([&](OUT_FILE& f) { log_block(f, pkt, static_cast<BlockDump>(dump)); });
 }
 
 /// The end of a line for a block number.

@@ -16,7 +16,7 @@ uint64_t bits(double v)
     return std::bit_cast<uint64_t>(v);
 }
 
-void expect_same(const Statistics& fast, const Statistics& plain)
+void expect_same(const TraceStatistics& fast, const TraceStatistics& plain)
 {
     EXPECT_EQ(bits(fast.sum), bits(plain.sum));
     EXPECT_EQ(bits(fast.sq_sum), bits(plain.sq_sum));
@@ -26,8 +26,8 @@ void expect_same(const Statistics& fast, const Statistics& plain)
     EXPECT_EQ(fast.max_ndx, plain.max_ndx);
 }
 
-struct PAIR {
-    Statistics fast, plain;
+struct Pair {
+    TraceStatistics fast, plain;
     uint32_t before = 0;
 
     /// Both ways write the same trace, too.
@@ -47,7 +47,7 @@ TEST(add_samples, equals_one_by_one_for_every_size_of_signal)
 {
     std::mt19937 random(7);
     for (int width = 1; width <= 32; ++width) {
-        PAIR pair;
+        Pair pair;
         for (int packet = 0; packet < 200; ++packet) {
             std::vector<int32_t> samples(random() % 1561);
             for (int32_t& x : samples) x = static_cast<int32_t>(random()) >> (32 - width);
@@ -63,7 +63,7 @@ TEST(add_samples, equals_one_by_one_on_large_offsets_where_the_sums_leave_the_ex
     std::mt19937 random(8);
     for (const int32_t offset :
          {8000000, -8388608, 33554431, 33554432, -33554432, 1 << 27, 2000000000, -2000000000}) {
-        PAIR pair;
+        Pair pair;
         for (int packet = 0; packet < 300; ++packet) {
             std::vector<int32_t> samples(1 + random() % 700);
             for (int32_t& x : samples) x = offset + static_cast<int32_t>(random() % 1000);
@@ -76,7 +76,7 @@ TEST(add_samples, equals_one_by_one_on_large_offsets_where_the_sums_leave_the_ex
 
 TEST(add_samples, crosses_the_last_exact_sum_as_one_by_one_does)
 {
-    PAIR pair;
+    Pair pair;
     pair.fast.sum = pair.plain.sum = 9007199254740992.0 - 5000.0;
     pair.fast.sq_sum = pair.plain.sq_sum = 9007199254740992.0 - 100000.0;
     std::mt19937 random(9);
@@ -97,7 +97,7 @@ TEST(add_samples, rounds_halves_to_the_even_sum_as_one_by_one_does)
     std::mt19937 random(11);
     for (int k = 1; k <= 21; k += 2)
         for (const double start : {1.0, 1.25, 1.9999, 1.9999999, 2.0 - 0x1p-52}) {
-            PAIR pair;
+            Pair pair;
             pair.fast.sq_sum = pair.plain.sq_sum = std::ldexp(start, 52 + k);
             for (int packet = 0; packet < 20; ++packet) {
                 std::vector<int32_t> samples(random() % 1561);
@@ -111,7 +111,7 @@ TEST(add_samples, rounds_halves_to_the_even_sum_as_one_by_one_does)
 
 TEST(add_samples, sums_samples_that_lie_far_apart_as_one_by_one_does)
 {
-    PAIR pair;
+    Pair pair;
     pair.add({-2147483647 - 1, 2147483647, -2147483647 - 1, 2147483647, 5});
     pair.add(std::vector<int32_t>(2000, 1073741824));
     expect_same(pair.fast, pair.plain);
@@ -120,7 +120,7 @@ TEST(add_samples, sums_samples_that_lie_far_apart_as_one_by_one_does)
 
 TEST(add_samples, keeps_the_first_of_equal_extremes)
 {
-    PAIR pair;
+    Pair pair;
     pair.add({5, -3, 9, -3, 9});
     pair.add({9, -3});
     EXPECT_EQ(pair.fast.min_ndx, 2U);
@@ -130,11 +130,11 @@ TEST(add_samples, keeps_the_first_of_equal_extremes)
 
 TEST(add_samples, finds_no_minimum_above_the_starting_one_nor_a_maximum_below)
 {
-    PAIR pair;
+    Pair pair;
     pair.add({2147483647, 2147483647});
     EXPECT_EQ(pair.fast.min, 2147483647.0);
     EXPECT_EQ(pair.fast.min_ndx, 0U);
-    PAIR lowest;
+    Pair lowest;
     lowest.add({-2147483647 - 1, -2147483647 - 1});
     EXPECT_EQ(lowest.fast.max, -2147483647.0);
     EXPECT_EQ(lowest.fast.max_ndx, 0U);
@@ -143,10 +143,10 @@ TEST(add_samples, finds_no_minimum_above_the_starting_one_nor_a_maximum_below)
 
 TEST(add_samples, does_nothing_for_no_sample)
 {
-    PAIR pair;
+    Pair pair;
     pair.add({});
-    expect_same(pair.fast, Statistics());
-    expect_same(pair.plain, Statistics());
+    expect_same(pair.fast, TraceStatistics());
+    expect_same(pair.plain, TraceStatistics());
 }
 
 uint32_t word_at(const char* bytes)
@@ -159,7 +159,7 @@ uint32_t word_at(const char* bytes)
 /// The word that a trace holds for a sample.
 uint32_t written(int32_t sample)
 {
-    Statistics stats;
+    TraceStatistics stats;
     char bytes[4];
     add_samples(stats, 0, &sample, 1, bytes);
     return word_at(bytes);
@@ -183,7 +183,7 @@ TEST(add_samples, writes_every_sample_of_every_length_and_nothing_behind)
         std::vector<int32_t> samples(n);
         for (int32_t& x : samples) x = static_cast<int32_t>(random());
         std::vector<char> out(4 * n + 4, '\xEE');
-        Statistics stats;
+        TraceStatistics stats;
         add_samples(stats, 0, samples.data(), n, out.data());
         for (uint32_t i = 0; i < n; ++i)
             ASSERT_EQ(word_at(&out[4 * i]), std::bit_cast<uint32_t>(static_cast<float>(samples[i])));

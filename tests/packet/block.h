@@ -35,7 +35,7 @@ private:
 };
 
 using Decoder = Decoded (*)(const PACKET&, uint32_t&, DATA_BUF&);
-using Plain_decoder = void (*)(const PACKET&, DATA_BUF&);
+using PlainDecoder = void (*)(const PACKET&, DATA_BUF&);
 
 /// A channel that packets are decoded for, with its unit and the unit's log, where mismatches are marked and
 /// told as in a run.
@@ -61,7 +61,7 @@ public:
             if (Log_on) log_mismatch(unit.log_fp, pkt, verdict, out.count);
         });
     }
-    static std::vector<int32_t> decode(Plain_decoder decoder, const std::string& bytes)
+    static std::vector<int32_t> decode(PlainDecoder decoder, const std::string& bytes)
     {
         return decode_block(bytes, decoder);
     }

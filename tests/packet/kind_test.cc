@@ -63,13 +63,13 @@ TEST(code_set, knows_13_pairs_of_bytes)
 
 TEST(encoding_of, every_format_byte_has_its_decoder_or_none)
 {
-    std::map<int, ENCODING> known;
-    for (const int code : {0x16, 0x17, 0x01}) known[code] = ENCODING::int16;
-    for (const int code : {0x32, 0x33, 0x00}) known[code] = ENCODING::int32;
-    for (const int code : {0xC0, 0xC1, 0x02, 0x03}) known[code] = ENCODING::steim1;
-    for (const int code : {0xC2, 0xC3}) known[code] = ENCODING::steim2;
+    std::map<int, Encoding> known;
+    for (const int code : {0x16, 0x17, 0x01}) known[code] = Encoding::int16;
+    for (const int code : {0x32, 0x33, 0x00}) known[code] = Encoding::int32;
+    for (const int code : {0xC0, 0xC1, 0x02, 0x03}) known[code] = Encoding::steim1;
+    for (const int code : {0xC2, 0xC3}) known[code] = Encoding::steim2;
     for (int code = 0; code < 256; ++code) {
-        const ENCODING expected = known.contains(code) ? known[code] : ENCODING::none;
+        const Encoding expected = known.contains(code) ? known[code] : Encoding::none;
         EXPECT_EQ(encoding_of(static_cast<uint8_t>(code)), expected) << code;
     }
     EXPECT_EQ(Format_16_bit, 0x16);

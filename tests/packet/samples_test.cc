@@ -29,7 +29,7 @@ using Samples = std::vector<int32_t>;
 constexpr int32_t Least = std::numeric_limits<int32_t>::min();
 constexpr int32_t Most = std::numeric_limits<int32_t>::max();
 
-Samples decoded(Plain_decoder decoder, const std::string& packet)
+Samples decoded(PlainDecoder decoder, const std::string& packet)
 {
     return Channel::decode(decoder, packet);
 }
@@ -566,7 +566,7 @@ struct Outcome {
     Samples samples;
 };
 
-Outcome outcome_of(const std::string& bytes, ENCODING encoding, uint32_t last = 0)
+Outcome outcome_of(const std::string& bytes, Encoding encoding, uint32_t last = 0)
 {
     const Block block(bytes);
     auto out = std::make_unique<DATA_BUF>();
@@ -577,7 +577,7 @@ Outcome outcome_of(const std::string& bytes, ENCODING encoding, uint32_t last = 
 
 TEST(decode_samples, of_uncompressed_packets_leaves_the_carried_sample_alone_and_finds_nothing_wrong)
 {
-    for (const auto& [format, encoding] : {std::pair(0x16U, ENCODING::int16), {0x32U, ENCODING::int32}}) {
+    for (const auto& [format, encoding] : {std::pair(0x16U, Encoding::int16), {0x32U, Encoding::int32}}) {
         const Outcome outcome = outcome_of(Dt().format(format).samples({1, 2, 3}), encoding, 4711);
         EXPECT_EQ(outcome.samples, (Samples{1, 2, 3}));
         EXPECT_EQ(outcome.last, 4711U);
@@ -589,7 +589,7 @@ TEST(decode_samples, of_uncompressed_packets_leaves_the_carried_sample_alone_and
 TEST(decode_samples, of_a_steim_packet_that_is_not_sound_says_what_was_read_and_what_came_out)
 {
     const std::string packet = Dt().steim1(100, 999, {one(3), one(10)}).count(2);
-    const Outcome outcome = outcome_of(packet, ENCODING::steim1, 5);
+    const Outcome outcome = outcome_of(packet, Encoding::steim1, 5);
     EXPECT_FALSE(outcome.verdict.sound);
     EXPECT_EQ(outcome.verdict.read_first, 100U);
     EXPECT_EQ(outcome.verdict.read_last, 999U);
@@ -601,14 +601,14 @@ TEST(decode_samples, of_a_steim_packet_that_is_not_sound_says_what_was_read_and_
 
 TEST(decode_samples, goes_by_the_encoding)
 {
-    const auto samples_of = [](const std::string& bytes, ENCODING encoding) {
+    const auto samples_of = [](const std::string& bytes, Encoding encoding) {
         return outcome_of(bytes, encoding).samples;
     };
-    EXPECT_EQ(samples_of(Dt().format(0x16).samples({1, -2}), ENCODING::int16), (Samples{1, -2}));
-    EXPECT_EQ(samples_of(Dt().format(0x32).samples({1, -2, 3}), ENCODING::int32), (Samples{1, -2, 3}));
-    EXPECT_EQ(samples_of(Dt().steim1(5, 6, {two(0, 1)}).count(2), ENCODING::steim1), (Samples{5, 6}));
-    EXPECT_EQ(samples_of(Dt().steim2(6, 7, {sub(2, 2, {0, 1})}).count(2), ENCODING::steim2), (Samples{6, 7}));
-    EXPECT_EQ(samples_of(Dt().format(0x77).samples({1, 2}), ENCODING::none), Samples{});
+    EXPECT_EQ(samples_of(Dt().format(0x16).samples({1, -2}), Encoding::int16), (Samples{1, -2}));
+    EXPECT_EQ(samples_of(Dt().format(0x32).samples({1, -2, 3}), Encoding::int32), (Samples{1, -2, 3}));
+    EXPECT_EQ(samples_of(Dt().steim1(5, 6, {two(0, 1)}).count(2), Encoding::steim1), (Samples{5, 6}));
+    EXPECT_EQ(samples_of(Dt().steim2(6, 7, {sub(2, 2, {0, 1})}).count(2), Encoding::steim2), (Samples{6, 7}));
+    EXPECT_EQ(samples_of(Dt().format(0x77).samples({1, 2}), Encoding::none), Samples{});
     EXPECT_EQ(sizeof(DATA_BUF), 6328U);
 }
 

@@ -23,15 +23,8 @@ using namespace mseed_frames;
 constexpr unsigned Most16 = 480, Most32 = 240;
 constexpr unsigned Steim1_formats[] = {0xC0, 0xC1, 0x02, 0x03};
 constexpr unsigned Steim2_formats[] = {0xC2, 0xC3};
-/// A decoder of plain samples as one that gives a verdict.
-template <Plain_decoder decode>
-Decoded plain(const PACKET& pkt, uint32_t&, DATA_BUF& out)
-{
-    decode(pkt, out);
-    return {};
-}
-const Coding Plain16{0, DE_INT16, 0x16, {plain<Buf_16>, plain<Buf_16>}};
-const Coding Plain32{0, DE_INT32, 0x32, {plain<Buf_32>, plain<Buf_32>}};
+const Coding Plain16{0, DE_INT16, 0x16, {Buf_16, Buf_16}};
+const Coding Plain32{0, DE_INT32, 0x32, {Buf_32, Buf_32}};
 
 struct Account {
     unsigned long series = 0, packets = 0, samples = 0, frames = 0, made = 0, real = 0, real_odd = 0,
@@ -47,11 +40,9 @@ void find_fault(Account& account, const std::string& what)
 /// How the program itself comes to the samples of a packet.
 Samples by_the_program(Channel& channel, const std::string& packet)
 {
-    return channel.decode(
-        [](const PACKET& pkt, uint32_t& last, DATA_BUF& out) {
-            return decode_samples(pkt, encoding_of(byte(pkt, EVT::Format)), last, out);
-        },
-        packet);
+    const Block block(packet);
+    decode_samples(&channel.chn, block.pkt(), encoding_of(static_cast<uint8_t>(packet[23])));
+    return {Data_buf.sample, Data_buf.sample + Data_buf.count};
 }
 
 void note_forms(Account& account, const Coding& coding, const std::string& packet)
@@ -103,9 +94,9 @@ void packed_by_it(Account& account, const Coding& coding, unsigned format, const
 void packed_by_us(Account& account, const Coding& coding, const Samples& series, Channel& channel)
 {
     std::string frames(mkrec::Steim_len, '\0');
-    const mkrec::STEIM_FILL fill =
-        mkrec::steim_encode(coding.number == 1 ? mkrec::STEIM::level1 : mkrec::STEIM::level2, series.data(),
-                            static_cast<int>(series.size()), 0, reinterpret_cast<uint8_t*>(frames.data()));
+    const mkrec::SteimFill fill = mkrec::steim_encode(
+        coding.number == 1 ? mkrec::SteimDecoding::level1 : mkrec::SteimDecoding::level2, series.data(),
+        static_cast<int>(series.size()), 0, reinterpret_cast<uint8_t*>(frames.data()));
     if (fill.samples == 0) return; // its first difference, to 0, is too wide
     const auto count = static_cast<unsigned>(fill.samples);
     const std::string packet = kit::Dt().format(coding.format).count(count).raw(Frames_at, frames);
@@ -176,8 +167,8 @@ bool fits_steim2(const Samples& series)
 /// A data packet of the field: its frames as libmseed reads them, and its samples there and back.
 void real_packet(Account& account, const std::string& packet, Channel& channel)
 {
-    const ENCODING encoding = encoding_of(static_cast<uint8_t>(packet[23]));
-    if (encoding == ENCODING::none) return;
+    const Encoding encoding = encoding_of(static_cast<uint8_t>(packet[23]));
+    if (encoding == Encoding::none) return;
     channel.chn.last = 0;
     const Samples ours = by_the_program(channel, packet);
     const bool odd = channel.chn.discontinuous || ours.empty();
@@ -187,8 +178,8 @@ void real_packet(Account& account, const std::string& packet, Channel& channel)
         return;
     }
     ++account.real;
-    const bool steim = encoding == ENCODING::steim1 || encoding == ENCODING::steim2;
-    const Coding& coding = encoding == ENCODING::steim1 ? Coding1 : Coding2;
+    const bool steim = encoding == Encoding::steim1 || encoding == Encoding::steim2;
+    const Coding& coding = encoding == Encoding::steim1 ? Coding1 : Coding2;
     if (steim && decoded_by_it(coding, packet, static_cast<unsigned>(ours.size())) != ours)
         find_fault(account, "real packet " + std::to_string(account.real));
     packed_by_it(account, Coding1, 0xC0, ours, channel);

@@ -19,21 +19,21 @@ constexpr const char* Library = "";
 #endif
 
 /// Calls that fail from the n-th of their kind on, or that one alone.
-enum class WHEN { once, from_then_on };
+enum class When { once, from_then_on };
 
 /// A run whose calls of a kind fail, as "open", "read", "stat" and so on are named by the library.
-RunOptions failing(const std::string& kind, unsigned at, int why, WHEN when)
+RunOptions failing(const std::string& kind, unsigned at, int why, When when)
 {
     RunOptions options;
     options.timeout = 20;
     options.env = {std::string("LD_PRELOAD=") + Library, "VX_FAULT_KIND=" + kind,
                    "VX_FAULT_AT=" + std::to_string(at), "VX_FAULT_HOW=" + std::to_string(why),
-                   std::string("VX_FAULT_ALWAYS=") + (when == WHEN::once ? "0" : "1")};
+                   std::string("VX_FAULT_ALWAYS=") + (when == When::once ? "0" : "1")};
     return options;
 }
 
 /// The same for requests for memory that is to be a file's buffer: nothing else asks for so much at once.
-RunOptions failing_buffers(unsigned at, WHEN when)
+RunOptions failing_buffers(unsigned at, When when)
 {
     RunOptions options = failing("memory", at, ENOMEM, when);
     options.env.push_back("VX_FAULT_LEAST=8192");
@@ -97,7 +97,7 @@ TEST_F(Faulty_calls, in_the_middle_of_the_station_file_end_the_run_instead_of_ha
     unsigned of_the_station_file = 0;
     for (unsigned at = 1; at <= Calls; ++at) {
         SCOPED_TRACE(at);
-        options.run = failing("read", at, EIO, WHEN::once);
+        options.run = failing("read", at, EIO, When::once);
         const Converted run = convert(one_event(12, {5, -3, 4}), {"-L-"}, options);
         if (run.status == 0) {
             EXPECT_TRUE(same_tree(run.tree, whole_tree()));
@@ -120,7 +120,7 @@ TEST_F(Faulty_calls, that_are_interrupted_are_made_again)
     for (const char* kind : {"read", "write"}) {
         for (unsigned at = 1; at <= Calls; ++at) {
             SCOPED_TRACE(kind + std::to_string(at));
-            options.run = failing(kind, at, EINTR, WHEN::once);
+            options.run = failing(kind, at, EINTR, When::once);
             const Converted run = convert(one_event(12, {5, -3, 4}), {"-L-"}, options);
             expect_undisturbed(run, whole_tree());
         }
@@ -133,7 +133,7 @@ TEST_F(Faulty_calls, that_look_for_the_station_file_do_not_make_it_vanish_unseen
     options.ini = Station_file;
     for (unsigned at = 1; at <= Calls; ++at) {
         SCOPED_TRACE(at);
-        options.run = failing("stat", at, EIO, WHEN::from_then_on);
+        options.run = failing("stat", at, EIO, When::from_then_on);
         const Converted run = convert(one_event(12, {5, -3, 4}), {"-L-"}, options);
         if (run.status != 0) continue;
         if (run.out.find("not found; using defaults") == run.out.npos) {
@@ -150,7 +150,7 @@ TEST_F(Faulty_calls, that_hide_a_taken_name_end_the_run_instead_of_trying_it_for
     for (unsigned at = 1; at <= Calls; ++at) {
         SCOPED_TRACE(at);
         ConvertOptions options;
-        options.run = failing("stat", at, EIO, WHEN::from_then_on);
+        options.run = failing("stat", at, EIO, When::from_then_on);
         const Converted run = convert_again(before, one_event(12, {1, 2}), {"-L-"}, options);
         ASSERT_FALSE(run.timed_out);
         if (run.status == 0 || run.status == 10) continue;
@@ -172,7 +172,7 @@ TEST_F(Faulty_calls, that_compare_the_log_with_the_input_do_not_let_the_input_be
     for (unsigned at = 1; at <= 6; ++at) {
         SCOPED_TRACE(at);
         const Outcome run =
-            run_vx(scratch.dir(), {"out/rec.vxl", "out"}, failing("stat", at, EIO, WHEN::once));
+            run_vx(scratch.dir(), {"out/rec.vxl", "out"}, failing("stat", at, EIO, When::once));
         EXPECT_TRUE(run.status == 20 || run.status == 10) << run.status;
         EXPECT_TRUE(scratch.read("out/rec.vxl") == recording);
     }
@@ -230,7 +230,7 @@ TEST_F(Faulty_calls, that_find_no_descriptor_are_made_again_once_a_file_gave_way
     for (const int why : {EMFILE, ENFILE}) {
         for (unsigned at = 1; at <= std::size(More); ++at) {
             SCOPED_TRACE(std::to_string(why) + " at " + std::to_string(at));
-            options.run = failing("open", at, why, WHEN::once);
+            options.run = failing("open", at, why, When::once);
             uint32_t opens = 0;
             const Converted run = convert_counting_opens(one_event(12, {5, -3, 4}), {}, options, opens);
             EXPECT_TRUE(same_tree(run.tree, whole_tree_with_logs(run)));
@@ -245,7 +245,7 @@ TEST_F(Faulty_calls, that_find_no_descriptor_where_no_file_can_give_way_are_made
     options.ini = Station_file;
     for (unsigned at = 1; at <= Calls; ++at) {
         SCOPED_TRACE(at);
-        options.run = failing("open", at, EMFILE, WHEN::once);
+        options.run = failing("open", at, EMFILE, When::once);
         const Converted run = convert(one_event(12, {5, -3, 4}), {"-L-"}, options);
         expect_undisturbed(run, whole_tree());
     }
@@ -262,7 +262,7 @@ TEST_F(Faulty_calls, that_hide_a_taken_name_for_a_moment_lead_to_the_next_name)
         SCOPED_TRACE(at);
         const Converted before = convert(one_event(12, {5, -3, 4}), {"-L-"});
         const Counted counted;
-        options.run = failing("stat", at, EIO, WHEN::once);
+        options.run = failing("stat", at, EIO, When::once);
         const Converted run = convert_again(before, one_event(12, {1, 2}), {"-L-"}, counted.with(options));
         if (run.status == 10) continue; // it was the output path that seemed not to be there
         EXPECT_EQ(run.status, 0);
@@ -282,7 +282,7 @@ TEST_F(Faulty_calls, of_a_trace_that_is_closed_end_the_run)
     const std::string traces[] = {unfinished_one(), whole_tree().at(Name_1_1)};
     for (unsigned at = 1; at <= 3; ++at) {
         SCOPED_TRACE(at);
-        options.run = failing("close", at, EIO, WHEN::once);
+        options.run = failing("close", at, EIO, When::once);
         const Converted run = convert(one_event(12, {5, -3, 4}), {"-L-"}, options);
         EXPECT_EQ(run.status, at <= 2 ? 22 : 0);
         EXPECT_EQ(ends_with(run.out, Cannot_write + Name_1_1 + "'"), at <= 2) << run.out;
@@ -298,7 +298,7 @@ TEST_F(Faulty_calls, of_a_log_that_is_closed_are_told_and_the_run_goes_on)
     std::string told;
     for (unsigned at = 3; at <= 4; ++at) { // behind the two of the trace
         SCOPED_TRACE(at);
-        options.run = failing("close", at, EIO, WHEN::once);
+        options.run = failing("close", at, EIO, When::once);
         const Converted run = convert(one_event(12, {5, -3, 4}), {}, options);
         EXPECT_EQ(run.status, 22);
         EXPECT_TRUE(same_tree(run.tree, whole_tree_with_logs(run)));
@@ -313,7 +313,7 @@ TEST_F(Faulty_calls, of_closing_that_are_interrupted_lose_nothing)
     options.ini = Station_file;
     for (unsigned at = 1; at <= 4; ++at) {
         SCOPED_TRACE(at);
-        options.run = failing("close", at, EINTR, WHEN::once);
+        options.run = failing("close", at, EINTR, When::once);
         const Converted run = convert(one_event(12, {5, -3, 4}), {}, options);
         expect_undisturbed(run, whole_tree_with_logs(run));
     }
@@ -322,7 +322,7 @@ TEST_F(Faulty_calls, of_closing_that_are_interrupted_lose_nothing)
 TEST_F(Faulty_calls, of_writing_and_then_of_closing_one_file_are_told_once)
 {
     ConvertOptions options;
-    options.run = failing("close", 1, EIO, WHEN::from_then_on);
+    options.run = failing("close", 1, EIO, When::from_then_on);
     options.run.env.push_back("VX_FAULT_SPACE=0");
     const Converted run = convert(Sh("fine"), {}, options);
     EXPECT_EQ(run.status, 22);
@@ -336,7 +336,7 @@ TEST_F(Faulty_calls, for_a_large_buffer_leave_a_smaller_one)
     options.ini = Station_file;
     for (unsigned at = 1; at <= Calls; ++at) {
         SCOPED_TRACE(at);
-        options.run = failing_buffers(at, WHEN::once);
+        options.run = failing_buffers(at, When::once);
         const Converted run = convert(one_event(12, {5, -3, 4}), {}, options);
         expect_undisturbed(run, whole_tree_with_logs(run));
     }
@@ -346,7 +346,7 @@ TEST_F(Faulty_calls, for_every_buffer_but_the_first_make_all_files_share_that_on
 {
     ConvertOptions options;
     options.ini = Station_file;
-    options.run = failing_buffers(2, WHEN::from_then_on);
+    options.run = failing_buffers(2, When::from_then_on);
     const Converted run = convert(one_event(12, {5, -3, 4}), {}, options);
     expect_undisturbed(run, whole_tree_with_logs(run));
 }
@@ -354,7 +354,7 @@ TEST_F(Faulty_calls, for_every_buffer_but_the_first_make_all_files_share_that_on
 TEST_F(Faulty_calls, for_every_buffer_end_the_run_like_a_file_that_cannot_be_opened)
 {
     ConvertOptions options;
-    options.run = failing_buffers(1, WHEN::from_then_on);
+    options.run = failing_buffers(1, When::from_then_on);
     const Converted with = convert(one_event(12, {5, -3, 4}), {}, options);
     EXPECT_EQ(with.status, 20);
     EXPECT_TRUE(ends_with(with.out, "\nFile open error for 'out/rec.vxl'")) << with.out;
@@ -414,7 +414,7 @@ TEST_F(Few_descriptors, let_two_files_be_open_at_a_time_at_least)
 
 TEST_F(Few_descriptors, of_a_number_that_cannot_be_learnt_let_eight_files_be_open_at_a_time)
 {
-    expect_at_a_time(8, failing("limit", 1, EPERM, WHEN::once));
+    expect_at_a_time(8, failing("limit", 1, EPERM, When::once));
 }
 
 TEST_F(Few_descriptors, of_a_number_that_cannot_be_raised_are_shared_as_they_are)
@@ -423,7 +423,7 @@ TEST_F(Few_descriptors, of_a_number_that_cannot_be_raised_are_shared_as_they_are
     ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
     limit.rlim_cur = 24 + 10; // 24 are for others
     ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &limit), 0);
-    expect_at_a_time(10, failing("limit", 2, EPERM, WHEN::once));
+    expect_at_a_time(10, failing("limit", 2, EPERM, When::once));
 }
 
 } // namespace

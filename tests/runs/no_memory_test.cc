@@ -1,6 +1,5 @@
 // Runs that find no memory for the next record: what they say, how they end, and that everything written so
-// far is in its file. The heap of these runs is made to run out at the n-th record of a kind.
-#include "model/record/records.h"
+// far is in its file. The heap of these runs is made to run out at each of their allocations in turn.
 #include "runs/common.h"
 
 namespace {
@@ -88,50 +87,40 @@ TEST(No_memory, for_an_event_ends_with_status_255_and_keeps_what_was_written)
 {
     const Recording recording = begun_event() + Eh().event(13).usual().packet();
 
-    EXPECT_EQ(run.status, 255);
-    EXPECT_EQ(run.err, "");
-    EXPECT_TRUE(same_bytes(run.out,
-                           console_until(run, begun_console()) + "\n\nOut of Heap allocating Event pointer"));
-    const kit::Settings s = settings_of(run);
-    const std::string third = head_line(event_line("EH", "0013", 2));
-    EXPECT_TRUE(same_tree(run.tree, {{Name_1_1, begun_trace()},
-                                     {"rec.vxl", log_header(s) + begun_log() + third},
-                                     {"ID9A2F.vxl", log_header(s) + begun_unit_log() + third}}));
+    for (const Converted& run : runs_ended_by(Last_words_event, begun_console(), recording)) {
+        EXPECT_EQ(run.status, 255);
+        EXPECT_EQ(run.err, "");
+        const Settings s = settings_of(run);
+        const std::string third = head_line(event_line("EH", "0013", 2));
+        EXPECT_TRUE(same_tree(run.tree, {{Name_1_1, begun_trace()},
+                                         {"rec.vxl", log_header(s) + begun_log() + third},
+                                         {"ID9A2F.vxl", log_header(s) + begun_unit_log() + third}}));
+    }
 }
 
 TEST(No_memory, for_the_first_event_of_all_ends_with_status_255)
 {
-    const Converted run = convert_short_of_memory(begun_event(), 1, sizeof(EVT_T));
-
-    EXPECT_EQ(run.status, 255);
-    EXPECT_EQ(run.err, "");
-    EXPECT_TRUE(same_bytes(run.out, console_until(run, "") + "\n\nOut of Heap allocating Event pointer"));
-    const std::string log = log_header(settings_of(run)) + head_line(event_line("EH", "0012", 0));
-    EXPECT_TRUE(same_tree(run.tree, {{"rec.vxl", log}, {"ID9A2F.vxl", log}}));
-}
-
-TEST(No_memory, for_an_events_channel_table_ends_like_no_memory_for_the_event)
-{
-    const Converted run = convert_short_of_memory(begun_event(), 1, sizeof(EventBank));
-
-    EXPECT_EQ(run.status, 255);
-    EXPECT_EQ(run.err, "");
-    EXPECT_TRUE(same_bytes(run.out, console_until(run, "") + "\n\nOut of Heap allocating Event pointer"));
+    for (const Converted& run : runs_ended_by(Last_words_event, "", begun_event())) {
+        EXPECT_EQ(run.status, 255);
+        EXPECT_EQ(run.err, "");
+        const std::string log = log_header(settings_of(run)) + head_line(event_line("EH", "0012", 0));
+        EXPECT_TRUE(same_tree(run.tree, {{"rec.vxl", log}, {"ID9A2F.vxl", log}}));
+    }
 }
 
 TEST(No_memory, for_a_unit_ends_with_status_40_and_keeps_what_was_written)
 {
     const Recording recording = begun_event() + Eh().unit(0x1234).event(1).usual().packet();
 
-    EXPECT_EQ(run.status, 40);
-    EXPECT_EQ(run.err, "");
-    EXPECT_TRUE(
-        same_bytes(run.out, console_until(run, begun_console()) + "\nMemory allocation error for '(null)'"));
-    const kit::Settings s = settings_of(run);
-    const std::string third = head_line(event_line("EH", "0001", 2, "1234"));
-    EXPECT_TRUE(same_tree(run.tree, {{Name_1_1, begun_trace()},
-                                     {"rec.vxl", log_header(s) + begun_log() + third},
-                                     {"ID9A2F.vxl", log_header(s) + begun_unit_log()}}));
+    for (const Converted& run : runs_ended_by(Last_words_unit, begun_console(), recording)) {
+        EXPECT_EQ(run.status, 40);
+        EXPECT_EQ(run.err, "");
+        const Settings s = settings_of(run);
+        const std::string third = head_line(event_line("EH", "0001", 2, "1234"));
+        EXPECT_TRUE(same_tree(run.tree, {{Name_1_1, begun_trace()},
+                                         {"rec.vxl", log_header(s) + begun_log() + third},
+                                         {"ID9A2F.vxl", log_header(s) + begun_unit_log()}}));
+    }
 }
 
 TEST(No_memory, for_a_channel_ends_with_status_40_and_keeps_what_was_written)
@@ -140,17 +129,17 @@ TEST(No_memory, for_a_channel_ends_with_status_40_and_keeps_what_was_written)
     third.channel = "2";
     const Recording recording = begun_event() + Dt().event(12).channel(1).samples({9}).packet();
 
-    EXPECT_EQ(run.status, 40);
-    EXPECT_EQ(run.err, "");
-    EXPECT_TRUE(same_bytes(run.out, console_until(run, begun_console(), true) +
-                                        " Out of Heap allocating CHNLST_T pointer"));
-    kit::Settings s = settings_of(run);
-    s.qcc_on = true;
-    EXPECT_TRUE(same_tree(run.tree, {{Name_1_1, begun_trace()},
-                                     {"rec.vxl", log_header(s) + begun_log() + head_line(third)},
-                                     {"ID9A2F.vxl", log_header(s) + begun_unit_log()},
-                                     {"rec.qcc", qcc_header(s)},
-                                     {"ID9A2F.qcc", qcc_header(s)}}));
+    for (const Converted& run : runs_ended_by(Last_words_channel, begun_console(), recording, {"-QY"})) {
+        EXPECT_EQ(run.status, 40);
+        EXPECT_EQ(run.err, "");
+        Settings s = settings_of(run);
+        s.qcc_on = true;
+        EXPECT_TRUE(same_tree(run.tree, {{Name_1_1, begun_trace()},
+                                         {"rec.vxl", log_header(s) + begun_log() + head_line(third)},
+                                         {"ID9A2F.vxl", log_header(s) + begun_unit_log()},
+                                         {"rec.qcc", qcc_header(s)},
+                                         {"ID9A2F.qcc", qcc_header(s)}}));
+    }
 }
 
 TEST(No_memory, wherever_it_happens_ends_the_run_with_its_words_and_whole_traces)

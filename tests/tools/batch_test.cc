@@ -378,7 +378,7 @@ TEST_F(Batch, a_path_too_long_for_vx_sac_works_by_a_link)
     EXPECT_EQ(convert_all({deep, "--", "-P1"}).status, 0);
     const Table rows = table();
     for (const std::string name : {"rec.pkt", "plain"}) {
-        const Row& row = rows.at(deep + "/" + name);
+        const auto& row = rows.at(deep + "/" + name);
         const kit::Tree found = here.tree(row.at("folder"));
         EXPECT_EQ(found.count(name == "plain" ? "plain.vxl" : "rec.vxl"), 1U) << kit::names(found);
         EXPECT_EQ(found.count("in"), 0U) << "the link is gone";

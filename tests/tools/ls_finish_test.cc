@@ -50,8 +50,8 @@ struct stat stat_of(const std::string& path)
     return what;
 }
 
-/// A pair of sockets, the second one for the converter's console. They hold a few thousand bytes that nobody
-/// has read yet: much less than a console buffer, where a pipe may hold a whole one.
+/// A pair of sockets, the second one for the converter's console. Between them is room for a few thousand
+/// bytes, which is less than any pipe promises.
 void make_narrow_console(int console[2])
 {
     ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, console), 0);
@@ -99,7 +99,7 @@ size_t unfinished_in(const kit::Tree& tree)
 }
 
 /// A converter that stands still in the middle of its work.
-struct HELD_RUN {
+struct HeldRun {
     pid_t child = -1;
     int console = -1;
 };
@@ -107,7 +107,7 @@ struct HELD_RUN {
 /// Starts the converter and holds it while it writes its console buffer number `buffer`, counted from 0. The
 /// first byte of that buffer is read, and the socket is too narrow for the rest: the run has stopped, always
 /// at the same packet. Its thread that writes the files goes on; the hold waits until it has written samples.
-void convert_and_hold(const kit::Scratch& scratch, const std::string& out, size_t buffer, HELD_RUN& run)
+void convert_and_hold(const kit::Scratch& scratch, const std::string& out, size_t buffer, HeldRun& run)
 {
     scratch.make_dir(out);
     int console[2];
@@ -125,7 +125,7 @@ void convert_and_hold(const kit::Scratch& scratch, const std::string& out, size_
 
 void convert_and_kill(const kit::Scratch& scratch, const std::string& out, size_t buffer)
 {
-    HELD_RUN run;
+    HeldRun run;
     ASSERT_NO_FATAL_FAILURE(convert_and_hold(scratch, out, buffer, run));
     kill(run.child, SIGKILL);
     int state = 0;
@@ -135,7 +135,7 @@ void convert_and_kill(const kit::Scratch& scratch, const std::string& out, size_
 }
 
 /// The exit status of a run that goes on to its end.
-int let_go(const HELD_RUN& run)
+int let_go(const HeldRun& run)
 {
     kill(run.child, SIGCONT);
     char bytes[4096];
@@ -236,7 +236,7 @@ TEST_P(Ls_finish_killed, a_killed_runs_traces_become_the_starts_of_the_whole_run
     const kit::Outcome whole_run = kit::run_vx(s.dir(), {"rec.pkt", "whole", "-L-"});
     ASSERT_EQ(whole_run.status, 0);
     ASSERT_GT(whole_run.out.size(), (GetParam() + 1) * Console_buffer) << "the run ends before it is killed";
-    ASSERT_NO_FATAL_FAILURE(convert_and_kill(s, "killed", GetParam()));
+    convert_and_kill(s, "killed", GetParam());
     const kit::Tree whole = s.tree("whole"), killed = s.tree("killed");
 
     const kit::Outcome run = finish(s, "killed");
@@ -275,7 +275,7 @@ TEST(Ls_finish, a_converter_that_is_held_loses_nothing)
     ASSERT_NO_FATAL_FAILURE(make_long_recording(s));
     s.make_dir("whole");
     ASSERT_EQ(kit::run_vx(s.dir(), {"rec.pkt", "whole", "-L-"}).status, 0);
-    HELD_RUN held;
+    HeldRun held;
     ASSERT_NO_FATAL_FAILURE(convert_and_hold(s, "live", 1, held));
     const kit::Tree before = s.tree("live");
     const kit::Outcome run = finish(s, "live");
@@ -448,17 +448,17 @@ TEST(Ls_finish, a_trace_longer_than_the_buffer_is_summed_over_its_whole_length)
 
 TEST(Ls_finish, sums_are_doubles_in_the_order_of_the_file)
 {
-    ls::SUMS sums;
+    ls::Sums sums;
     for (const float v : {16777216.0F, 1.0F, 1.0F}) sums.add(v); // in single precision the ones would be lost
     EXPECT_EQ(sums.result().mean, static_cast<float>(16777218.0 / 3));
-    ls::SUMS wide;
+    ls::Sums wide;
     for (const float v : {1e20F, 1.0F, -1e20F}) wide.add(v);
     EXPECT_EQ(wide.result().mean, 0.0F);
 }
 
 TEST(Ls_finish, the_extremes_start_where_the_converters_do)
 {
-    ls::SUMS none, low, high;
+    ls::Sums none, low, high;
     EXPECT_EQ(none.result().least, 2147483648.0F);
     EXPECT_EQ(none.result().most, -2147483648.0F);
     EXPECT_EQ(none.result().mean, 0.0F);

@@ -150,8 +150,8 @@ TEST(Ls_json, what_is_undefined_is_null)
 {
     const kit::Scratch s;
     std::string sac = finished();
-    for (const WORD word : {DELTA, DEPMIN, DEPMAX, DEPMEN}) sac = with_float(sac, word, -12345.0F);
-    for (const WORD word : {NZYEAR, NZJDAY, NZHOUR, NZMIN, NZSEC, NZMSEC, NPTS})
+    for (const SacWord word : {DELTA, DEPMIN, DEPMAX, DEPMEN}) sac = with_float(sac, word, -12345.0F);
+    for (const SacWord word : {NZYEAR, NZJDAY, NZHOUR, NZMIN, NZSEC, NZMSEC, NPTS})
         sac = with_word(sac, word, static_cast<uint32_t>(-12345));
     sac = with_text(with_text(sac, 440, "-12345  "), 600, "-12345  ");
     s.write("a.sac", sac);
@@ -186,7 +186,7 @@ TEST(Ls_json, infinity_and_NaN_are_null)
     for (const float value : {std::numeric_limits<float>::infinity(), std::nanf("")}) {
         const kit::Scratch s;
         std::string sac = finished();
-        for (const WORD word : {DELTA, DEPMIN, DEPMAX, DEPMEN}) sac = with_float(sac, word, value);
+        for (const SacWord word : {DELTA, DEPMIN, DEPMAX, DEPMEN}) sac = with_float(sac, word, value);
         s.write("a.sac", sac);
         const Json trace = list(s)[0];
         for (const char* key : {"delta", "depmin", "depmax", "depmen"})
@@ -507,7 +507,7 @@ TEST(Ls_program, help_and_version_are_told)
     EXPECT_EQ(help.status, 0);
     EXPECT_EQ(help.out, run_ls(s, {"--help"}).out);
     EXPECT_TRUE(help.out.starts_with("Usage: vx_ls [--json] [PATH...]\n"));
-    for (const ls::FLAG_NAME& flag : ls::Flag_names) EXPECT_NE(help.out.find(flag.word), std::string::npos);
+    for (const ls::FlagName& flag : ls::Flag_names) EXPECT_NE(help.out.find(flag.word), std::string::npos);
     EXPECT_EQ(version.status, 0);
     EXPECT_EQ(version.out, "vx_ls " VX_PROJECT_VERSION "\n");
 }

@@ -17,16 +17,16 @@
 #include <vector>
 
 /// A path for a file that is gone after the test.
-struct SCRATCH_FILE {
+struct ScratchFile {
     std::string path;
-    SCRATCH_FILE()
+    ScratchFile()
     {
         std::string name = std::filesystem::temp_directory_path() / "mkrec_XXXXXX";
         const int fd = mkstemp(name.data());
         if (fd >= 0) close(fd);
         path = name;
     }
-    ~SCRATCH_FILE() { std::remove(path.c_str()); }
+    ~ScratchFile() { std::remove(path.c_str()); }
     std::string content() const
     {
         std::ifstream in(path, std::ios::binary);
@@ -36,21 +36,22 @@ struct SCRATCH_FILE {
     }
 };
 
-inline mkrec::SURVEY survey_of(std::vector<std::string> args)
+inline mkrec::Survey survey_of(std::vector<std::string> args)
 {
     args.push_back("OUT");
-    mkrec::OPTIONS options;
-    mkrec::SURVEY survey;
+    mkrec::Options options;
+    mkrec::Survey survey;
     std::string complaint;
     EXPECT_TRUE(mkrec::read_options(args, options, complaint)) << complaint;
     EXPECT_TRUE(mkrec::make_survey(options, survey, complaint)) << complaint;
     return survey;
 }
 
-inline std::string written(const mkrec::SURVEY& survey, bool (*write)(const mkrec::SURVEY&, mkrec::OUTPUT&))
+inline std::string written(const mkrec::Survey& survey,
+                           bool (*write)(const mkrec::Survey&, mkrec::RecordingFile&))
 {
-    SCRATCH_FILE file;
-    mkrec::OUTPUT out;
+    ScratchFile file;
+    mkrec::RecordingFile out;
     EXPECT_TRUE(out.open(file.path, true));
     EXPECT_TRUE(write(survey, out));
     EXPECT_TRUE(out.close());
@@ -58,9 +59,9 @@ inline std::string written(const mkrec::SURVEY& survey, bool (*write)(const mkre
 }
 
 /// The first `n` samples of a channel.
-inline std::vector<int32_t> signal_of(const mkrec::SURVEY& survey, const mkrec::PLACE& place, size_t n)
+inline std::vector<int32_t> signal_of(const mkrec::Survey& survey, const mkrec::LinePlace& place, size_t n)
 {
-    mkrec::SIGNAL signal(mkrec::signal_plan(survey, place));
+    mkrec::SignalMaker signal(mkrec::signal_plan(survey, place));
     std::vector<int32_t> x(n);
     signal.fill(x.data(), static_cast<int>(n));
     return x;
@@ -72,7 +73,7 @@ inline std::string recording(const std::vector<std::string>& args)
 }
 
 /// A packet seen through the eyes of a reader who knows nothing of how it was made.
-struct SEEN {
+struct Seen {
     std::string_view bytes;
 
     std::string type() const { return std::string(bytes.substr(0, 2)); }
@@ -104,20 +105,20 @@ struct SEEN {
     const uint8_t* payload() const { return reinterpret_cast<const uint8_t*>(bytes.data()) + 64; }
 };
 
-inline std::vector<SEEN> packets_of(const std::string& recording)
+inline std::vector<Seen> packets_of(const std::string& recording)
 {
     EXPECT_EQ(recording.size() % 1024, 0u);
-    std::vector<SEEN> packets;
+    std::vector<Seen> packets;
     for (size_t at = 0; at + 1024 <= recording.size(); at += 1024)
         packets.push_back({std::string_view(recording).substr(at, 1024)});
     return packets;
 }
 
 /// The types of all packets, a run of data packets as one "DT".
-inline std::string types_of(const std::vector<SEEN>& packets)
+inline std::string types_of(const std::vector<Seen>& packets)
 {
     std::string types;
-    for (const SEEN& p : packets) {
+    for (const Seen& p : packets) {
         const std::string type = p.type();
         if (type == "DT" && types.ends_with("DT ")) continue;
         types += type + " ";

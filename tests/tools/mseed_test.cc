@@ -21,8 +21,8 @@ std::string mseed_of(const std::vector<std::string>& args)
 
 TEST(Mseed, a_record_begins_with_header_and_blockette_1000)
 {
-    const SURVEY survey = survey_of({"--units", "3", "--rate", "100", "--format", "c0"});
-    BLOCK block{};
+    const Survey survey = survey_of({"--units", "3", "--rate", "100", "--format", "c0"});
+    SampleBlock block{};
     block.payload[0] = 0xAB;
     block.samples = 515;
     block.first = 240;
@@ -44,7 +44,7 @@ TEST(Mseed, holds_the_very_data_of_the_packets_channel_by_channel)
         const std::string all = recording(args), records = mseed_of(args);
         // Unit, stream, channel and event in this order are the order of the records.
         std::map<std::tuple<unsigned, int, int, int>, std::string> data;
-        for (const SEEN& p : packets_of(all))
+        for (const Seen& p : packets_of(all))
             if (p.type() == "DT")
                 data[{p.binary(HDR::Unit_id), p.bcd(EVT::Stream), p.bcd(EVT::Channel), p.bcd(EVT::Number)}] +=
                     p.bytes.substr(64);
@@ -67,15 +67,15 @@ TEST(Mseed, numbers_its_records_from_1)
 
 namespace {
 
-struct TRACE {
+struct TraceHeader {
     std::vector<int32_t> samples;
     hptime_t start = 0, next = 0; ///< microseconds since 1970
 };
 
 /// Decodes the file with the public library: a trace for each run of records without a gap.
-std::map<std::string, std::vector<TRACE>> decoded(std::string records)
+std::map<std::string, std::vector<TraceHeader>> decoded(std::string records)
 {
-    std::map<std::string, std::vector<TRACE>> traces;
+    std::map<std::string, std::vector<TraceHeader>> traces;
     MSRecord* msr = nullptr;
     for (size_t at = 0; at < records.size(); at += 1024) {
         EXPECT_EQ(ms_detect(records.data() + at, 1024), 1024);
@@ -83,7 +83,7 @@ std::map<std::string, std::vector<TRACE>> decoded(std::string records)
         EXPECT_EQ(msr->numsamples, msr->samplecnt);
         EXPECT_EQ(msr->sampletype, 'i');
         char name[64];
-        std::vector<TRACE>& runs = traces[msr_srcname(msr, name, 0)];
+        std::vector<TraceHeader>& runs = traces[msr_srcname(msr, name, 0)];
         if (runs.empty() || runs.back().next != msr->starttime) runs.push_back({{}, msr->starttime, 0});
         const int32_t* x = static_cast<const int32_t*>(msr->datasamples);
         runs.back().samples.insert(runs.back().samples.end(), x, x + msr->numsamples);
@@ -131,16 +131,16 @@ TEST(Mseed, an_independent_decoder_finds_every_sample_in_its_place)
     for (const std::string format : {"c2", "c0", "32", "16"})
         for (const std::string signal : {"quake", "quiet", "loud", "offset", "full", "mixed"}) {
             const std::vector<std::string> args{"--format", format, "--signal", signal, "--seconds", "25"};
-            const SURVEY survey = survey_of(args);
+            const Survey survey = survey_of(args);
             const auto traces = decoded(mseed_of(args));
             ASSERT_EQ(traces.size(), 2u * 2 * 3) << format << " " << signal;
             for (int s = 0; s < 2; ++s)
                 for (int c = 0; c < 3; ++c) {
                     const std::string name = "VX_ALDER_0"s + (s ? "2_BH" : "1_HN") + "ZNE"[c];
-                    const std::vector<TRACE>& runs = traces.at(name);
+                    const std::vector<TraceHeader>& runs = traces.at(name);
                     ASSERT_EQ(runs.size(), 2u) << name; // an event each
                     for (int e = 0; e < 2; ++e) {
-                        const TRACE& run = runs[static_cast<size_t>(e)];
+                        const TraceHeader& run = runs[static_cast<size_t>(e)];
                         EXPECT_EQ(run.samples, signal_of(survey, {0, s, e, c}, s ? 50 * 25 : 200 * 25));
                         // 2023-01-10 06:00:00, two minutes from event to event, 40 ms from stream to stream
                         EXPECT_EQ(run.start, (int64_t{1673330400} + 120 * e) * 1000000 + 40000 * s);
@@ -151,24 +151,25 @@ TEST(Mseed, an_independent_decoder_finds_every_sample_in_its_place)
 
 TEST(Mseed, an_independent_encoder_packs_the_same_frames)
 {
-    for (const STEIM level : {STEIM::level1, STEIM::level2})
+    for (const SteimLevel level : {SteimLevel::level1, SteimLevel::level2})
         for (uint64_t seed = 1; seed <= 20; ++seed) {
-            SIGNAL signal({.motion = seed % 2 ? MOTION::mixed : MOTION::quiet,
-                           .word_bits = 32,
-                           .full_bits = 32,
-                           .rate = 100,
-                           .period = 6000,
-                           .distance = 0,
-                           .axis = 0,
-                           .seed = seed});
+            SignalMaker signal({.motion = seed % 2 ? Motion::mixed : Motion::quiet,
+                                .word_bits = 32,
+                                .full_bits = 32,
+                                .rate = 100,
+                                .period = 6000,
+                                .distance = 0,
+                                .axis = 0,
+                                .seed = seed});
             std::vector<int32_t> x(4000);
             signal.fill(x.data(), 4000);
-            const std::string theirs = packed_by_library(x, level == STEIM::level1 ? DE_STEIM1 : DE_STEIM2);
+            const std::string theirs =
+                packed_by_library(x, level == SteimLevel::level1 ? DE_STEIM1 : DE_STEIM2);
             std::string ours;
             for (int at = 0; at < 4000;) {
                 uint8_t frames[Steim_len];
                 const int32_t previous = x[static_cast<size_t>(at ? at - 1 : 0)];
-                const STEIM_FILL fill = steim_encode(level, x.data() + at, 4000 - at, previous, frames);
+                const SteimFill fill = steim_encode(level, x.data() + at, 4000 - at, previous, frames);
                 ours.append(reinterpret_cast<const char*>(frames), sizeof frames);
                 at += fill.samples;
             }

@@ -10,9 +10,9 @@ using testing::ElementsAre;
 
 namespace {
 
-OPTIONS read(const std::vector<std::string>& args)
+Options read(const std::vector<std::string>& args)
 {
-    OPTIONS options;
+    Options options;
     std::string complaint;
     EXPECT_TRUE(read_options(args, options, complaint)) << complaint;
     return options;
@@ -20,7 +20,7 @@ OPTIONS read(const std::vector<std::string>& args)
 
 std::string complaint_about(const std::vector<std::string>& args)
 {
-    OPTIONS options;
+    Options options;
     std::string complaint;
     EXPECT_FALSE(read_options(args, options, complaint));
     return complaint;
@@ -30,7 +30,7 @@ std::string complaint_about(const std::vector<std::string>& args)
 
 TEST(Mkrec_options, every_option_has_its_place)
 {
-    const OPTIONS o = read({"--units",     "4",
+    const Options o = read({"--units",     "4",
                             "--streams=3", "--channels",
                             "6",           "--rate",
                             "100,20",      "--events",
@@ -50,8 +50,8 @@ TEST(Mkrec_options, every_option_has_its_place)
     EXPECT_THAT(o.rates, ElementsAre(100, 20));
     EXPECT_EQ(o.events, 9999);
     EXPECT_EQ(o.seconds, 5);
-    EXPECT_THAT(o.formats, ElementsAre(FORMAT::steim1, FORMAT::int16));
-    EXPECT_EQ(o.motion, MOTION::loud);
+    EXPECT_THAT(o.formats, ElementsAre(SampleFormat::steim1, SampleFormat::int16));
+    EXPECT_EQ(o.motion, Motion::loud);
     EXPECT_EQ(o.seed, 77u);
     EXPECT_EQ(o.size, 3 * 1048576);
     EXPECT_TRUE(o.interleave);
@@ -140,9 +140,9 @@ TEST(Mkrec_options, help_and_version_need_no_name)
 TEST(Survey, a_size_too_small_for_its_events_is_refused)
 {
     // One unit without settings: 100 events of EH, 3 data packets and ET.
-    OPTIONS o =
+    Options o =
         read({"--units", "1", "--streams", "1", "--events", "100", "--no-parameters", "--size", "499K", "o"});
-    SURVEY survey;
+    Survey survey;
     std::string complaint;
     EXPECT_FALSE(make_survey(o, survey, complaint));
     EXPECT_EQ(complaint, "the size is too small: 500 packets are the least");
@@ -152,7 +152,7 @@ TEST(Survey, a_size_too_small_for_its_events_is_refused)
 
 TEST(Survey, streams_share_the_sixteen_inputs_once_they_are_used_up)
 {
-    SURVEY survey;
+    Survey survey;
     std::string complaint;
     ASSERT_TRUE(make_survey(read({"--streams", "7", "--channels", "3", "o"}), survey, complaint));
     EXPECT_EQ(inputs(survey), 15);
@@ -162,7 +162,7 @@ TEST(Survey, streams_share_the_sixteen_inputs_once_they_are_used_up)
 
 TEST(Survey, event_numbers_run_from_1_to_9999_and_start_again)
 {
-    SURVEY survey;
+    Survey survey;
     std::string complaint;
     ASSERT_TRUE(make_survey(read({"--streams", "2", "o"}), survey, complaint));
     EXPECT_EQ(event_number(survey, 0, 0), 1);
@@ -182,7 +182,7 @@ TEST(Survey, every_station_has_its_own_name_of_five_characters)
 
 TEST(Survey, every_channel_of_a_stream_has_its_own_code)
 {
-    SURVEY survey;
+    Survey survey;
     std::string complaint;
     ASSERT_TRUE(make_survey(read({"--channels", "32", "--rate", "200", "o"}), survey, complaint));
     std::vector<std::string> codes;

@@ -11,12 +11,12 @@ using namespace mkrec;
 
 namespace {
 
-std::string_view seen(const PAGE& page)
+std::string_view seen(const TextPage& page)
 {
     return {reinterpret_cast<const char*>(page.bytes), sizeof page.bytes};
 }
 
-std::string bytes(const PAGE& page, int at, int len)
+std::string bytes(const TextPage& page, int at, int len)
 {
     return std::string(seen(page).substr(static_cast<size_t>(at), static_cast<size_t>(len)));
 }
@@ -48,7 +48,7 @@ TEST(Clock, counts_days_over_the_years_with_their_leap_days)
 
 TEST(Page, the_header_is_binary_coded_decimal_but_for_type_and_unit)
 {
-    PAGE page;
+    TextPage page;
     start_page(page, {"SH", 0x9A2F, {2004, 123, 10, 15, 30, 250}, 6, 100}, 0);
     EXPECT_EQ(bytes(page, 0, 16), "SH\x07\x04\x9A\x2F\x12\x31\x01\x53\x02\x50\x01\x00\x00\x06"s);
     EXPECT_EQ(bytes(page, 16, 1008), std::string(1008, '\0'));
@@ -56,14 +56,14 @@ TEST(Page, the_header_is_binary_coded_decimal_but_for_type_and_unit)
 
 TEST(Page, the_latest_time_of_a_day_keeps_all_its_digits)
 {
-    PAGE page;
+    TextPage page;
     start_page(page, {"DT", 1, {2099, 366, 23, 59, 59, 999}, 9999}, ' ');
     EXPECT_EQ(bytes(page, 2, 14), "\x07\x99\x00\x01\x36\x62\x35\x95\x99\x99\x10\x24\x99\x99"s);
 }
 
 TEST(Page, text_is_cut_to_its_field)
 {
-    PAGE page;
+    TextPage page;
     start_page(page, {"SC", 1, {2004, 1, 0, 0, 0, 0}, 0}, ' ');
     put_text(page, {20, 4}, "abcdef");
     put_text(page, {1020, 8}, "abcdef");
@@ -73,13 +73,13 @@ TEST(Page, text_is_cut_to_its_field)
 
 TEST(Data_packet, carries_header_extension_and_payload)
 {
-    const SURVEY survey = survey_of({"--units", "3", "--rate", "100", "--format", "32"});
-    BLOCK block{};
+    const Survey survey = survey_of({"--units", "3", "--rate", "100", "--format", "32"});
+    SampleBlock block{};
     memcpy(block.payload, "\x01\x02\x03\x04", 4);
     block.used = 4 * 150;
     block.samples = 150;
     block.first = 240;
-    PAGE page;
+    TextPage page;
     // Third unit, second stream, second event, third channel: unit 9A03, event 4, channel number 5.
     write_data_page(page, survey, {2, 1, 1, 2}, block, 7);
     // 06:00:00 on day 10; a slot of 3 minutes; 300 ms late; 240 samples of 10 ms.
@@ -92,11 +92,11 @@ TEST(Data_packet, carries_header_extension_and_payload)
 
 TEST(Event_header, tells_station_stream_times_and_channels)
 {
-    const SURVEY survey = survey_of({"--rate", "200,50", "--format", "c2"});
-    PAGE page;
-    const PLACE event{1, 0, 0, 0};
+    const Survey survey = survey_of({"--rate", "200,50", "--format", "c2"});
+    TextPage page;
+    const LinePlace event{1, 0, 0, 0};
     write_event_page(page, survey, event, {1000, 2500, -1, -1}, false, 0, 0);
-    const SEEN eh{seen(page)};
+    const Seen eh{seen(page)};
     EXPECT_EQ(bytes(page, 0, 24), "EH\x07\x23\x9A\x02\x00\x10\x00\x00\x10\x00\x10\x24\x00\x00"
                                   "\x00\x01\x00\x00\x00\x00\x00\xC2"s);
     EXPECT_EQ(bytes(page, 57, 7), "20HBIRC"); // clock, days, fifth letter, name
@@ -124,10 +124,10 @@ TEST(Event_header, tells_station_stream_times_and_channels)
 
 TEST(Event_header, the_second_stream_has_the_next_channels)
 {
-    const SURVEY survey = survey_of({"--rate", "200,50"});
-    PAGE page;
+    const Survey survey = survey_of({"--rate", "200,50"});
+    TextPage page;
     write_event_page(page, survey, {0, 1, 0, 0}, {0, 0, -1, -1}, false, 0, 0);
-    const SEEN eh{seen(page)};
+    const Seen eh{seen(page)};
     EXPECT_EQ(eh.text(EH::Strm_name), "broad band              ");
     EXPECT_EQ(eh.text(EH::Seed.all()), std::string(3 * 4, ' ') + "BHZ BHN BHE " + std::string(10 * 4, ' '));
     EXPECT_EQ(eh.text(EH::Rate), "50  ");
@@ -135,10 +135,10 @@ TEST(Event_header, the_second_stream_has_the_next_channels)
 
 TEST(Event_trailer, tells_the_end_too)
 {
-    const SURVEY survey = survey_of({});
-    PAGE page;
+    const Survey survey = survey_of({});
+    TextPage page;
     write_event_page(page, survey, {0, 0, 1, 0}, {1000, 2500, 61000, 61995}, true, 0, 42);
-    const SEEN et{seen(page)};
+    const Seen et{seen(page)};
     EXPECT_EQ(bytes(page, 0, 2), "ET");
     EXPECT_EQ(bytes(page, 6, 6), "\x00\x10\x00\x10\x19\x95"s);
     EXPECT_EQ(et.text(EH::T_detrg), "2023001000101000");
@@ -149,8 +149,8 @@ TEST(Event_trailer, tells_the_end_too)
 
 TEST(Event_header, channels_from_17_on_are_told_by_a_second_one)
 {
-    const SURVEY survey = survey_of({"--channels", "18"});
-    PAGE page;
+    const Survey survey = survey_of({"--channels", "18"});
+    TextPage page;
     write_event_page(page, survey, {}, {0, 0, -1, -1}, false, 0, 0);
     EXPECT_EQ(seen(page)[22], '\0');
     EXPECT_EQ(bytes(page, 656, 48), " 1  2  3  4  5  6  7  8  9 10 11 12 13 14 15 16 ");
@@ -161,9 +161,9 @@ TEST(Event_header, channels_from_17_on_are_told_by_a_second_one)
 
 TEST(Station_packet, lists_five_channels_each)
 {
-    const SURVEY survey = survey_of({"--streams", "2", "--channels", "3"});
-    PARAMETER_PAGES pages(survey, 0);
-    PAGE page;
+    const Survey survey = survey_of({"--streams", "2", "--channels", "3"});
+    ParameterPages pages(survey, 0);
+    TextPage page;
     pages.stations(page, 0);
     EXPECT_EQ(bytes(page, 12, 4), "\x09\x32\x00\x00"s); // 202 + 5 x 146 bytes
     EXPECT_EQ(bytes(page, 16, 26), "07Valley site response    ");
@@ -182,9 +182,9 @@ TEST(Station_packet, lists_five_channels_each)
 
 TEST(Stream_packet, tells_channels_rate_format_and_trigger)
 {
-    const SURVEY survey = survey_of({"--streams", "5", "--rate", "200,50", "--format", "c2,16"});
-    PARAMETER_PAGES pages(survey, 0);
-    PAGE page;
+    const Survey survey = survey_of({"--streams", "5", "--rate", "200,50", "--format", "c2,16"});
+    ParameterPages pages(survey, 0);
+    TextPage page;
     pages.streams(page, 0);
     EXPECT_EQ(bytes(page, 12, 2), "\x09\x36"s); // 16 + 4 x 230 bytes
     EXPECT_EQ(bytes(page, 16, 26), "1 strong motion           ");
@@ -199,18 +199,18 @@ TEST(Stream_packet, tells_channels_rate_format_and_trigger)
 
 TEST(Stream_packet, has_no_event_trigger_when_there_is_no_quake)
 {
-    const SURVEY survey = survey_of({"--signal", "quiet"});
-    PARAMETER_PAGES pages(survey, 0);
-    PAGE page;
+    const Survey survey = survey_of({"--signal", "quiet"});
+    ParameterPages pages(survey, 0);
+    TextPage page;
     pages.streams(page, 0);
     EXPECT_EQ(bytes(page, 16 + 64, 12), "CON 3600    ");
 }
 
 TEST(Operation_packet, has_two_wake_entries)
 {
-    const SURVEY survey = survey_of({});
-    PARAMETER_PAGES pages(survey, 0);
-    PAGE page;
+    const Survey survey = survey_of({});
+    ParameterPages pages(survey, 0);
+    TextPage page;
     pages.operation(page);
     EXPECT_EQ(bytes(page, 12, 4), "\x01\x76\x00\x00"s); // 48 + 2 x 64 bytes
     EXPECT_EQ(bytes(page, 16, 32), "ACSC12 DYN6660  NYOT            ");
@@ -221,28 +221,28 @@ TEST(Operation_packet, has_two_wake_entries)
 
 TEST(Calibration_packet, has_a_step)
 {
-    const SURVEY survey = survey_of({});
-    PARAMETER_PAGES pages(survey, 0);
-    PAGE page;
+    const Survey survey = survey_of({});
+    ParameterPages pages(survey, 0);
+    TextPage page;
     pages.calibration(page);
     EXPECT_EQ(bytes(page, 16, 66), "2023010060000 86400   1   60      ON  10.0    2.0     0.5     1   ");
 }
 
 TEST(Auxiliary_packet, names_its_channels)
 {
-    const SURVEY survey = survey_of({});
-    PARAMETER_PAGES pages(survey, 0);
-    PAGE page;
+    const Survey survey = survey_of({});
+    ParameterPages pages(survey, 0);
+    TextPage page;
     pages.auxiliary(page);
     EXPECT_EQ(bytes(page, 16, 36), "  123             60      163600    ");
 }
 
 TEST(Directory_packet, lists_an_event_with_packed_times)
 {
-    const SURVEY survey = survey_of({"--format", "c0"});
-    PARAMETER_PAGES pages(survey, 0);
+    const Survey survey = survey_of({"--format", "c0"});
+    ParameterPages pages(survey, 0);
     const int64_t ms = (9 * 24 + 6) * 3600000 + 61002;
-    PAGE page;
+    TextPage page;
     pages.directory(page, {{{0, 1, 0, 0}, {ms, ms, ms, ms}, 12, 34}}, 99, ms);
     EXPECT_EQ(bytes(page, 12, 2), "\x01\x04"s);
     EXPECT_EQ(bytes(page, 16, 16), "\0\0\0\0\0\0\0\x63\0\0\0\x01\0\0\0\x01"s);

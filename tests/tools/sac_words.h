@@ -9,7 +9,7 @@
 namespace ls_test {
 
 /// Places of header words, by the format's own numbering.
-enum WORD {
+enum SacWord {
     DELTA = 0,
     DEPMIN = 1,
     DEPMAX = 2,
@@ -30,21 +30,21 @@ enum WORD {
 };
 
 /// Overwrites a big-endian word of a trace.
-inline std::string with_word(std::string sac, WORD word, uint32_t value)
+inline std::string with_word(std::string sac, SacWord word, uint32_t value)
 {
     for (size_t i = 0; i < 4; ++i)
         sac[4 * static_cast<size_t>(word) + i] = static_cast<char>(value >> (24 - 8 * i) & 0xFF);
     return sac;
 }
 
-inline std::string with_float(const std::string& sac, WORD word, float value)
+inline std::string with_float(const std::string& sac, SacWord word, float value)
 {
     uint32_t bits;
     memcpy(&bits, &value, 4);
     return with_word(sac, word, bits);
 }
 
-inline float header_float(const std::string& sac, WORD word)
+inline float header_float(const std::string& sac, SacWord word)
 {
     const uint32_t bits = kit::header_bits(sac, word);
     float value;

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <vector>
 
-struct STEIM_DECODED {
+struct SteimDecoded {
     std::vector<int32_t> samples;
     int32_t x0 = 0, xn = 0;
     int32_t first_difference = 0;
@@ -53,9 +53,9 @@ inline bool steim_differences(int level, unsigned code, uint32_t word, std::vect
     return true;
 }
 
-inline STEIM_DECODED steim_decode(int level, const uint8_t* frames)
+inline SteimDecoded steim_decode(int level, const uint8_t* frames)
 {
-    STEIM_DECODED result;
+    SteimDecoded result;
     result.x0 = static_cast<int32_t>(steim_word(frames, 0, 1));
     result.xn = static_cast<int32_t>(steim_word(frames, 0, 2));
     std::vector<int32_t> differences;

@@ -8,7 +8,7 @@
 #include <limits>
 
 using namespace ls_test;
-using trace::ORDER;
+using trace::Order;
 
 namespace {
 
@@ -42,18 +42,18 @@ double rate(float delta)
 
 TEST(Trace_header, the_version_tells_the_byte_order)
 {
-    EXPECT_EQ(trace::order_of(finished().data()), ORDER::big);
-    EXPECT_EQ(trace::order_of(little_endian(finished()).data()), ORDER::little);
-    EXPECT_EQ(trace::order_of(with_word(finished(), NVHDR, 7).data()), ORDER::none);
-    EXPECT_EQ(trace::order_of(with_word(finished(), NVHDR, 0x00060000).data()), ORDER::none);
-    EXPECT_EQ(trace::order_of(std::string(632, '\0').data()), ORDER::none);
+    EXPECT_EQ(trace::order_of(finished().data()), Order::big);
+    EXPECT_EQ(trace::order_of(little_endian(finished()).data()), Order::little);
+    EXPECT_EQ(trace::order_of(with_word(finished(), NVHDR, 7).data()), Order::none);
+    EXPECT_EQ(trace::order_of(with_word(finished(), NVHDR, 0x00060000).data()), Order::none);
+    EXPECT_EQ(trace::order_of(std::string(632, '\0').data()), Order::none);
 }
 
 TEST(Trace_header, both_byte_orders_give_the_same_values)
 {
     const std::string big = finished(), little = little_endian(big);
     for (const SACHDR_T& h :
-         {trace::decode(big.data(), ORDER::big), trace::decode(little.data(), ORDER::little)}) {
+         {trace::decode(big.data(), Order::big), trace::decode(little.data(), Order::little)}) {
         EXPECT_EQ(h.DELTA, 0.01F);
         EXPECT_EQ(h.DEPMEN, 2.0F);
         EXPECT_EQ(h.NZJDAY, 123);
@@ -68,7 +68,7 @@ TEST(Trace_header, every_bit_comes_back_in_both_byte_orders)
     std::string bytes(632, '\0');
     for (size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<char>(i * 37 + 11);
     bytes = with_word(bytes, DEPMIN, 0x7F800001); // a signalling NaN
-    for (const ORDER order : {ORDER::big, ORDER::little}) {
+    for (const Order order : {Order::big, Order::little}) {
         std::string again(632, '\0');
         trace::encode(trace::decode(bytes.data(), order), order, again.data());
         EXPECT_TRUE(kit::same_bytes(again, bytes));
@@ -78,12 +78,12 @@ TEST(Trace_header, every_bit_comes_back_in_both_byte_orders)
 TEST(Trace_header, words_are_written_in_either_order)
 {
     char bytes[4];
-    trace::put_word(bytes, ORDER::big, 0x01020384);
+    trace::put_word(bytes, Order::big, 0x01020384);
     EXPECT_EQ(std::string(bytes, 4), "\x01\x02\x03\x84");
-    EXPECT_EQ(trace::word_at(bytes, ORDER::big), 0x01020384U);
-    trace::put_word(bytes, ORDER::little, 0x01020384);
+    EXPECT_EQ(trace::word_at(bytes, Order::big), 0x01020384U);
+    trace::put_word(bytes, Order::little, 0x01020384);
     EXPECT_EQ(std::string(bytes, 4), "\x84\x03\x02\x01");
-    EXPECT_EQ(trace::word_at(bytes, ORDER::little), 0x01020384U);
+    EXPECT_EQ(trace::word_at(bytes, Order::little), 0x01020384U);
 }
 
 TEST(Trace_header, texts_end_at_a_NUL_or_before_their_last_blanks)

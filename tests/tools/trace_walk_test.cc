@@ -10,23 +10,23 @@
 #include <unistd.h>
 
 using namespace ls_test;
-using trace::FOUND;
+using trace::Found;
 
 namespace {
 
 /// Paths found below the scratch directory's "t", told from there on.
-std::vector<std::string> found(const kit::Scratch& scratch, const trace::WALK& walk)
+std::vector<std::string> found(const kit::Scratch& scratch, const trace::Walk& walk)
 {
     std::vector<std::string> names;
-    for (const trace::TRACE_PATH& file : walk.files)
+    for (const trace::TracePath& file : walk.files)
         names.push_back(file.path.substr(scratch.path("t/").size()) + " " + std::string(file.relative()));
     return names;
 }
 
-FOUND opened(const std::string& path)
+Found opened(const std::string& path)
 {
-    trace::INPUT input;
-    trace::TRACE trace;
+    trace::InputFile input;
+    trace::TraceHeader trace;
     return open_trace(path, input, trace);
 }
 
@@ -40,7 +40,7 @@ TEST(Trace_walk, takes_the_traces_of_all_levels_sorted_by_path)
     for (const char* name :
          {"t/b.sac", "t/a/z.sac", "t/a/y/x.sac", "t/a/y/x.vxl", "t/c.SAC", "t/e.Sac", "t/sac", "t/d.sac.gz"})
         s.write(name, "");
-    const trace::WALK walk = trace::find_traces({s.path("t")});
+    const trace::Walk walk = trace::find_traces({s.path("t")});
     EXPECT_EQ(found(s, walk),
               (Names{"a/y/x.sac a/y/x.sac", "a/z.sac a/z.sac", "b.sac b.sac", "c.SAC c.SAC", "e.Sac e.Sac"}));
     EXPECT_TRUE(walk.troubles.empty());
@@ -51,7 +51,7 @@ TEST(Trace_walk, takes_each_file_once_and_a_named_file_whatever_its_name)
     const kit::Scratch s;
     s.write("t/a/b.sac", "");
     s.write("t/note", "");
-    const trace::WALK walk = trace::find_traces({s.path("t/a"), s.path("t/a/"), s.path("t/note")});
+    const trace::Walk walk = trace::find_traces({s.path("t/a"), s.path("t/a/"), s.path("t/note")});
     EXPECT_EQ(found(s, walk), (Names{"a/b.sac b.sac", "note note"}));
 }
 
@@ -89,7 +89,7 @@ TEST(Trace_walk, one_directory_can_be_left_out)
 TEST(Trace_walk, tells_what_is_not_there)
 {
     const kit::Scratch s;
-    const trace::WALK walk = trace::find_traces({s.path("none"), ""});
+    const trace::Walk walk = trace::find_traces({s.path("none"), ""});
     ASSERT_EQ(walk.troubles.size(), 2U);
     EXPECT_EQ(walk.troubles[0].path, s.path("none"));
     EXPECT_EQ(walk.troubles[0].error, ENOENT);
@@ -107,7 +107,7 @@ TEST(Trace_walk, a_tree_deeper_than_a_path_can_tell_is_told_and_the_rest_is_foun
         ASSERT_EQ(mkdir(step.c_str(), 0777), 0);
         ASSERT_EQ(chdir(step.c_str()), 0);
     }
-    const trace::WALK walk = trace::find_traces({s.path("t")});
+    const trace::Walk walk = trace::find_traces({s.path("t")});
     EXPECT_EQ(found(s, walk), (Names{"a.sac a.sac"}));
     ASSERT_EQ(walk.troubles.size(), 1U);
     EXPECT_EQ(walk.troubles[0].error, ENAMETOOLONG);
@@ -121,29 +121,29 @@ TEST(Trace_walk, a_tree_deeper_than_a_path_can_tell_is_told_and_the_rest_is_foun
 TEST(Trace_file, is_told_from_what_is_none)
 {
     const kit::Scratch s;
-    EXPECT_EQ(opened(s.write("a.sac", finished())), FOUND::trace);
-    EXPECT_EQ(opened(s.write("b.sac", little_endian(finished()))), FOUND::trace);
-    EXPECT_EQ(opened(s.write("c.sac", "")), FOUND::too_short);
-    EXPECT_EQ(opened(s.write("d.sac", finished().substr(0, 631))), FOUND::too_short);
-    EXPECT_EQ(opened(s.write("e.sac", std::string(2000, ' '))), FOUND::not_sac);
-    EXPECT_EQ(opened(s.path("none.sac")), FOUND::unreadable);
-    EXPECT_EQ(opened(s.dir()), FOUND::not_sac);
-    EXPECT_EQ(opened("/dev/null"), FOUND::not_sac);
+    EXPECT_EQ(opened(s.write("a.sac", finished())), Found::trace);
+    EXPECT_EQ(opened(s.write("b.sac", little_endian(finished()))), Found::trace);
+    EXPECT_EQ(opened(s.write("c.sac", "")), Found::too_short);
+    EXPECT_EQ(opened(s.write("d.sac", finished().substr(0, 631))), Found::too_short);
+    EXPECT_EQ(opened(s.write("e.sac", std::string(2000, ' '))), Found::not_sac);
+    EXPECT_EQ(opened(s.path("none.sac")), Found::unreadable);
+    EXPECT_EQ(opened(s.dir()), Found::not_sac);
+    EXPECT_EQ(opened("/dev/null"), Found::not_sac);
 }
 
 TEST(Trace_file, a_pipe_without_a_writer_is_no_trace_and_not_waited_for)
 {
     const kit::Scratch s;
     ASSERT_EQ(mkfifo(s.path("a.sac").c_str(), 0666), 0);
-    EXPECT_EQ(opened(s.path("a.sac")), FOUND::not_sac);
+    EXPECT_EQ(opened(s.path("a.sac")), Found::not_sac);
 }
 
 TEST(Trace_file, samples_follow_the_header)
 {
     const kit::Scratch s;
-    trace::INPUT input;
-    trace::TRACE trace;
-    ASSERT_EQ(open_trace(s.write("a.sac", little_endian(finished())), input, trace), FOUND::trace);
+    trace::InputFile input;
+    trace::TraceHeader trace;
+    ASSERT_EQ(open_trace(s.write("a.sac", little_endian(finished())), input, trace), Found::trace);
     EXPECT_EQ(trace.data_len, 12U);
     char bytes[100];
     ASSERT_EQ(input.read(bytes, sizeof bytes), 12);

@@ -22,13 +22,13 @@ bool make_directories(const std::string& path)
     return true;
 }
 
-std::string why_not(const ENTRY& e)
+std::string why_not(const Entry& e)
 {
     if (e.is_lost()) return why_lost(e);
-    if (e.has(FLAG::unfinished)) return "unfinished; --finish it first";
-    if (e.has(FLAG::cut)) return "cut: shorter than its header says";
-    if (e.has(FLAG::empty)) return "no samples";
-    if (e.has(FLAG::no_rate)) return "no sample rate";
+    if (e.has(TraceFlag::unfinished)) return "unfinished; --finish it first";
+    if (e.has(TraceFlag::cut)) return "cut: shorter than its header says";
+    if (e.has(TraceFlag::empty)) return "no samples";
+    if (e.has(TraceFlag::no_rate)) return "no sample rate";
     return "";
 }
 
@@ -40,11 +40,11 @@ void set_begin(SACHDR_T& h)
 }
 
 /// An empty text when it went well.
-std::string copy(trace::INPUT& input, trace::TRACE& trace, const std::string& target)
+std::string copy(trace::InputFile& input, trace::TraceHeader& trace, const std::string& target)
 {
     struct stat there;
     if (lstat(target.c_str(), &there) == 0) return strerror(EEXIST);
-    FRESH fresh;
+    Fresh fresh;
     if (!make_directories(target) || !fresh.create(target)) return strerror(errno);
     char buffer[Buffer_len];
     set_begin(trace.header);
@@ -62,11 +62,11 @@ std::string copy(trace::INPUT& input, trace::TRACE& trace, const std::string& ta
     return fresh.place(input.is) ? "" : strerror(errno);
 }
 
-bool copy_one(const trace::TRACE_PATH& file, const std::string& dir)
+bool copy_one(const trace::TracePath& file, const std::string& dir)
 {
-    trace::INPUT input;
-    trace::TRACE trace;
-    const trace::FOUND found = trace::open_trace(file.path, input, trace);
+    trace::InputFile input;
+    trace::TraceHeader trace;
+    const trace::Found found = trace::open_trace(file.path, input, trace);
     const std::string why = why_not(make_entry(file.path, found, input, trace));
     if (!why.empty()) {
         complain(file.path, why);
@@ -88,10 +88,10 @@ bool copy_with_begin(const std::string& dir, const std::vector<std::string>& pat
         complain(dir, strerror(errno));
         return false;
     }
-    const trace::WALK walk = trace::find_traces(paths, &own);
+    const trace::Walk walk = trace::find_traces(paths, &own);
     bool all = tell_troubles(walk);
     size_t copied = 0;
-    for (const trace::TRACE_PATH& file : walk.files) {
+    for (const trace::TracePath& file : walk.files) {
         const bool done = copy_one(file, into);
         copied += done;
         all = all && done;

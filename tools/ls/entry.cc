@@ -11,28 +11,28 @@ namespace ls {
 
 namespace {
 
-void judge_length(ENTRY& e)
+void judge_length(Entry& e)
 {
     const uint64_t said = 4 * static_cast<uint64_t>(e.npts.value_or(0));
     if (said == 0) {
-        e.set(e.data_len == 0 ? FLAG::empty : FLAG::unfinished);
-        if (e.data_len % 4 != 0) e.set(FLAG::cut);
+        e.set(e.data_len == 0 ? TraceFlag::empty : TraceFlag::unfinished);
+        if (e.data_len % 4 != 0) e.set(TraceFlag::cut);
     } else if (e.data_len < said) {
-        e.set(FLAG::cut);
+        e.set(TraceFlag::cut);
     } else if (e.data_len > said) {
-        e.set(FLAG::extra);
+        e.set(TraceFlag::extra);
     }
 }
 
 /// Numbers that a run puts there before the first sample are no statistics.
-void judge_statistics(ENTRY& e, const SACHDR_T& h)
+void judge_statistics(Entry& e, const SACHDR_T& h)
 {
     const bool reset = trace::statistics_are_reset(h);
     e.has_statistics = !reset && !trace::statistics_are_undefined(h);
-    if (reset && !e.has(FLAG::unfinished) && !e.has(FLAG::empty)) e.set(FLAG::qc_reset);
+    if (reset && !e.has(TraceFlag::unfinished) && !e.has(TraceFlag::empty)) e.set(TraceFlag::qc_reset);
 }
 
-void take_header(ENTRY& e, const SACHDR_T& h)
+void take_header(Entry& e, const SACHDR_T& h)
 {
     e.has_header = true;
     e.delta = h.DELTA;
@@ -47,8 +47,8 @@ void take_header(ENTRY& e, const SACHDR_T& h)
     e.knetwk = trace::text_of({h.KNETWK, sizeof h.KNETWK});
     judge_length(e);
     judge_statistics(e, h);
-    if (!e.rate) e.set(FLAG::no_rate);
-    if (!e.start) e.set(FLAG::no_time);
+    if (!e.rate) e.set(TraceFlag::no_rate);
+    if (!e.start) e.set(TraceFlag::no_time);
 }
 
 /// Stream and channel as the names of traces tell them, YYYYDDDHHMMSSmmm_STATN_s_c.sac with a letter at times
@@ -64,7 +64,7 @@ std::string_view stream_and_channel(std::string_view path)
 }
 
 /// The letter that made the name free is no part of the channel.
-auto channel_key(const ENTRY& e)
+auto channel_key(const Entry& e)
 {
     const std::string_view place = stream_and_channel(e.path);
     return std::make_tuple(std::cref(e.knetwk), std::cref(e.kstnm), std::cref(e.kcmpnm), place.substr(0, 1),
@@ -72,20 +72,20 @@ auto channel_key(const ENTRY& e)
 }
 
 /// Where the traces of a channel have ended so far.
-struct SO_FAR {
+struct SoFar {
     bool known = false; ///< not behind a trace without a sample rate
     double end = 0.0;   ///< when the next sample is due, in milliseconds
 };
 
 constexpr double Millisecond = 1.0;
 
-void follow(SO_FAR& so_far, ENTRY& e)
+void follow(SoFar& so_far, Entry& e)
 {
     const double begin = static_cast<double>(*e.start);
     const double period = e.rate ? 1000.0 / *e.rate : 0.0;
     const double tolerance = std::max(period / 2, Millisecond);
-    if (so_far.known && begin > so_far.end + tolerance) e.set(FLAG::gap);
-    if (so_far.known && begin < so_far.end - tolerance) e.set(FLAG::overlap);
+    if (so_far.known && begin > so_far.end + tolerance) e.set(TraceFlag::gap);
+    if (so_far.known && begin < so_far.end - tolerance) e.set(TraceFlag::overlap);
     const double end = begin + static_cast<double>(e.samples_there()) * period;
     so_far.end = so_far.known ? std::max(so_far.end, end) : end;
     so_far.known = e.rate.has_value();
@@ -93,51 +93,51 @@ void follow(SO_FAR& so_far, ENTRY& e)
 
 } // namespace
 
-uint64_t ENTRY::samples_there() const
+uint64_t Entry::samples_there() const
 {
     const uint64_t there = data_len / 4;
-    return has(FLAG::unfinished) || !npts ? there : std::min<uint64_t>(there, *npts);
+    return has(TraceFlag::unfinished) || !npts ? there : std::min<uint64_t>(there, *npts);
 }
 
-ENTRY make_entry(const std::string& path, trace::FOUND found, const trace::INPUT& input,
-                 const trace::TRACE& trace)
+Entry make_entry(const std::string& path, trace::Found found, const trace::InputFile& input,
+                 const trace::TraceHeader& trace)
 {
-    ENTRY e;
+    Entry e;
     e.path = path;
     e.file_len = static_cast<uint64_t>(input.is.st_size);
     switch (found) {
-    case trace::FOUND::unreadable:
+    case trace::Found::unreadable:
         e.error = errno;
-        e.set(FLAG::unreadable);
+        e.set(TraceFlag::unreadable);
         break;
-    case trace::FOUND::not_sac: e.set(FLAG::not_sac); break;
-    case trace::FOUND::too_short: e.set(FLAG::cut); break;
-    case trace::FOUND::trace: e.data_len = trace.data_len; take_header(e, trace.header);
+    case trace::Found::not_sac: e.set(TraceFlag::not_sac); break;
+    case trace::Found::too_short: e.set(TraceFlag::cut); break;
+    case trace::Found::trace: e.data_len = trace.data_len; take_header(e, trace.header);
     }
     return e;
 }
 
-ENTRY read_entry(const std::string& path)
+Entry read_entry(const std::string& path)
 {
-    trace::INPUT input;
-    trace::TRACE trace;
-    const trace::FOUND found = trace::open_trace(path, input, trace);
+    trace::InputFile input;
+    trace::TraceHeader trace;
+    const trace::Found found = trace::open_trace(path, input, trace);
     return make_entry(path, found, input, trace);
 }
 
-void mark_gaps(std::vector<ENTRY>& entries)
+void mark_gaps(std::vector<Entry>& entries)
 {
-    std::vector<ENTRY*> order;
-    for (ENTRY& e : entries)
+    std::vector<Entry*> order;
+    for (Entry& e : entries)
         if (e.start && e.samples_there() > 0) order.push_back(&e);
-    std::sort(order.begin(), order.end(), [](const ENTRY* a, const ENTRY* b) {
+    std::sort(order.begin(), order.end(), [](const Entry* a, const Entry* b) {
         return std::make_tuple(channel_key(*a), *a->start, std::string_view(a->path)) <
                std::make_tuple(channel_key(*b), *b->start, std::string_view(b->path));
     });
 
-    SO_FAR so_far;
-    const ENTRY* before = nullptr;
-    for (ENTRY* e : order) {
+    SoFar so_far;
+    const Entry* before = nullptr;
+    for (Entry* e : order) {
         if (before && channel_key(*before) != channel_key(*e)) so_far = {};
         follow(so_far, *e);
         before = e;

@@ -11,7 +11,7 @@
 
 namespace ls {
 
-enum class FLAG : uint16_t {
+enum class TraceFlag : uint16_t {
     unreadable = 1 << 0, ///< could not be opened or read
     not_sac = 1 << 1,    ///< no SAC file
     unfinished = 1 << 2, ///< the header counts no samples, yet there are some: its run did not end
@@ -25,25 +25,25 @@ enum class FLAG : uint16_t {
     overlap = 1 << 10,   ///< begins earlier than that
 };
 
-struct FLAG_NAME {
-    FLAG flag;
+struct FlagName {
+    TraceFlag flag;
     const char* word;
 };
-inline constexpr FLAG_NAME Flag_names[] = {
-    {FLAG::unreadable, "unreadable"},
-    {FLAG::not_sac, "not-sac"},
-    {FLAG::unfinished, "unfinished"},
-    {FLAG::empty, "empty"},
-    {FLAG::cut, "cut"},
-    {FLAG::extra, "extra"},
-    {FLAG::no_rate, "no-rate"},
-    {FLAG::no_time, "no-time"},
-    {FLAG::qc_reset, "qc-reset"},
-    {FLAG::gap, "gap"},
-    {FLAG::overlap, "overlap"},
+inline constexpr FlagName Flag_names[] = {
+    {TraceFlag::unreadable, "unreadable"},
+    {TraceFlag::not_sac, "not-sac"},
+    {TraceFlag::unfinished, "unfinished"},
+    {TraceFlag::empty, "empty"},
+    {TraceFlag::cut, "cut"},
+    {TraceFlag::extra, "extra"},
+    {TraceFlag::no_rate, "no-rate"},
+    {TraceFlag::no_time, "no-time"},
+    {TraceFlag::qc_reset, "qc-reset"},
+    {TraceFlag::gap, "gap"},
+    {TraceFlag::overlap, "overlap"},
 };
 
-struct ENTRY {
+struct Entry {
     std::string path;
     uint16_t flags = 0;
     bool has_header = false; ///< else nothing below is known
@@ -57,8 +57,8 @@ struct ENTRY {
     std::optional<uint32_t> npts; ///< as the header says
     std::optional<std::string> kstnm, kcmpnm, knetwk;
 
-    bool has(FLAG flag) const { return flags & static_cast<uint16_t>(flag); }
-    void set(FLAG flag) { flags = static_cast<uint16_t>(flags | static_cast<uint16_t>(flag)); }
+    bool has(TraceFlag flag) const { return flags & static_cast<uint16_t>(flag); }
+    void set(TraceFlag flag) { flags = static_cast<uint16_t>(flags | static_cast<uint16_t>(flag)); }
     /// Nothing of the trace could be read.
     bool is_lost() const { return !has_header; }
     /// Whole samples in the file, but no more than the header says of a finished one.
@@ -66,13 +66,13 @@ struct ENTRY {
 };
 
 /// The flags of a file by itself: all but gap and overlap.
-ENTRY make_entry(const std::string& path, trace::FOUND found, const trace::INPUT& input,
-                 const trace::TRACE& trace);
-ENTRY read_entry(const std::string& path);
+Entry make_entry(const std::string& path, trace::Found found, const trace::InputFile& input,
+                 const trace::TraceHeader& trace);
+Entry read_entry(const std::string& path);
 
 /// Marks the traces that do not begin where the one before of the same network, station, component, stream
 /// and channel ended. A trace may be off by half a sample, and by the millisecond that start times are told
 /// in.
-void mark_gaps(std::vector<ENTRY>& entries);
+void mark_gaps(std::vector<Entry>& entries);
 
 } // namespace ls

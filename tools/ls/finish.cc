@@ -19,13 +19,13 @@ namespace {
 constexpr size_t Buffer_len = 65536;
 
 /// One file on its way; an empty `why` is success.
-struct TASK {
+struct Task {
     const std::string& path;
-    const FINISHING& how;
-    trace::INPUT input;
-    trace::TRACE trace;
-    FRESH fresh;
-    SUMS sums;
+    const Finishing& how;
+    trace::InputFile input;
+    trace::TraceHeader trace;
+    Fresh fresh;
+    Sums sums;
     std::string rest; ///< bytes of a sample that is not whole
     std::string why;
 
@@ -38,7 +38,7 @@ struct TASK {
 };
 
 /// Only a series of evenly spaced samples has its count of samples told by its length.
-bool may_be_finished(TASK& task)
+bool may_be_finished(Task& task)
 {
     const SACHDR_T& h = task.trace.header;
     struct stat what;
@@ -51,7 +51,7 @@ bool may_be_finished(TASK& task)
 }
 
 /// A converter that goes on would write into the old file, which has lost its name.
-bool is_left_alone(TASK& task)
+bool is_left_alone(Task& task)
 {
     if (task.how.force) return true;
     std::string why = take_lease(task.input.fd);
@@ -60,13 +60,13 @@ bool is_left_alone(TASK& task)
 }
 
 /// Nobody has come meanwhile; whoever does has to wait for us, so this is asked often.
-bool is_left_alone_still(TASK& task)
+bool is_left_alone_still(Task& task)
 {
     return task.how.force || holds_lease(task.input.fd) ||
            task.fail("somebody opens it for writing; left as it is");
 }
 
-bool add_samples(TASK& task, const char* bytes, size_t len)
+bool add_samples(Task& task, const char* bytes, size_t len)
 {
     for (size_t at = 0; at < len; at += 4) {
         const float sample = trace::float_at(bytes + at, task.trace.order);
@@ -79,7 +79,7 @@ bool add_samples(TASK& task, const char* bytes, size_t len)
 }
 
 /// Copies the whole samples behind the room for the header.
-bool copy_samples(TASK& task)
+bool copy_samples(Task& task)
 {
     char buffer[Buffer_len];
     uint64_t ahead = task.trace.data_len;
@@ -98,9 +98,9 @@ bool copy_samples(TASK& task)
     return true;
 }
 
-void complete(SACHDR_T& h, const SUMS& sums)
+void complete(SACHDR_T& h, const Sums& sums)
 {
-    const STATISTICS s = sums.result();
+    const FoundStatistics s = sums.result();
     h.DEPMIN = s.least;
     h.DEPMAX = s.most;
     h.DEPMEN = s.mean;
@@ -108,7 +108,7 @@ void complete(SACHDR_T& h, const SUMS& sums)
 }
 
 /// The name still leads to the file that was read, and nobody has written to that.
-bool is_the_same_still(TASK& task)
+bool is_the_same_still(Task& task)
 {
     struct stat now;
     if (lstat(task.path.c_str(), &now) != 0) return task.fail();
@@ -118,13 +118,13 @@ bool is_the_same_still(TASK& task)
 }
 
 /// The samples behind a header that is not written yet.
-bool begin_copy(TASK& task)
+bool begin_copy(Task& task)
 {
     const char header[Sac_header_len] = {};
     return task.fresh.create(task.path) && task.fresh.write({header, Sac_header_len});
 }
 
-bool complete_copy(TASK& task)
+bool complete_copy(Task& task)
 {
     char header[Sac_header_len];
     complete(task.trace.header, task.sums);
@@ -132,7 +132,7 @@ bool complete_copy(TASK& task)
     return task.fresh.write_at_start({header, Sac_header_len}) && task.fresh.complete(task.input.is);
 }
 
-bool finish(TASK& task)
+bool finish(Task& task)
 {
     if (!may_be_finished(task) || !is_left_alone(task)) return false;
     if (!task.how.dry_run && !begin_copy(task)) return task.fail();
@@ -142,9 +142,9 @@ bool finish(TASK& task)
     return task.how.dry_run || task.fresh.replace() || task.fail();
 }
 
-void tell(const TASK& task)
+void tell(const Task& task)
 {
-    const STATISTICS s = task.sums.result();
+    const FoundStatistics s = task.sums.result();
     printf("%s: %s: %llu samples, minimum %s, maximum %s, mean %s", printable(task.path).c_str(),
            task.how.dry_run ? "would be finished" : "finished",
            static_cast<unsigned long long>(task.sums.count), shortest(s.least).c_str(),
@@ -156,31 +156,31 @@ void tell(const TASK& task)
     printf("\n");
 }
 
-enum class DONE : uint8_t { finished, left, failed };
+enum class Done : uint8_t { finished, left, failed };
 
-DONE finish_one(const std::string& path, const FINISHING& how)
+Done finish_one(const std::string& path, const Finishing& how)
 {
-    TASK task{path, how, {}, {}, {}, {}, {}, {}};
-    const trace::FOUND found = trace::open_trace(path, task.input, task.trace);
-    const ENTRY entry = make_entry(path, found, task.input, task.trace);
+    Task task{path, how, {}, {}, {}, {}, {}, {}};
+    const trace::Found found = trace::open_trace(path, task.input, task.trace);
+    const Entry entry = make_entry(path, found, task.input, task.trace);
     if (entry.is_lost()) {
         complain(path, why_lost(entry));
-        return DONE::failed;
+        return Done::failed;
     }
-    if (!entry.has(FLAG::unfinished)) return DONE::left;
+    if (!entry.has(TraceFlag::unfinished)) return Done::left;
     if (!finish(task)) {
         complain(path, task.why);
-        return DONE::failed;
+        return Done::failed;
     }
     tell(task);
-    return DONE::finished;
+    return Done::finished;
 }
 
 } // namespace
 
-SUMS::SUMS() : least(Qcc_start), most(-Qcc_start) {}
+Sums::Sums() : least(Qcc_start), most(-Qcc_start) {}
 
-void SUMS::add(float sample)
+void Sums::add(float sample)
 {
     const double value = static_cast<double>(sample);
     sum += value;
@@ -189,20 +189,20 @@ void SUMS::add(float sample)
     ++count;
 }
 
-STATISTICS SUMS::result() const
+FoundStatistics Sums::result() const
 {
     return {static_cast<float>(least), static_cast<float>(most),
             count ? static_cast<float>(sum / static_cast<double>(count)) : 0.0F};
 }
 
-bool finish_traces(const std::vector<std::string>& paths, const FINISHING& how)
+bool finish_traces(const std::vector<std::string>& paths, const Finishing& how)
 {
-    const trace::WALK walk = trace::find_traces(paths);
+    const trace::Walk walk = trace::find_traces(paths);
     const bool seen_all = tell_troubles(walk);
     size_t finished = 0, left = 0, failed = 0;
-    for (const trace::TRACE_PATH& file : walk.files) {
-        const DONE done = finish_one(file.path, how);
-        ++(done == DONE::finished ? finished : done == DONE::left ? left : failed);
+    for (const trace::TracePath& file : walk.files) {
+        const Done done = finish_one(file.path, how);
+        ++(done == Done::finished ? finished : done == Done::left ? left : failed);
     }
     printf("%zu %s, %zu left as they were, %zu not readable or not to be finished\n", finished,
            how.dry_run ? "would be finished" : "finished", left, failed);

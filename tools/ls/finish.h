@@ -8,27 +8,27 @@
 namespace ls {
 
 /// What vx_sac tells of a trace's samples in its header.
-struct STATISTICS {
+struct FoundStatistics {
     float least = 0.0F, most = 0.0F, mean = 0.0F;
 };
 
 /// Running sums over samples in the order of the file, kept as vx_sac keeps them.
-struct SUMS {
+struct Sums {
     double sum = 0.0, least, most;
     uint64_t count = 0;
 
-    SUMS();
+    Sums();
     void add(float sample);
-    STATISTICS result() const;
+    FoundStatistics result() const;
 };
 
-struct FINISHING {
+struct Finishing {
     bool force = false;   ///< also of traces that somebody may still be writing
     bool dry_run = false; ///< only told, nothing is written
 };
 
 /// Finishes every unfinished trace of the paths and tells of each on standard output; others stay untouched.
 /// False when something could not be read or finished; standard error tells what.
-bool finish_traces(const std::vector<std::string>& paths, const FINISHING& how);
+bool finish_traces(const std::vector<std::string>& paths, const Finishing& how);
 
 } // namespace ls

@@ -7,13 +7,13 @@
 
 namespace ls {
 
-FRESH::~FRESH()
+Fresh::~Fresh()
 {
     if (fd_ >= 0) close(fd_);
     if (!name_.empty()) unlink(name_.c_str());
 }
 
-bool FRESH::create(const std::string& target)
+bool Fresh::create(const std::string& target)
 {
     target_ = target;
     directory_ = target.substr(0, target.rfind('/') + 1);
@@ -24,7 +24,7 @@ bool FRESH::create(const std::string& target)
     return true;
 }
 
-bool FRESH::write(std::string_view bytes)
+bool Fresh::write(std::string_view bytes)
 {
     while (!bytes.empty()) {
         const ssize_t n = ::write(fd_, bytes.data(), bytes.size());
@@ -35,12 +35,12 @@ bool FRESH::write(std::string_view bytes)
     return true;
 }
 
-bool FRESH::write_at_start(std::string_view bytes)
+bool Fresh::write_at_start(std::string_view bytes)
 {
     return lseek(fd_, 0, SEEK_SET) == 0 && write(bytes);
 }
 
-bool FRESH::settle()
+bool Fresh::settle()
 {
     if (fsync(fd_) != 0) return false;
     const int fd = fd_;
@@ -49,7 +49,7 @@ bool FRESH::settle()
 }
 
 /// Not every file system can do this, and the file is in its place already.
-void FRESH::settle_name()
+void Fresh::settle_name()
 {
     const int fd = open(directory_.empty() ? "." : directory_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (fd < 0) return;
@@ -57,7 +57,7 @@ void FRESH::settle_name()
     close(fd);
 }
 
-bool FRESH::complete(const struct stat& like)
+bool Fresh::complete(const struct stat& like)
 {
     // Only root may give files away; a member of the group keeps at least that.
     if (fchown(fd_, like.st_uid, like.st_gid) != 0 && fchown(fd_, static_cast<uid_t>(-1), like.st_gid) != 0)
@@ -65,7 +65,7 @@ bool FRESH::complete(const struct stat& like)
     return fchmod(fd_, like.st_mode & 07777) == 0 && settle();
 }
 
-bool FRESH::replace()
+bool Fresh::replace()
 {
     if (rename(name_.c_str(), target_.c_str()) != 0) return false;
     name_.clear();
@@ -73,7 +73,7 @@ bool FRESH::replace()
     return true;
 }
 
-bool FRESH::place(const struct stat& like)
+bool Fresh::place(const struct stat& like)
 {
     const mode_t mask = umask(0);
     umask(mask);

@@ -8,11 +8,11 @@
 namespace ls {
 
 /// On every failure false, and errno tells why; what was made is removed at the end of the scope.
-struct FRESH {
-    FRESH() = default;
-    FRESH(const FRESH&) = delete;
-    FRESH& operator=(const FRESH&) = delete;
-    ~FRESH();
+struct Fresh {
+    Fresh() = default;
+    Fresh(const Fresh&) = delete;
+    Fresh& operator=(const Fresh&) = delete;
+    ~Fresh();
 
     /// Makes an empty file, for the owner only, in the directory of `target`.
     bool create(const std::string& target);

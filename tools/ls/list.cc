@@ -11,7 +11,7 @@ namespace ls {
 namespace {
 
 constexpr size_t Columns = 10;
-using ROW = std::array<std::string, Columns>;
+using ListRow = std::array<std::string, Columns>;
 
 constexpr char Unknown[] = "-";
 
@@ -20,10 +20,10 @@ bool is_number(size_t column)
     return 4 <= column && column <= 8;
 }
 
-std::string flag_words(const ENTRY& e, const char* before, const char* between, const char* behind)
+std::string flag_words(const Entry& e, const char* before, const char* between, const char* behind)
 {
     std::string words;
-    for (const FLAG_NAME& name : Flag_names) {
+    for (const FlagName& name : Flag_names) {
         if (!e.has(name.flag)) continue;
         if (!words.empty()) words += between;
         words += std::string(before) + name.word + behind;
@@ -36,9 +36,9 @@ std::string cell(const std::optional<std::string>& text)
     return text && !text->empty() ? printable(*text) : Unknown;
 }
 
-ROW row_of(const ENTRY& e)
+ListRow row_of(const Entry& e)
 {
-    ROW row;
+    ListRow row;
     row.fill(Unknown);
     row[0] = printable(e.path);
     row[1] = cell(e.kstnm);
@@ -55,7 +55,7 @@ ROW row_of(const ENTRY& e)
     return row;
 }
 
-void print_row(const ROW& row, const std::array<size_t, Columns>& widths)
+void print_row(const ListRow& row, const std::array<size_t, Columns>& widths)
 {
     std::string line;
     for (size_t i = 0; i < Columns; ++i) {
@@ -66,20 +66,20 @@ void print_row(const ROW& row, const std::array<size_t, Columns>& widths)
     printf("%s\n", line.c_str());
 }
 
-void print_count(const std::vector<ENTRY>& entries)
+void print_count(const std::vector<Entry>& entries)
 {
     uint64_t samples = 0;
     size_t flagged = 0;
-    for (const ENTRY& e : entries) {
+    for (const Entry& e : entries) {
         samples += e.has_header ? e.samples_there() : 0;
         flagged += e.flags != 0;
     }
     printf("\n%zu %s, %" PRIu64 " %s, %zu flagged", entries.size(), entries.size() == 1 ? "file" : "files",
            samples, samples == 1 ? "sample" : "samples", flagged);
     const char* before = ": ";
-    for (const FLAG_NAME& name : Flag_names) {
+    for (const FlagName& name : Flag_names) {
         size_t n = 0;
-        for (const ENTRY& e : entries) n += e.has(name.flag);
+        for (const Entry& e : entries) n += e.has(name.flag);
         if (n == 0) continue;
         printf("%s%zu %s", before, n, name.word);
         before = ", ";
@@ -104,7 +104,7 @@ std::string hex_of(std::string_view bytes)
     return text;
 }
 
-void print_object(const ENTRY& e)
+void print_object(const Entry& e)
 {
     const auto number = [](float value, bool known) { return known ? json_number(value) : "null"; };
     printf("{\"file\":%s,", json_string(e.path).c_str());
@@ -121,26 +121,26 @@ void print_object(const ENTRY& e)
 
 } // namespace
 
-void print_table(const std::vector<ENTRY>& entries)
+void print_table(const std::vector<Entry>& entries)
 {
-    const ROW head = {"file",    "station", "component", "start", "rate",
-                      "samples", "minimum", "maximum",   "mean",  "flags"};
+    const ListRow head = {"file",    "station", "component", "start", "rate",
+                          "samples", "minimum", "maximum",   "mean",  "flags"};
     std::array<size_t, Columns> widths{};
     for (size_t i = 0; i < Columns; ++i) widths[i] = width(head[i]);
-    for (const ENTRY& e : entries) {
-        const ROW row = row_of(e);
+    for (const Entry& e : entries) {
+        const ListRow row = row_of(e);
         for (size_t i = 0; i < Columns; ++i) widths[i] = std::max(widths[i], width(row[i]));
     }
     print_row(head, widths);
-    for (const ENTRY& e : entries) print_row(row_of(e), widths);
+    for (const Entry& e : entries) print_row(row_of(e), widths);
     print_count(entries);
 }
 
-void print_json(const std::vector<ENTRY>& entries)
+void print_json(const std::vector<Entry>& entries)
 {
     printf("[");
     const char* before = "\n";
-    for (const ENTRY& e : entries) {
+    for (const Entry& e : entries) {
         printf("%s", before);
         print_object(e);
         before = ",\n";

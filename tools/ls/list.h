@@ -8,9 +8,9 @@
 namespace ls {
 
 /// Columns under a header line, an empty line, and the count.
-void print_table(const std::vector<ENTRY>& entries);
+void print_table(const std::vector<Entry>& entries);
 
 /// One array, one object per trace.
-void print_json(const std::vector<ENTRY>& entries);
+void print_json(const std::vector<Entry>& entries);
 
 } // namespace ls

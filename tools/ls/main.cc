@@ -18,32 +18,32 @@ using namespace ls;
 
 static constexpr int Not_all = 1, Bad_arguments = 2;
 
-static bool list_traces(const OPTIONS& options)
+static bool list_traces(const Options& options)
 {
-    const trace::WALK walk = trace::find_traces(options.paths);
+    const trace::Walk walk = trace::find_traces(options.paths);
     bool all = tell_troubles(walk);
-    std::vector<ENTRY> entries;
-    for (const trace::TRACE_PATH& file : walk.files) {
+    std::vector<Entry> entries;
+    for (const trace::TracePath& file : walk.files) {
         entries.push_back(read_entry(file.path));
         if (!entries.back().is_lost()) continue;
         complain(file.path, why_lost(entries.back()));
         all = false;
     }
     mark_gaps(entries);
-    if (options.task == TASK_KIND::json)
+    if (options.task == TaskKind::json)
         print_json(entries);
     else
         print_table(entries);
     return all;
 }
 
-static bool run(const OPTIONS& options)
+static bool run(const Options& options)
 {
     switch (options.task) {
-    case TASK_KIND::help: return fputs(Help_text, stdout) >= 0;
-    case TASK_KIND::version: return printf("vx_ls %s\n", VX_VERSION) > 0;
-    case TASK_KIND::finish: return finish_traces(options.paths, options.finishing);
-    case TASK_KIND::set_begin: return copy_with_begin(options.dir, options.paths);
+    case TaskKind::help: return fputs(Help_text, stdout) >= 0;
+    case TaskKind::version: return printf("vx_ls %s\n", VX_VERSION) > 0;
+    case TaskKind::finish: return finish_traces(options.paths, options.finishing);
+    case TaskKind::set_begin: return copy_with_begin(options.dir, options.paths);
     default: return list_traces(options);
     }
 }
@@ -53,7 +53,7 @@ try {
     signal(SIGXFSZ, SIG_IGN); // a file too large for the user's limit is a failed write, not a sudden end
     signal(SIGIO, SIG_IGN);   // tells that somebody waits for the end of a lease
     console_start();
-    OPTIONS options;
+    Options options;
     std::string complaint;
     if (!read_options(std::vector<std::string>(argv + (argc ? 1 : 0), argv + argc), options, complaint)) {
         fprintf(stderr, "vx_ls: %s\nTry vx_ls --help\n", printable(complaint).c_str());

@@ -28,18 +28,18 @@ const char Help_text[] =
 
 namespace {
 
-std::optional<TASK_KIND> task_of(const std::string& arg)
+std::optional<TaskKind> task_of(const std::string& arg)
 {
-    if (arg == "--json") return TASK_KIND::json;
-    if (arg == "--finish") return TASK_KIND::finish;
-    if (arg == "--set-begin") return TASK_KIND::set_begin;
-    if (arg == "-h" || arg == "--help") return TASK_KIND::help;
-    if (arg == "--version") return TASK_KIND::version;
+    if (arg == "--json") return TaskKind::json;
+    if (arg == "--finish") return TaskKind::finish;
+    if (arg == "--set-begin") return TaskKind::set_begin;
+    if (arg == "-h" || arg == "--help") return TaskKind::help;
+    if (arg == "--version") return TaskKind::version;
     return std::nullopt;
 }
 
 /// Takes an option that goes with --finish; false for any other.
-bool take_manner(const std::string& arg, FINISHING& how, std::string& manner)
+bool take_manner(const std::string& arg, Finishing& how, std::string& manner)
 {
     if (arg != "--force" && arg != "--dry-run") return false;
     (arg == "--force" ? how.force : how.dry_run) = true;
@@ -47,14 +47,14 @@ bool take_manner(const std::string& arg, FINISHING& how, std::string& manner)
     return true;
 }
 
-bool needs_paths(TASK_KIND task)
+bool needs_paths(TaskKind task)
 {
-    return task == TASK_KIND::finish || task == TASK_KIND::set_begin;
+    return task == TaskKind::finish || task == TaskKind::set_begin;
 }
 
 } // namespace
 
-bool read_options(const std::vector<std::string>& args, OPTIONS& options, std::string& complaint)
+bool read_options(const std::vector<std::string>& args, Options& options, std::string& complaint)
 {
     bool only_paths = false;
     const auto is_option = [&](const std::string& arg) {
@@ -72,17 +72,17 @@ bool read_options(const std::vector<std::string>& args, OPTIONS& options, std::s
             continue;
         }
         if (take_manner(arg, options.finishing, manner)) continue;
-        const std::optional<TASK_KIND> task = task_of(arg);
+        const std::optional<TaskKind> task = task_of(arg);
         if (!task) return complaint = "no such option: " + arg, false;
         if (!chosen.empty()) return complaint = chosen + " and " + arg + " do not go together", false;
         chosen = arg;
         options.task = *task;
-        if (*task == TASK_KIND::help || *task == TASK_KIND::version) return true;
-        if (*task != TASK_KIND::set_begin) continue;
+        if (*task == TaskKind::help || *task == TaskKind::version) return true;
+        if (*task != TaskKind::set_begin) continue;
         if (++i == args.size() || args[i].empty()) return complaint = "--set-begin needs a directory", false;
         options.dir = args[i];
     }
-    if (!manner.empty() && options.task != TASK_KIND::finish)
+    if (!manner.empty() && options.task != TaskKind::finish)
         return complaint = manner + " goes with --finish only", false;
     if (needs_paths(options.task) && options.paths.empty())
         return complaint = chosen + " needs a path", false;

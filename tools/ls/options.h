@@ -9,17 +9,17 @@
 
 namespace ls {
 
-enum class TASK_KIND : uint8_t { table, json, finish, set_begin, help, version };
+enum class TaskKind : uint8_t { table, json, finish, set_begin, help, version };
 
-struct OPTIONS {
-    TASK_KIND task = TASK_KIND::table;
+struct Options {
+    TaskKind task = TaskKind::table;
     std::string dir; ///< of --set-begin
-    FINISHING finishing;
+    Finishing finishing;
     std::vector<std::string> paths;
 };
 
 /// Reads the arguments after the program's name. On failure false, and `complaint` says why.
-bool read_options(const std::vector<std::string>& args, OPTIONS& options, std::string& complaint);
+bool read_options(const std::vector<std::string>& args, Options& options, std::string& complaint);
 
 extern const char Help_text[];
 

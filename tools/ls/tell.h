@@ -13,9 +13,9 @@ namespace ls {
 void complain(std::string_view path, std::string_view why);
 
 /// Complains of what could not be looked at on the way; false when there was something.
-bool tell_troubles(const trace::WALK& walk);
+bool tell_troubles(const trace::Walk& walk);
 
 /// Why a file without a readable header has none.
-std::string why_lost(const ENTRY& entry);
+std::string why_lost(const Entry& entry);
 
 } // namespace ls

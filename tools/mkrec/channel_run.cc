@@ -20,7 +20,7 @@ void put_samples(const int32_t* x, int n, int bytes_each, uint8_t* to)
 
 } // namespace
 
-CHANNEL_RUN::CHANNEL_RUN(const SURVEY& survey, const PLACE& place)
+ChannelRun::ChannelRun(const Survey& survey, const LinePlace& place)
     : format_(format_of(survey, place.unit, place.stream)), bad_check_(survey.options.bad_check),
       signal_(signal_plan(survey, place)), samples_left_(samples_of(survey, place)),
       blocks_left_(survey.options.size ? blocks_of(survey, place) : -1), ahead_(Ahead_len)
@@ -28,7 +28,7 @@ CHANNEL_RUN::CHANNEL_RUN(const SURVEY& survey, const PLACE& place)
 }
 
 /// Has as many samples waiting as one block can take, unless the event ends before.
-void CHANNEL_RUN::look_ahead()
+void ChannelRun::look_ahead()
 {
     const int want = most_samples(format_);
     if (to_ - from_ >= want) return;
@@ -46,12 +46,12 @@ void CHANNEL_RUN::look_ahead()
     to_ += n;
 }
 
-void CHANNEL_RUN::pack(BLOCK& block)
+void ChannelRun::pack(SampleBlock& block)
 {
     const int32_t* x = ahead_.data() + from_;
     const int n = to_ - from_;
-    if (format_ == FORMAT::int16 || format_ == FORMAT::int32) {
-        const int bytes_each = format_ == FORMAT::int16 ? 2 : 4;
+    if (format_ == SampleFormat::int16 || format_ == SampleFormat::int32) {
+        const int bytes_each = format_ == SampleFormat::int16 ? 2 : 4;
         block.samples = std::min(n, most_samples(format_));
         block.used = block.samples * bytes_each;
         put_samples(x, block.samples, bytes_each, block.payload);
@@ -59,15 +59,15 @@ void CHANNEL_RUN::pack(BLOCK& block)
         return;
     }
     // The first block has no sample before it: its first difference is 0.
-    const STEIM level = format_ == FORMAT::steim1 ? STEIM::level1 : STEIM::level2;
-    const STEIM_FILL fill = steim_encode(level, x, n, given_ ? previous_ : x[0], block.payload);
+    const SteimLevel level = format_ == SampleFormat::steim1 ? SteimLevel::level1 : SteimLevel::level2;
+    const SteimFill fill = steim_encode(level, x, n, given_ ? previous_ : x[0], block.payload);
     block.samples = fill.samples;
     block.used = fill.frames * Steim_frame_len;
     not_encodable_ = fill.too_wide;
     if (bad_check_) block.payload[Xn_low_byte] ^= 1;
 }
 
-bool CHANNEL_RUN::next(BLOCK& block)
+bool ChannelRun::next(SampleBlock& block)
 {
     if (blocks_left_ == 0 || not_encodable_) return false;
     look_ahead();

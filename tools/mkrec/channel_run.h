@@ -8,30 +8,30 @@
 
 namespace mkrec {
 
-struct BLOCK {
+struct SampleBlock {
     uint8_t payload[Steim_len]; ///< what stands behind a data packet's header and extension
     int used;                   ///< bytes of it that hold data
     int samples;
     int64_t first; ///< number of the first of them in the event, from 0
 };
 
-class CHANNEL_RUN {
+class ChannelRun {
 public:
-    CHANNEL_RUN(const SURVEY& survey, const PLACE& place);
+    ChannelRun(const Survey& survey, const LinePlace& place);
 
     /// Gives the next block; false at the end.
-    bool next(BLOCK& block);
+    bool next(SampleBlock& block);
 
     /// True when the samples cannot be told in the channel's format; there are no more blocks then.
     bool not_encodable() const { return not_encodable_; }
 
 private:
     void look_ahead();
-    void pack(BLOCK& block);
+    void pack(SampleBlock& block);
 
-    FORMAT format_;
+    SampleFormat format_;
     bool bad_check_;
-    SIGNAL signal_;
+    SignalMaker signal_;
     int64_t samples_left_; ///< not yet asked of the signal; meaningless while blocks are counted
     int64_t blocks_left_;  ///< -1: not counted
     std::vector<int32_t> ahead_;

@@ -9,7 +9,7 @@ static int days_in(int year)
     return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0) ? 366 : 365;
 }
 
-CLOCK clock_at(int64_t ms)
+RecorderClock clock_at(int64_t ms)
 {
     int64_t days = ms / Day_ms;
     const int rest = static_cast<int>(ms % Day_ms);
@@ -24,7 +24,7 @@ static void put_digits(char* to, int width, int value)
     for (int i = width - 1; i >= 0; --i, value /= 10) to[i] = static_cast<char>('0' + value % 10);
 }
 
-void time_digits(const CLOCK& clock, char (&digits)[Time_len + 1])
+void time_digits(const RecorderClock& clock, char (&digits)[Time_len + 1])
 {
     put_digits(digits, 4, clock.year);
     put_digits(digits + 4, 3, clock.day);

@@ -7,16 +7,16 @@ namespace mkrec {
 
 inline constexpr int First_year = 2023;
 
-struct CLOCK {
+struct RecorderClock {
     int year, day; ///< day of year, from 1
     int hour, minute, second, ms;
 };
 
-CLOCK clock_at(int64_t ms);
+RecorderClock clock_at(int64_t ms);
 
 inline constexpr int Time_len = 16;
 
 /// Year, day, hour, minute, second and millisecond as 16 digits and a NUL.
-void time_digits(const CLOCK& clock, char (&digits)[Time_len + 1]);
+void time_digits(const RecorderClock& clock, char (&digits)[Time_len + 1]);
 
 } // namespace mkrec

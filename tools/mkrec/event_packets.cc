@@ -9,22 +9,22 @@ namespace mkrec {
 namespace {
 
 /// Electric facts of a digitiser input, in the letters of the event header.
-struct INPUT {
+struct InputFile {
     const char *nominal, *exact; // bit weight
     char gain, resolution, full_scale, sensor_full_scale;
     const char* volts_per_unit;
     char units;
 };
 
-INPUT input_of(const SURVEY& survey, int unit, int stream)
+InputFile input_of(const Survey& survey, int unit, int stream)
 {
-    if (format_of(survey, unit, stream) == FORMAT::int16)
+    if (format_of(survey, unit, stream) == SampleFormat::int16)
         return {"76.29 uV", "76.31 uV", '2', '2', '2', '2', "1.25  ", 'G'};
     if (stream % 2) return {"1.589 uV", "1.591 uV", '3', '3', '4', '4', "1500.0", 'V'};
     return {"1.907 uV", "1.905 uV", '1', '3', '4', '4', "2.50  ", 'G'};
 }
 
-void put_event(PAGE& page, const SURVEY& survey, const PLACE& event)
+void put_event(TextPage& page, const Survey& survey, const LinePlace& event)
 {
     put_bcd(page, EVT::Number, static_cast<unsigned>(event_number(survey, event.stream, event.event)));
     put_bcd(page, EVT::Stream, static_cast<unsigned>(event.stream));
@@ -34,7 +34,7 @@ void put_event(PAGE& page, const SURVEY& survey, const PLACE& event)
     put_binary(page, EVT::Format, static_cast<uint32_t>(format_of(survey, event.unit, event.stream)));
 }
 
-void put_moment(PAGE& page, Span time, Span us, int64_t ms, int micros)
+void put_moment(TextPage& page, Span time, Span us, int64_t ms, int micros)
 {
     if (ms < 0) return;
     char digits[Time_len + 1];
@@ -45,7 +45,7 @@ void put_moment(PAGE& page, Span time, Span us, int64_t ms, int micros)
     put_text(page, us, fraction);
 }
 
-void put_moments(PAGE& page, const EVENT_TIMES& times, int micros)
+void put_moments(TextPage& page, const MadeTimes& times, int micros)
 {
     put_moment(page, EH::T_trg, EH::Us_trg, times.trigger, micros);
     put_moment(page, EH::T_first, EH::Us_first, times.first, micros);
@@ -53,14 +53,14 @@ void put_moments(PAGE& page, const EVENT_TIMES& times, int micros)
     put_moment(page, EH::T_last, EH::Us_last, times.last, micros);
 }
 
-void put_stream(PAGE& page, const SURVEY& survey, int stream)
+void put_stream(TextPage& page, const Survey& survey, int stream)
 {
     put_text(page, EH::Strm_name, stream_name(stream));
     put_text(page, EH::Rate, std::to_string(rate_of(survey, stream)));
-    put_text(page, EH::Trg_type, survey.options.motion == MOTION::quake ? "EVT" : "CON");
+    put_text(page, EH::Trg_type, survey.options.motion == Motion::quake ? "EVT" : "CON");
 }
 
-void put_station(PAGE& page, const SURVEY& survey, int unit)
+void put_station(TextPage& page, const Survey& survey, int unit)
 {
     const std::string name = station_name(unit);
     put_text(page, EH::Time_src, "2"); // GPS
@@ -78,9 +78,9 @@ void put_station(PAGE& page, const SURVEY& survey, int unit)
     put_text(page, EH::Position, text);
 }
 
-void put_channel(PAGE& page, const SURVEY& survey, const PLACE& event, int channel)
+void put_channel(TextPage& page, const Survey& survey, const LinePlace& event, int channel)
 {
-    const INPUT in = input_of(survey, event.unit, event.stream);
+    const InputFile in = input_of(survey, event.unit, event.stream);
     const int number = channel_number(survey, event.stream, channel);
     const int slot = number % Bank_len;
     put_text(page, EH::Bit_wght[slot], in.nominal);
@@ -99,17 +99,17 @@ void put_channel(PAGE& page, const SURVEY& survey, const PLACE& event, int chann
 
 } // namespace
 
-const char* bit_weight(const SURVEY& survey, int unit, int stream)
+const char* bit_weight(const Survey& survey, int unit, int stream)
 {
     return input_of(survey, unit, stream).nominal;
 }
 
-int64_t sample_ms(const SURVEY& survey, const PLACE& event, int64_t sample)
+int64_t sample_ms(const Survey& survey, const LinePlace& event, int64_t sample)
 {
     return first_sample_ms(survey, event) + sample * (1000 / rate_of(survey, event.stream));
 }
 
-void write_event_page(PAGE& page, const SURVEY& survey, const PLACE& event, const EVENT_TIMES& times,
+void write_event_page(TextPage& page, const Survey& survey, const LinePlace& event, const MadeTimes& times,
                       bool trailer, int bank, int sequence)
 {
     const int64_t now = trailer ? times.last : times.first;
@@ -123,7 +123,7 @@ void write_event_page(PAGE& page, const SURVEY& survey, const PLACE& event, cons
         if (channel_number(survey, event.stream, c) / Bank_len == bank) put_channel(page, survey, event, c);
 }
 
-void write_network_page(PAGE& page, const SURVEY& survey, const PLACE& event, const EVENT_TIMES& times,
+void write_network_page(TextPage& page, const Survey& survey, const LinePlace& event, const MadeTimes& times,
                         const char* type, int sequence)
 {
     const int64_t now = times.last < 0 ? times.first : times.last;
@@ -133,9 +133,10 @@ void write_network_page(PAGE& page, const SURVEY& survey, const PLACE& event, co
     put_moments(page, times, micros_of(event.unit));
 }
 
-void write_data_page(PAGE& page, const SURVEY& survey, const PLACE& place, const BLOCK& block, int sequence)
+void write_data_page(TextPage& page, const Survey& survey, const LinePlace& place, const SampleBlock& block,
+                     int sequence)
 {
-    const CLOCK time = clock_at(sample_ms(survey, place, block.first));
+    const RecorderClock time = clock_at(sample_ms(survey, place, block.first));
     start_page(page, {"DT", unit_id(place.unit), time, sequence, DT::Frames + block.used}, 0);
     put_event(page, survey, place);
     put_bcd(page, EVT::Channel, static_cast<unsigned>(channel_number(survey, place.stream, place.channel)));

@@ -7,26 +7,27 @@
 namespace mkrec {
 
 /// When things happen in an event, in milliseconds.
-struct EVENT_TIMES {
+struct MadeTimes {
     int64_t first, trigger;
     int64_t detrigger, last; ///< -1 while the event goes on
 };
 
 /// An event header, or the trailer when `trailer` is set, for one bank of channels.
-void write_event_page(PAGE& page, const SURVEY& survey, const PLACE& event, const EVENT_TIMES& times,
+void write_event_page(TextPage& page, const Survey& survey, const LinePlace& event, const MadeTimes& times,
                       bool trailer, int bank, int sequence);
 
 /// A network header (NH) or trailer (NT); they tell about an event like its header does.
-void write_network_page(PAGE& page, const SURVEY& survey, const PLACE& event, const EVENT_TIMES& times,
+void write_network_page(TextPage& page, const Survey& survey, const LinePlace& event, const MadeTimes& times,
                         const char* type, int sequence);
 
 /// A data packet.
-void write_data_page(PAGE& page, const SURVEY& survey, const PLACE& place, const BLOCK& block, int sequence);
+void write_data_page(TextPage& page, const Survey& survey, const LinePlace& place, const SampleBlock& block,
+                     int sequence);
 
 /// The nominal bit weight of a stream's channels, 8 characters.
-const char* bit_weight(const SURVEY& survey, int unit, int stream);
+const char* bit_weight(const Survey& survey, int unit, int stream);
 
 /// The time of a sample of an event.
-int64_t sample_ms(const SURVEY& survey, const PLACE& event, int64_t sample);
+int64_t sample_ms(const Survey& survey, const LinePlace& event, int64_t sample);
 
 } // namespace mkrec

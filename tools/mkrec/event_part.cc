@@ -4,19 +4,19 @@
 
 namespace mkrec {
 
-EVENT_PART::EVENT_PART(const SURVEY& survey, const PLACE& event)
+EventPart::EventPart(const Survey& survey, const LinePlace& event)
     : survey_(survey), event_(event), headers_left_(banks(survey)),
       trailers_left_(survey.options.trailers ? banks(survey) : 0)
 {
     lanes_.reserve(static_cast<size_t>(survey.options.channels));
     for (int c = 0; c < survey.options.channels; ++c) {
-        lanes_.push_back({CHANNEL_RUN(survey, {event.unit, event.stream, event.event, c}), {}, false});
-        LANE& lane = lanes_.back();
+        lanes_.push_back({ChannelRun(survey, {event.unit, event.stream, event.event, c}), {}, false});
+        Lane& lane = lanes_.back();
         lane.waiting = lane.run.next(lane.block);
     }
 }
 
-EVENT_TIMES EVENT_PART::times() const
+MadeTimes EventPart::times() const
 {
     const int64_t trigger = trigger_sample(survey_, event_);
     const int64_t shaking = survey_.options.seconds * rate_of(survey_, event_.stream) * 4 / 5;
@@ -25,39 +25,39 @@ EVENT_TIMES EVENT_PART::times() const
     return {.first = at(0), .trigger = at(trigger), .detrigger = at(calm), .last = at(last_sample_)};
 }
 
-bool EVENT_PART::not_encodable() const
+bool EventPart::not_encodable() const
 {
-    return std::any_of(lanes_.begin(), lanes_.end(), [](const LANE& l) { return l.run.not_encodable(); });
+    return std::any_of(lanes_.begin(), lanes_.end(), [](const Lane& l) { return l.run.not_encodable(); });
 }
 
 /// The channel whose packet was full first.
-EVENT_PART::LANE* EVENT_PART::first_full()
+EventPart::Lane* EventPart::first_full()
 {
-    LANE* first = nullptr;
-    for (LANE& lane : lanes_) {
-        const auto end = [](const LANE& l) { return l.block.first + l.block.samples; };
+    Lane* first = nullptr;
+    for (Lane& lane : lanes_) {
+        const auto end = [](const Lane& l) { return l.block.first + l.block.samples; };
         if (lane.waiting && (!first || end(lane) < end(*first))) first = &lane;
     }
     return first;
 }
 
 /// Packets are counted within their event from 0, so the first one never looks out of sequence.
-int EVENT_PART::next_sequence()
+int EventPart::next_sequence()
 {
     return static_cast<int>(packets_++ % 10000);
 }
 
-bool EVENT_PART::next(PAGE& page)
+bool EventPart::next(TextPage& page)
 {
     if (headers_left_ > 0) {
         const int bank = banks(survey_) - headers_left_--;
-        EVENT_TIMES times = this->times();
+        MadeTimes times = this->times();
         times.detrigger = times.last = -1;
         write_event_page(page, survey_, event_, times, false, bank, next_sequence());
         return true;
     }
-    if (LANE* lane = first_full()) {
-        PLACE place = event_;
+    if (Lane* lane = first_full()) {
+        LinePlace place = event_;
         place.channel = static_cast<int>(lane - lanes_.data());
         write_data_page(page, survey_, place, lane->block, next_sequence());
         last_sample_ = std::max(last_sample_, lane->block.first + lane->block.samples - 1);

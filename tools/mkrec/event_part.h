@@ -8,32 +8,32 @@
 
 namespace mkrec {
 
-class EVENT_PART {
+class EventPart {
 public:
-    EVENT_PART(const SURVEY& survey, const PLACE& event);
+    EventPart(const Survey& survey, const LinePlace& event);
 
     /// Gives the next packet; false at the end.
-    bool next(PAGE& page);
+    bool next(TextPage& page);
 
-    const PLACE& event() const { return event_; }
+    const LinePlace& event() const { return event_; }
     /// What has happened so far; at the end, all of it.
-    EVENT_TIMES times() const;
+    MadeTimes times() const;
     uint32_t packets() const { return packets_; }
     bool not_encodable() const;
 
 private:
-    struct LANE { // a channel and its packet that waits to be written
-        CHANNEL_RUN run;
-        BLOCK block;
+    struct Lane { // a channel and its packet that waits to be written
+        ChannelRun run;
+        SampleBlock block;
         bool waiting;
     };
 
-    LANE* first_full();
+    Lane* first_full();
     int next_sequence();
 
-    const SURVEY& survey_;
-    PLACE event_;
-    std::vector<LANE> lanes_;
+    const Survey& survey_;
+    LinePlace event_;
+    std::vector<Lane> lanes_;
     int headers_left_, trailers_left_;
     int64_t last_sample_ = 0;
     uint32_t packets_ = 0;

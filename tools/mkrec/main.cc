@@ -12,7 +12,7 @@ using namespace mkrec;
 
 static constexpr int Not_written = 1, Bad_arguments = 2;
 
-static bool open_file(OUTPUT& out, const std::string& path, bool force)
+static bool open_file(RecordingFile& out, const std::string& path, bool force)
 {
     if (out.open(path, force)) return true;
     if (out.error() == EEXIST)
@@ -23,14 +23,14 @@ static bool open_file(OUTPUT& out, const std::string& path, bool force)
 }
 
 /// What becomes of a file that is not whole.
-static const char* what_is_left(const OUTPUT& out, const std::string& path)
+static const char* what_is_left(const RecordingFile& out, const std::string& path)
 {
     if (out.is_new()) return "; it is removed";
     return path == "-" ? "" : "; what is in it is not whole";
 }
 
-static bool write_file(const SURVEY& survey, OUTPUT& out, const std::string& path,
-                       bool (*write)(const SURVEY&, OUTPUT&))
+static bool write_file(const Survey& survey, RecordingFile& out, const std::string& path,
+                       bool (*write)(const Survey&, RecordingFile&))
 {
     if (!write(survey, out)) {
         fprintf(stderr, "vx_mkrec: samples too far apart for Steim-2 in %s%s\n", path.c_str(),
@@ -44,10 +44,10 @@ static bool write_file(const SURVEY& survey, OUTPUT& out, const std::string& pat
 }
 
 /// Both files are opened before the first one is written: a name that cannot be had costs no work.
-static int write_files(const SURVEY& survey)
+static int write_files(const Survey& survey)
 {
-    const OPTIONS& options = survey.options;
-    OUTPUT out, mseed;
+    const Options& options = survey.options;
+    RecordingFile out, mseed;
     if (!open_file(out, options.out, options.force)) return Not_written;
     if (options.mseed.empty()) return write_file(survey, out, options.out, write_recording) ? 0 : Not_written;
     if (!open_file(mseed, options.mseed, options.force)) return Not_written;
@@ -70,8 +70,8 @@ int main(int argc, char** argv)
 try {
     signal(SIGXFSZ, SIG_IGN); // a file too large for the user's limit is a failed write, not a sudden end
     console_start();
-    OPTIONS options;
-    SURVEY survey;
+    Options options;
+    Survey survey;
     std::string complaint;
     if (!read_options(std::vector<std::string>(argv + (argc ? 1 : 0), argv + argc), options, complaint)) {
         fprintf(stderr, "vx_mkrec: %s\nTry vx_mkrec --help\n", complaint.c_str());

@@ -12,18 +12,18 @@ namespace {
 constexpr int Blockette_at = 48, Data_at = 64;
 static_assert(Data_at + Steim_len == Record_len);
 
-uint32_t encoding_of(FORMAT format)
+uint32_t encoding_of(SampleFormat format)
 {
     switch (format) {
-    case FORMAT::int16: return 1;
-    case FORMAT::int32: return 3;
-    case FORMAT::steim1: return 10;
-    case FORMAT::steim2: break;
+    case SampleFormat::int16: return 1;
+    case SampleFormat::int32: return 3;
+    case SampleFormat::steim1: return 10;
+    case SampleFormat::steim2: break;
     }
     return 11;
 }
 
-struct WRITER {
+struct PieceWriter {
     uint8_t* at;
     void text(const char* s) { at = static_cast<uint8_t*>(memcpy(at, s, strlen(s))) + strlen(s); }
     void number(uint32_t v, int bytes)
@@ -32,9 +32,9 @@ struct WRITER {
     }
 };
 
-void put_start(WRITER& w, int64_t ms, int micros)
+void put_start(PieceWriter& w, int64_t ms, int micros)
 {
-    const CLOCK clock = clock_at(ms);
+    const RecorderClock clock = clock_at(ms);
     w.number(static_cast<uint32_t>(clock.year), 2);
     w.number(static_cast<uint32_t>(clock.day), 2);
     w.number(static_cast<uint32_t>(clock.hour), 1);
@@ -44,7 +44,7 @@ void put_start(WRITER& w, int64_t ms, int micros)
     w.number(static_cast<uint32_t>(clock.ms * 10 + micros / 100), 2); // ten-thousandths of a second
 }
 
-void put_blockette_1000(WRITER& w, FORMAT format)
+void put_blockette_1000(PieceWriter& w, SampleFormat format)
 {
     w.number(1000, 2);
     w.number(0, 2); // no other blockette
@@ -56,7 +56,7 @@ void put_blockette_1000(WRITER& w, FORMAT format)
 
 } // namespace
 
-void write_record(uint8_t* record, const SURVEY& survey, const PLACE& place, const BLOCK& block,
+void write_record(uint8_t* record, const Survey& survey, const LinePlace& place, const SampleBlock& block,
                   int64_t number)
 {
     char head[24];
@@ -64,7 +64,7 @@ void write_record(uint8_t* record, const SURVEY& survey, const PLACE& place, con
              station_name(place.unit).c_str(), (place.stream + 1) % 100,
              seed_code(survey, place.stream, place.channel).c_str());
     memset(record, 0, Data_at);
-    WRITER w{record};
+    PieceWriter w{record};
     w.text(head);
     w.text("VX");
     put_start(w, sample_ms(survey, place, block.first), micros_of(place.unit));
@@ -80,10 +80,10 @@ void write_record(uint8_t* record, const SURVEY& survey, const PLACE& place, con
     memcpy(record + Data_at, block.payload, sizeof block.payload);
 }
 
-static bool write_part(const SURVEY& survey, const PLACE& place, int64_t& number, OUTPUT& out)
+static bool write_part(const Survey& survey, const LinePlace& place, int64_t& number, RecordingFile& out)
 {
-    CHANNEL_RUN run(survey, place);
-    BLOCK block;
+    ChannelRun run(survey, place);
+    SampleBlock block;
     uint8_t record[Record_len];
     while (!out.failed() && run.next(block)) {
         write_record(record, survey, place, block, ++number);
@@ -92,9 +92,9 @@ static bool write_part(const SURVEY& survey, const PLACE& place, int64_t& number
     return !run.not_encodable();
 }
 
-bool write_mseed(const SURVEY& survey, OUTPUT& out)
+bool write_mseed(const Survey& survey, RecordingFile& out)
 {
-    const OPTIONS& o = survey.options;
+    const Options& o = survey.options;
     int64_t number = 0;
     for (int u = 0; u < o.units; ++u)
         for (int s = 0; s < o.streams; ++s)

@@ -10,11 +10,11 @@ inline constexpr int Record_len = 1024;
 
 /// Writes one record: header, blockette 1000, and from byte 64 on the block as it stands in a data packet.
 /// `number` counts the records of the file from 1.
-void write_record(uint8_t* record, const SURVEY& survey, const PLACE& place, const BLOCK& block,
+void write_record(uint8_t* record, const Survey& survey, const LinePlace& place, const SampleBlock& block,
                   int64_t number);
 
 /// Writes the whole survey, one channel after another, each in the order of time. False when the samples
 /// cannot be told in the format asked for.
-bool write_mseed(const SURVEY& survey, OUTPUT& out);
+bool write_mseed(const Survey& survey, RecordingFile& out);
 
 } // namespace mkrec

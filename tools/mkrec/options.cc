@@ -122,33 +122,33 @@ std::string read_rates(const std::string& text, std::vector<int>& rates)
     return "";
 }
 
-std::string read_formats(const std::string& text, std::vector<FORMAT>& formats)
+std::string read_formats(const std::string& text, std::vector<SampleFormat>& formats)
 {
     formats.clear();
     for (const std::string& given : split(text)) {
         std::string part = given;
         for (char& c : part) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
         if (part == "16")
-            formats.push_back(FORMAT::int16);
+            formats.push_back(SampleFormat::int16);
         else if (part == "32")
-            formats.push_back(FORMAT::int32);
+            formats.push_back(SampleFormat::int32);
         else if (part == "c0")
-            formats.push_back(FORMAT::steim1);
+            formats.push_back(SampleFormat::steim1);
         else if (part == "c2")
-            formats.push_back(FORMAT::steim2);
+            formats.push_back(SampleFormat::steim2);
         else
             return shown(given) + " is none of c2, c0, 32 and 16";
     }
     return "";
 }
 
-std::string read_motion(const std::string& text, MOTION& motion)
+std::string read_motion(const std::string& text, Motion& motion)
 {
     static constexpr struct {
         const char* name;
-        MOTION motion;
-    } Motions[] = {{"quake", MOTION::quake},   {"quiet", MOTION::quiet}, {"loud", MOTION::loud},
-                   {"offset", MOTION::offset}, {"full", MOTION::full},   {"mixed", MOTION::mixed}};
+        Motion motion;
+    } Motions[] = {{"quake", Motion::quake},   {"quiet", Motion::quiet}, {"loud", Motion::loud},
+                   {"offset", Motion::offset}, {"full", Motion::full},   {"mixed", Motion::mixed}};
     for (const auto& m : Motions) {
         if (text != m.name) continue;
         motion = m.motion;
@@ -177,36 +177,36 @@ std::string set(bool& flag, bool value = true)
     return "";
 }
 
-using TEXT = const std::string&;
-struct OPTION {
+using OptionText = const std::string&;
+struct Option {
     const char* name;
     bool takes_value;
-    std::string (*take)(OPTIONS& o, TEXT value); ///< empty, or why not
+    std::string (*take)(Options& o, OptionText value); ///< empty, or why not
 };
 
-constexpr OPTION Table[] = {
-    {"--units", true, [](OPTIONS& o, TEXT v) { return read_int(v, 1, 20000, o.units); }},
-    {"--streams", true, [](OPTIONS& o, TEXT v) { return read_int(v, 1, 99, o.streams); }},
-    {"--channels", true, [](OPTIONS& o, TEXT v) { return read_int(v, 1, 32, o.channels); }},
-    {"--events", true, [](OPTIONS& o, TEXT v) { return read_whole(v, 1, Most_events, o.events); }},
-    {"--seconds", true, [](OPTIONS& o, TEXT v) { return read_whole(v, 1, 10000000, o.seconds); }},
-    {"--size", true, [](OPTIONS& o, TEXT v) { return read_size(v, o.size); }},
-    {"--rate", true, [](OPTIONS& o, TEXT v) { return read_rates(v, o.rates); }},
-    {"--format", true, [](OPTIONS& o, TEXT v) { return read_formats(v, o.formats); }},
-    {"--signal", true, [](OPTIONS& o, TEXT v) { return read_motion(v, o.motion); }},
-    {"--seed", true, [](OPTIONS& o, TEXT v) { return read_seed(v, o.seed); }},
-    {"--mseed", true, [](OPTIONS& o, TEXT v) { return read_name(v, o.mseed); }},
-    {"--interleave", false, [](OPTIONS& o, TEXT) { return set(o.interleave); }},
-    {"--no-et", false, [](OPTIONS& o, TEXT) { return set(o.trailers, false); }},
-    {"--no-parameters", false, [](OPTIONS& o, TEXT) { return set(o.parameters, false); }},
-    {"--bad-check", false, [](OPTIONS& o, TEXT) { return set(o.bad_check); }},
-    {"--force", false, [](OPTIONS& o, TEXT) { return set(o.force); }},
-    {"-h", false, [](OPTIONS& o, TEXT) { return set(o.help); }},
-    {"--help", false, [](OPTIONS& o, TEXT) { return set(o.help); }},
-    {"--version", false, [](OPTIONS& o, TEXT) { return set(o.version); }},
+constexpr Option Table[] = {
+    {"--units", true, [](Options& o, OptionText v) { return read_int(v, 1, 20000, o.units); }},
+    {"--streams", true, [](Options& o, OptionText v) { return read_int(v, 1, 99, o.streams); }},
+    {"--channels", true, [](Options& o, OptionText v) { return read_int(v, 1, 32, o.channels); }},
+    {"--events", true, [](Options& o, OptionText v) { return read_whole(v, 1, Most_events, o.events); }},
+    {"--seconds", true, [](Options& o, OptionText v) { return read_whole(v, 1, 10000000, o.seconds); }},
+    {"--size", true, [](Options& o, OptionText v) { return read_size(v, o.size); }},
+    {"--rate", true, [](Options& o, OptionText v) { return read_rates(v, o.rates); }},
+    {"--format", true, [](Options& o, OptionText v) { return read_formats(v, o.formats); }},
+    {"--signal", true, [](Options& o, OptionText v) { return read_motion(v, o.motion); }},
+    {"--seed", true, [](Options& o, OptionText v) { return read_seed(v, o.seed); }},
+    {"--mseed", true, [](Options& o, OptionText v) { return read_name(v, o.mseed); }},
+    {"--interleave", false, [](Options& o, OptionText) { return set(o.interleave); }},
+    {"--no-et", false, [](Options& o, OptionText) { return set(o.trailers, false); }},
+    {"--no-parameters", false, [](Options& o, OptionText) { return set(o.parameters, false); }},
+    {"--bad-check", false, [](Options& o, OptionText) { return set(o.bad_check); }},
+    {"--force", false, [](Options& o, OptionText) { return set(o.force); }},
+    {"-h", false, [](Options& o, OptionText) { return set(o.help); }},
+    {"--help", false, [](Options& o, OptionText) { return set(o.help); }},
+    {"--version", false, [](Options& o, OptionText) { return set(o.version); }},
 };
 
-bool take_out(OPTIONS& options, const std::string& arg, std::string& complaint)
+bool take_out(Options& options, const std::string& arg, std::string& complaint)
 {
     if (arg.empty())
         complaint = "the name of the recording is empty";
@@ -218,13 +218,13 @@ bool take_out(OPTIONS& options, const std::string& arg, std::string& complaint)
 }
 
 /// Takes args[at], and args[at + 1] where it is the option's value.
-bool take_option(const std::vector<std::string>& args, size_t& at, OPTIONS& options, std::string& complaint)
+bool take_option(const std::vector<std::string>& args, size_t& at, Options& options, std::string& complaint)
 {
     const std::string& arg = args[at];
     const size_t equals = arg.find('=');
     const std::string name = arg.substr(0, equals);
-    const OPTION* option =
-        std::find_if(std::begin(Table), std::end(Table), [&](const OPTION& o) { return name == o.name; });
+    const Option* option =
+        std::find_if(std::begin(Table), std::end(Table), [&](const Option& o) { return name == o.name; });
     if (option == std::end(Table)) return complaint = "unknown option " + arg, false;
     if (!option->takes_value && equals != std::string::npos)
         return complaint = name + " takes no value", false;
@@ -244,7 +244,7 @@ bool take_option(const std::vector<std::string>& args, size_t& at, OPTIONS& opti
 
 } // namespace
 
-bool read_options(const std::vector<std::string>& args, OPTIONS& options, std::string& complaint)
+bool read_options(const std::vector<std::string>& args, Options& options, std::string& complaint)
 {
     complaint.clear();
     bool only_names = false;

@@ -9,9 +9,9 @@
 
 namespace mkrec {
 
-enum class FORMAT : uint8_t { int16 = 0x16, int32 = 0x32, steim1 = 0xC0, steim2 = 0xC2 };
+enum class SampleFormat : uint8_t { int16 = 0x16, int32 = 0x32, steim1 = 0xC0, steim2 = 0xC2 };
 
-struct OPTIONS {
+struct Options {
     std::string out;   ///< path of the recording; "-" is standard output
     std::string mseed; ///< path of the same samples as miniSEED; empty for none
     int units = 2;
@@ -21,8 +21,9 @@ struct OPTIONS {
     int64_t seconds = 60;
     int64_t size = 0;                ///< bytes of the recording; 0: as many as the seconds need
     std::vector<int> rates{200, 50}; ///< samples per second, dealt out to the streams in turn
-    std::vector<FORMAT> formats{FORMAT::steim2, FORMAT::steim1, FORMAT::int32, FORMAT::int16};
-    MOTION motion = MOTION::quake;
+    std::vector<SampleFormat> formats{SampleFormat::steim2, SampleFormat::steim1, SampleFormat::int32,
+                                      SampleFormat::int16};
+    Motion motion = Motion::quake;
     uint64_t seed = 1;
     bool interleave = false;
     bool trailers = true;   ///< false: events never end
@@ -33,7 +34,7 @@ struct OPTIONS {
 };
 
 /// Reads the arguments after the program's name. On failure false, and `complaint` says why.
-bool read_options(const std::vector<std::string>& args, OPTIONS& options, std::string& complaint);
+bool read_options(const std::vector<std::string>& args, Options& options, std::string& complaint);
 
 extern const char Help_text[];
 

@@ -22,15 +22,15 @@ static int open_existing(const std::string& path, bool force)
     return -1;
 }
 
-OUTPUT::OUTPUT() : buffer_(Buffer_len) {}
+RecordingFile::RecordingFile() : buffer_(Buffer_len) {}
 
-OUTPUT::~OUTPUT()
+RecordingFile::~RecordingFile()
 {
     if (fd_ >= 0) ::close(fd_);
     if (is_new()) unlink(made_.c_str());
 }
 
-bool OUTPUT::open(const std::string& path, bool force)
+bool RecordingFile::open(const std::string& path, bool force)
 {
     used_ = 0;
     error_ = 0;
@@ -50,14 +50,14 @@ bool OUTPUT::open(const std::string& path, bool force)
     return fd_ >= 0;
 }
 
-bool OUTPUT::is_same_as(const OUTPUT& other) const
+bool RecordingFile::is_same_as(const RecordingFile& other) const
 {
     struct stat here, there;
     if (fstat(fd_, &here) != 0 || fstat(other.fd_, &there) != 0 || S_ISCHR(here.st_mode)) return false;
     return here.st_dev == there.st_dev && here.st_ino == there.st_ino;
 }
 
-void OUTPUT::write(const uint8_t* bytes, size_t n)
+void RecordingFile::write(const uint8_t* bytes, size_t n)
 {
     while (n > 0 && !error_) {
         const size_t part = n < Buffer_len - used_ ? n : Buffer_len - used_;
@@ -69,7 +69,7 @@ void OUTPUT::write(const uint8_t* bytes, size_t n)
     }
 }
 
-void OUTPUT::empty()
+void RecordingFile::empty()
 {
     struct stat there;
     const bool has_bytes = !emptied_ && fstat(fd_, &there) == 0 && S_ISREG(there.st_mode);
@@ -77,7 +77,7 @@ void OUTPUT::empty()
     emptied_ = true;
 }
 
-void OUTPUT::flush()
+void RecordingFile::flush()
 {
     if (fd_ >= 0) empty();
     for (size_t done = 0; done < used_ && !error_;) {
@@ -90,7 +90,7 @@ void OUTPUT::flush()
     used_ = 0;
 }
 
-bool OUTPUT::close()
+bool RecordingFile::close()
 {
     flush();
     if (fd_ >= 0 && ::close(fd_) != 0 && !error_) error_ = errno;
@@ -99,7 +99,7 @@ bool OUTPUT::close()
     return !error_;
 }
 
-std::string OUTPUT::why() const
+std::string RecordingFile::why() const
 {
     return strerror(error_);
 }

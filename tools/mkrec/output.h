@@ -8,13 +8,13 @@
 
 namespace mkrec {
 
-class OUTPUT {
+class RecordingFile {
 public:
-    OUTPUT();
-    OUTPUT(const OUTPUT&) = delete;
-    OUTPUT& operator=(const OUTPUT&) = delete;
+    RecordingFile();
+    RecordingFile(const RecordingFile&) = delete;
+    RecordingFile& operator=(const RecordingFile&) = delete;
     /// Removes a file that open() made, unless close() found it whole.
-    ~OUTPUT();
+    ~RecordingFile();
 
     /// Makes the file; "-" is standard output. A file that exists is taken only with `force`, devices and
     /// pipes always. False when the file cannot be had; EEXIST stands for one that needs force. Nothing that
@@ -22,7 +22,7 @@ public:
     bool open(const std::string& path, bool force = false);
 
     /// Both write to the same file or pipe.
-    bool is_same_as(const OUTPUT& other) const;
+    bool is_same_as(const RecordingFile& other) const;
 
     /// Appends bytes. After a failure nothing more is written.
     void write(const uint8_t* bytes, size_t n);

@@ -9,15 +9,15 @@
 
 namespace mkrec {
 
-struct PAGE {
+struct TextPage {
     uint8_t bytes[Packet_size];
 };
 
 /// What every packet begins with.
-struct HEADER {
+struct PacketHeader {
     std::string_view type; ///< two letters
     uint16_t unit;
-    CLOCK time;
+    RecorderClock time;
     int sequence;
     int byte_cnt = Packet_size;
 };
@@ -25,14 +25,14 @@ struct HEADER {
 inline constexpr unsigned Experiment = 7;
 
 /// Begins a packet: the header, and `fill` behind it.
-void start_page(PAGE& page, const HEADER& header, char fill);
-void put_byte_cnt(PAGE& page, int byte_cnt);
+void start_page(TextPage& page, const PacketHeader& header, char fill);
+void put_byte_cnt(TextPage& page, int byte_cnt);
 
 /// Text from the field's left end on, cut to the field; what is behind it stays.
-void put_text(PAGE& page, Span field, std::string_view text);
+void put_text(TextPage& page, Span field, std::string_view text);
 /// The digits of a number, two per byte; digits that do not fit are left out.
-void put_bcd(PAGE& page, Span field, unsigned value);
+void put_bcd(TextPage& page, Span field, unsigned value);
 /// A number, big-endian.
-void put_binary(PAGE& page, Span field, uint32_t value);
+void put_binary(TextPage& page, Span field, uint32_t value);
 
 } // namespace mkrec

@@ -22,7 +22,7 @@ std::string settings_time(int64_t ms, int len)
 }
 
 /// Seven bits of years since 1984 and 25 bits of seconds in that year.
-uint32_t packed_time(const CLOCK& c)
+uint32_t packed_time(const RecorderClock& c)
 {
     const uint32_t seconds =
         static_cast<uint32_t>((((c.day - 1) * 24 + c.hour) * 60 + c.minute) * 60 + c.second);
@@ -30,7 +30,7 @@ uint32_t packed_time(const CLOCK& c)
 }
 
 /// The channels of a stream, each as a character at its own place.
-std::string channel_list(const SURVEY& survey, int stream)
+std::string channel_list(const Survey& survey, int stream)
 {
     std::string list(Bank_len, ' ');
     for (int c = 0; c < survey.options.channels; ++c) {
@@ -40,32 +40,32 @@ std::string channel_list(const SURVEY& survey, int stream)
     return list;
 }
 
-const char* format_text(FORMAT format)
+const char* format_text(SampleFormat format)
 {
     switch (format) {
-    case FORMAT::int16: return "16";
-    case FORMAT::int32: return "32";
-    case FORMAT::steim1: return "CO";
-    case FORMAT::steim2: break;
+    case SampleFormat::int16: return "16";
+    case SampleFormat::int32: return "32";
+    case SampleFormat::steim1: return "CO";
+    case SampleFormat::steim2: break;
     }
     return "C2";
 }
 
 } // namespace
 
-void PARAMETER_PAGES::start(PAGE& page, const char* type, int64_t ms, int byte_cnt, char fill)
+void ParameterPages::start(TextPage& page, const char* type, int64_t ms, int byte_cnt, char fill)
 {
     start_page(page, {type, unit_id(unit_), clock_at(ms), sequence_, byte_cnt}, fill);
     sequence_ = (sequence_ + 1) % 10000;
 }
 
-void PARAMETER_PAGES::health(PAGE& page, std::string_view text, int64_t ms)
+void ParameterPages::health(TextPage& page, std::string_view text, int64_t ms)
 {
     start(page, "SH", ms, SH::Text + static_cast<int>(text.size()), 0);
     put_text(page, whole(SH::Text), text);
 }
 
-void PARAMETER_PAGES::stations(PAGE& page, int number)
+void ParameterPages::stations(TextPage& page, int number)
 {
     const int first = number * SC::Channels.count;
     const int count = std::min(inputs(survey_) - first, SC::Channels.count);
@@ -107,7 +107,7 @@ void PARAMETER_PAGES::stations(PAGE& page, int number)
     }
 }
 
-void PARAMETER_PAGES::streams(PAGE& page, int number)
+void ParameterPages::streams(TextPage& page, int number)
 {
     const int first = number * DS::Whole_streams;
     const int count = std::min(survey_.options.streams - first, DS::Whole_streams);
@@ -125,7 +125,7 @@ void PARAMETER_PAGES::streams(PAGE& page, int number)
         put(DS::STRM::Channels, channel_list(survey_, stream));
         put(DS::STRM::Rate, std::to_string(rate_of(survey_, stream)));
         put(DS::STRM::Format, format_text(format_of(survey_, unit_, stream)));
-        if (survey_.options.motion != MOTION::quake) {
+        if (survey_.options.motion != Motion::quake) {
             put(DS::STRM::Trg_type, "CON");
             put_trg(DS::CON::Length, "3600");
             continue;
@@ -146,7 +146,7 @@ void PARAMETER_PAGES::streams(PAGE& page, int number)
     }
 }
 
-void PARAMETER_PAGES::operation(PAGE& page)
+void ParameterPages::operation(TextPage& page)
 {
     const int wakes = 2;
     start(page, "OM", survey_start_ms(), OM::Wakes[wakes].at, ' ');
@@ -175,7 +175,7 @@ void PARAMETER_PAGES::operation(PAGE& page)
     }
 }
 
-void PARAMETER_PAGES::auxiliary(PAGE& page)
+void ParameterPages::auxiliary(TextPage& page)
 {
     start(page, "AD", survey_start_ms(), AD::Length.end(), ' ');
     put_text(page, AD::Channels, "123");
@@ -184,7 +184,7 @@ void PARAMETER_PAGES::auxiliary(PAGE& page)
     put_text(page, AD::Length, "3600");
 }
 
-void PARAMETER_PAGES::calibration(PAGE& page)
+void ParameterPages::calibration(TextPage& page)
 {
     start(page, "CD", survey_start_ms(), CD::Step_output.end(), ' ');
     put_text(page, CD::Start, settings_time(survey_start_ms(), 13));
@@ -198,21 +198,21 @@ void PARAMETER_PAGES::calibration(PAGE& page)
     put_text(page, CD::Step_output, "1");
 }
 
-void PARAMETER_PAGES::filter(PAGE& page)
+void ParameterPages::filter(TextPage& page)
 {
     static constexpr std::string_view Text = "FIR 1: 29 taps, linear phase, decimates by 5";
     start(page, "FD", survey_start_ms(), SH::Text + static_cast<int>(Text.size()), ' ');
     put_text(page, whole(SH::Text), Text);
 }
 
-void PARAMETER_PAGES::network(PAGE& page, const char* type, const PLACE& event, const EVENT_TIMES& times)
+void ParameterPages::network(TextPage& page, const char* type, const LinePlace& event, const MadeTimes& times)
 {
     write_network_page(page, survey_, event, times, type, sequence_);
     sequence_ = (sequence_ + 1) % 10000;
 }
 
-void PARAMETER_PAGES::directory(PAGE& page, const std::vector<DIRECTORY_ENTRY>& entries, uint32_t next_free,
-                                int64_t ms)
+void ParameterPages::directory(TextPage& page, const std::vector<DirectoryEntry>& entries, uint32_t next_free,
+                               int64_t ms)
 {
     const int count = static_cast<int>(entries.size());
     start(page, "DR", ms, DR::Entries[count].at, 0);
@@ -220,7 +220,7 @@ void PARAMETER_PAGES::directory(PAGE& page, const std::vector<DIRECTORY_ENTRY>& 
     put_binary(page, DR::Entry_cnt, static_cast<uint32_t>(count));
     put_binary(page, DR::Last_entry, static_cast<uint32_t>(count));
     for (int i = 0; i < count; ++i) {
-        const DIRECTORY_ENTRY& entry = entries[static_cast<size_t>(i)];
+        const DirectoryEntry& entry = entries[static_cast<size_t>(i)];
         const auto at = [i](Span field) { return in_entry(DR::Entries[i].at, field); };
         const bool closed = survey_.options.trailers;
         put_binary(page, at(DR::ENTRY::Number), static_cast<uint32_t>(i + 1));
@@ -235,11 +235,11 @@ void PARAMETER_PAGES::directory(PAGE& page, const std::vector<DIRECTORY_ENTRY>& 
         put_binary(page, at(DR::ENTRY::Stream), static_cast<uint32_t>(entry.event.stream));
         put_text(page, at(DR::ENTRY::Strm_name), "        ");
         put_text(page, at(DR::ENTRY::Strm_name), stream_name(entry.event.stream));
-        put_text(page, at(DR::ENTRY::Trg_type), survey_.options.motion == MOTION::quake ? "EVT " : "CON ");
-        const EVENT_TIMES& t = entry.times;
+        put_text(page, at(DR::ENTRY::Trg_type), survey_.options.motion == Motion::quake ? "EVT " : "CON ");
+        const MadeTimes& t = entry.times;
         const int64_t moments[] = {t.trigger, t.first, t.detrigger, t.last, t.last};
         for (int k = 0; k < DR::ENTRY::Times.count; ++k) {
-            const CLOCK clock = clock_at(moments[k]);
+            const RecorderClock clock = clock_at(moments[k]);
             put_binary(page, at(DR::ENTRY::Times[k]), packed_time(clock));
             put_binary(page, at(DR::ENTRY::Millis[k]), static_cast<uint32_t>(clock.ms));
         }

@@ -14,10 +14,10 @@ inline uint64_t stirred(uint64_t a, uint64_t b)
     return z ^ (z >> 31);
 }
 
-struct RANDOM {
+struct RandomBits {
     uint64_t state;
 
-    explicit RANDOM(uint64_t seed) : state(stirred(seed, 0) | 1) {}
+    explicit RandomBits(uint64_t seed) : state(stirred(seed, 0) | 1) {}
 
     /// 64 fresh bits; the upper ones are the better.
     uint64_t next()

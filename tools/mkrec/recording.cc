@@ -15,40 +15,40 @@ constexpr std::string_view Start_text =
 constexpr std::string_view Stop_text = "ACQUISITION STOPPED\r\nMEMORY 83% FREE\r\n";
 constexpr int64_t Setting_up_ms = 300000; // from power-on to the first event
 
-class RECORDER {
+class Recorder {
 public:
-    RECORDER(const SURVEY& survey, int unit, OUTPUT& out)
+    Recorder(const Survey& survey, int unit, RecordingFile& out)
         : survey_(survey), unit_(unit), out_(out), parameters_(survey, unit)
     {
     }
 
     void open();
     /// Writes the event's next packet; at its end notes it in the directory and gives false.
-    bool record(EVENT_PART& part);
+    bool record(EventPart& part);
     void close();
 
 private:
-    void write(const PAGE& page)
+    void write(const TextPage& page)
     {
         out_.write(page.bytes, sizeof page.bytes);
         ++blocks_;
     }
-    void note(const EVENT_PART& part);
+    void note(const EventPart& part);
 
-    const SURVEY& survey_;
+    const Survey& survey_;
     int unit_;
-    OUTPUT& out_;
-    PARAMETER_PAGES parameters_;
-    std::vector<DIRECTORY_ENTRY> directory_;
-    EVENT_TIMES last_times_{};
-    PLACE last_event_;
+    RecordingFile& out_;
+    ParameterPages parameters_;
+    std::vector<DirectoryEntry> directory_;
+    MadeTimes last_times_{};
+    LinePlace last_event_;
     uint32_t blocks_ = 0;
 };
 
-void RECORDER::open()
+void Recorder::open()
 {
     if (!survey_.options.parameters) return;
-    PAGE page;
+    TextPage page;
     parameters_.health(page, Start_text, survey_start_ms() - Setting_up_ms);
     write(page);
     for (int i = 0; i < sc_packets(survey_); ++i) parameters_.stations(page, i), write(page);
@@ -61,15 +61,15 @@ void RECORDER::open()
     write(page);
     parameters_.filter(page);
     write(page);
-    const PLACE first{.unit = unit_};
+    const LinePlace first{.unit = unit_};
     const int64_t begin = first_sample_ms(survey_, first);
     parameters_.network(page, "NH", first, {begin, begin, -1, -1});
     write(page);
 }
 
-bool RECORDER::record(EVENT_PART& part)
+bool Recorder::record(EventPart& part)
 {
-    PAGE page;
+    TextPage page;
     if (!part.next(page)) {
         note(part);
         return false;
@@ -78,7 +78,7 @@ bool RECORDER::record(EVENT_PART& part)
     return true;
 }
 
-void RECORDER::note(const EVENT_PART& part)
+void Recorder::note(const EventPart& part)
 {
     last_event_ = part.event();
     last_times_ = part.times();
@@ -86,10 +86,10 @@ void RECORDER::note(const EVENT_PART& part)
     directory_.push_back({last_event_, last_times_, blocks_ - part.packets(), part.packets()});
 }
 
-void RECORDER::close()
+void Recorder::close()
 {
     if (!survey_.options.parameters) return;
-    PAGE page;
+    TextPage page;
     parameters_.network(page, "NT", last_event_, last_times_);
     write(page);
     parameters_.health(page, Stop_text, last_times_.last + 1000);
@@ -99,30 +99,30 @@ void RECORDER::close()
 }
 
 /// Records the same event of all streams of these recorders, each packet from another one.
-bool record_side_by_side(const SURVEY& survey, std::vector<RECORDER>& recorders, int64_t event,
-                         const OUTPUT& out)
+bool record_side_by_side(const Survey& survey, std::vector<Recorder>& recorders, int64_t event,
+                         const RecordingFile& out)
 {
-    std::vector<EVENT_PART> parts;
+    std::vector<EventPart> parts;
     parts.reserve(static_cast<size_t>(survey.options.streams * survey.options.units));
     for (int s = 0; s < survey.options.streams; ++s)
-        for (int u = 0; u < survey.options.units; ++u) parts.emplace_back(survey, PLACE{u, s, event, 0});
-    std::vector<EVENT_PART*> going;
+        for (int u = 0; u < survey.options.units; ++u) parts.emplace_back(survey, LinePlace{u, s, event, 0});
+    std::vector<EventPart*> going;
     going.reserve(parts.size());
-    for (EVENT_PART& part : parts) going.push_back(&part);
+    for (EventPart& part : parts) going.push_back(&part);
     while (!going.empty() && !out.failed())
-        std::erase_if(going, [&](EVENT_PART* part) {
+        std::erase_if(going, [&](EventPart* part) {
             return !recorders[static_cast<size_t>(part->event().unit)].record(*part);
         });
-    for (const EVENT_PART& part : parts)
+    for (const EventPart& part : parts)
         if (part.not_encodable()) return false;
     return true;
 }
 
-bool record_events(const SURVEY& survey, int unit, RECORDER& recorder, const OUTPUT& out)
+bool record_events(const Survey& survey, int unit, Recorder& recorder, const RecordingFile& out)
 {
     for (int64_t e = 0; e < survey.options.events; ++e)
         for (int s = 0; s < survey.options.streams; ++s) {
-            EVENT_PART part(survey, {unit, s, e, 0});
+            EventPart part(survey, {unit, s, e, 0});
             while (!out.failed() && recorder.record(part)) {
             }
             if (part.not_encodable()) return false;
@@ -130,25 +130,25 @@ bool record_events(const SURVEY& survey, int unit, RECORDER& recorder, const OUT
     return true;
 }
 
-bool write_interleaved(const SURVEY& survey, OUTPUT& out)
+bool write_interleaved(const Survey& survey, RecordingFile& out)
 {
-    std::vector<RECORDER> recorders;
+    std::vector<Recorder> recorders;
     recorders.reserve(static_cast<size_t>(survey.options.units));
     for (int u = 0; u < survey.options.units; ++u) recorders.emplace_back(survey, u, out);
-    for (RECORDER& recorder : recorders) recorder.open();
+    for (Recorder& recorder : recorders) recorder.open();
     for (int64_t e = 0; e < survey.options.events && !out.failed(); ++e)
         if (!record_side_by_side(survey, recorders, e, out)) return false;
-    for (RECORDER& recorder : recorders) recorder.close();
+    for (Recorder& recorder : recorders) recorder.close();
     return true;
 }
 
 } // namespace
 
-bool write_recording(const SURVEY& survey, OUTPUT& out)
+bool write_recording(const Survey& survey, RecordingFile& out)
 {
     if (survey.options.interleave) return write_interleaved(survey, out);
     for (int u = 0; u < survey.options.units && !out.failed(); ++u) {
-        RECORDER recorder(survey, u, out);
+        Recorder recorder(survey, u, out);
         recorder.open();
         if (!record_events(survey, u, recorder, out)) return false;
         recorder.close();

@@ -8,6 +8,6 @@ namespace mkrec {
 
 /// Writes every packet. False when the samples cannot be told in the format asked for; a file that cannot
 /// be written is the output's to tell.
-bool write_recording(const SURVEY& survey, OUTPUT& out);
+bool write_recording(const Survey& survey, RecordingFile& out);
 
 } // namespace mkrec

@@ -40,13 +40,12 @@ int log2_of(int64_t n)
 }
 
 /// A wave of a dominant frequency that fades within so many seconds.
-WAVE make_wave(double hertz, int fade_sec, int64_t counts, int64_t arrival, const SIGNAL_PLAN& plan,
-               int which)
+Wave make_wave(double hertz, int fade_sec, int64_t counts, int64_t arrival, const SignalPlan& plan, int which)
 {
     const double turn = std::min(hertz, plan.rate / 5.0) / plan.rate;
     const double damping = 1 - 0.4 * turn;
     const double push = static_cast<double>(counts) * turn * 100 / hertz; // a sharp resonance swings farther
-    return {.noise = RANDOM(stirred(plan.seed, static_cast<uint64_t>(which))),
+    return {.noise = RandomBits(stirred(plan.seed, static_cast<uint64_t>(which))),
             .arrival = arrival,
             .strength = static_cast<int64_t>(push) << Envelope_places,
             .fade = std::max(1, log2_of(static_cast<int64_t>(plan.rate) * fade_sec)),
@@ -55,30 +54,30 @@ WAVE make_wave(double hertz, int fade_sec, int64_t counts, int64_t arrival, cons
 }
 
 /// P shakes the ground up and down, S from side to side; both less at a distance.
-int64_t strength_at(const SIGNAL_PLAN& plan, int64_t counts, const int (&share)[3])
+int64_t strength_at(const SignalPlan& plan, int64_t counts, const int (&share)[3])
 {
     const int near = 8 - plan.distance % 8;
     return counts * near * share[plan.axis % 3] / 800 * (plan.word_bits == 16 ? 1 : 16);
 }
 
-WAVE p_wave(const SIGNAL_PLAN& plan)
+Wave p_wave(const SignalPlan& plan)
 {
     return make_wave(6.5, 2, strength_at(plan, 500, {100, 35, 25}), p_arrival(plan), plan, 2);
 }
 
-WAVE s_wave(const SIGNAL_PLAN& plan)
+Wave s_wave(const SignalPlan& plan)
 {
     return make_wave(2.2, 4, strength_at(plan, 500, {40, 100, 80}), s_arrival(plan), plan, 3);
 }
 
-int64_t arrival(const SIGNAL_PLAN& plan, int twentieths, int tenths_of_a_second)
+int64_t arrival(const SignalPlan& plan, int twentieths, int tenths_of_a_second)
 {
     const int64_t late = static_cast<int64_t>(plan.rate) * (plan.distance % 8) * tenths_of_a_second / 10;
     return (plan.period * twentieths / 20 + late) % plan.period;
 }
 
 /// One sample of a wave. It rests when neither its envelope nor its resonance would show any more.
-int32_t swing(WAVE& wave)
+int32_t swing(Wave& wave)
 {
     const int64_t push = wave.noise.signed_bits(8);
     const int64_t input = ((wave.envelope >> (Envelope_places - Wave_places)) * push) >> 7;
@@ -97,37 +96,37 @@ int32_t swing(WAVE& wave)
 
 } // namespace
 
-int64_t p_arrival(const SIGNAL_PLAN& plan)
+int64_t p_arrival(const SignalPlan& plan)
 {
     return arrival(plan, 3, 3);
 }
 
-int64_t s_arrival(const SIGNAL_PLAN& plan)
+int64_t s_arrival(const SignalPlan& plan)
 {
     return arrival(plan, 7, 5);
 }
 
-SIGNAL::SIGNAL(const SIGNAL_PLAN& plan)
+SignalMaker::SignalMaker(const SignalPlan& plan)
     : plan_(plan), noise_(stirred(plan.seed, 1)), p_(p_wave(plan)), s_(s_wave(plan))
 {
 }
 
-void SIGNAL::fill(int32_t* x, int n)
+void SignalMaker::fill(int32_t* x, int n)
 {
     switch (plan_.motion) {
-    case MOTION::quake:
+    case Motion::quake:
         fill_noise(x, n);
         add_wave(p_, x, n);
         add_wave(s_, x, n);
         break;
-    case MOTION::quiet: fill_noise(x, n); break;
-    case MOTION::offset:
+    case Motion::quiet: fill_noise(x, n); break;
+    case Motion::offset:
         fill_noise(x, n);
         for (int i = 0; i < n; ++i) x[i] += plan_.word_bits == 16 ? Far_off_16 : Far_off_32;
         break;
-    case MOTION::loud: fill_walk(x, n, 9, 16, 16); break;
-    case MOTION::full: fill_full(x, n); break;
-    case MOTION::mixed: fill_walk(x, n, 1, plan_.word_bits == 16 ? 16 : 30, 12); break;
+    case Motion::loud: fill_walk(x, n, 9, 16, 16); break;
+    case Motion::full: fill_full(x, n); break;
+    case Motion::mixed: fill_walk(x, n, 1, plan_.word_bits == 16 ? 16 : 30, 12); break;
     }
     if (plan_.word_bits == 16) // a digitiser at its limit gives the limit
         for (int i = 0; i < n; ++i) x[i] = std::clamp(x[i], -32768, 32767);
@@ -135,7 +134,7 @@ void SIGNAL::fill(int32_t* x, int n)
 }
 
 /// Sixteen samples from one draw.
-void SIGNAL::fill_noise(int32_t* x, int n)
+void SignalMaker::fill_noise(int32_t* x, int n)
 {
     int32_t level = level_;
     for (int i = 0; i < n;) {
@@ -156,7 +155,7 @@ void SIGNAL::fill_noise(int32_t* x, int n)
     level_ = level;
 }
 
-void SIGNAL::add_wave(WAVE& wave, int32_t* x, int n)
+void SignalMaker::add_wave(Wave& wave, int32_t* x, int n)
 {
     int64_t at = at_ % plan_.period;
     for (int done = 0; done < n;) {
@@ -172,14 +171,14 @@ void SIGNAL::add_wave(WAVE& wave, int32_t* x, int n)
     }
 }
 
-void SIGNAL::fill_full(int32_t* x, int n)
+void SignalMaker::fill_full(int32_t* x, int n)
 {
     for (int i = 0; i < n; ++i) x[i] = noise_.signed_bits(plan_.full_bits);
 }
 
 /// A walk whose steps have `least` to `most` bits, changing every 1 to `hold` samples. It turns back at the
 /// end of its range, so a step never needs more bits than it has.
-void SIGNAL::fill_walk(int32_t* x, int n, int least, int most, int hold)
+void SignalMaker::fill_walk(int32_t* x, int n, int least, int most, int hold)
 {
     const int32_t limit = plan_.word_bits == 16 ? 32767 : most > 16 ? 1 << 30 : 1 << 22;
     for (int i = 0; i < n; ++i) {

@@ -9,7 +9,7 @@
 
 namespace mkrec {
 
-enum class MOTION : uint8_t {
+enum class Motion : uint8_t {
     quake,  ///< noise, and again and again a P and an S arrival that ring out
     quiet,  ///< noise of a few counts
     loud,   ///< differences of 9 to 16 bits
@@ -18,8 +18,8 @@ enum class MOTION : uint8_t {
     mixed,  ///< differences of every width in turn
 };
 
-struct SIGNAL_PLAN {
-    MOTION motion;
+struct SignalPlan {
+    Motion motion;
     int word_bits;  ///< samples stay within this many bits: 16 or 32
     int full_bits;  ///< bits of MOTION::full: fewer than word_bits where differences must fit 30 bits
     int rate;       ///< samples per second
@@ -30,13 +30,13 @@ struct SIGNAL_PLAN {
 };
 
 /// Where in its period the P wave arrives, in samples.
-int64_t p_arrival(const SIGNAL_PLAN& plan);
+int64_t p_arrival(const SignalPlan& plan);
 /// The same for the S wave.
-int64_t s_arrival(const SIGNAL_PLAN& plan);
+int64_t s_arrival(const SignalPlan& plan);
 
 /// A swinging ground: noise under an envelope that fades, through a resonance that sets the frequency.
-struct WAVE {
-    RANDOM noise;
+struct Wave {
+    RandomBits noise;
     int64_t arrival;        ///< where in each period it starts
     int64_t strength;       ///< what the envelope starts from
     int fade;               ///< the envelope loses a 2^fade-th of itself with each sample
@@ -46,28 +46,28 @@ struct WAVE {
     bool active = false;
 };
 
-class SIGNAL {
+class SignalMaker {
 public:
-    explicit SIGNAL(const SIGNAL_PLAN& plan);
+    explicit SignalMaker(const SignalPlan& plan);
 
     /// The next n samples. How they are asked for, in few or many pieces, makes no difference.
     void fill(int32_t* x, int n);
 
 private:
     void fill_noise(int32_t* x, int n);
-    void add_wave(WAVE& wave, int32_t* x, int n);
+    void add_wave(Wave& wave, int32_t* x, int n);
     void fill_full(int32_t* x, int n);
     void fill_walk(int32_t* x, int n, int least, int most, int hold);
 
-    SIGNAL_PLAN plan_;
-    RANDOM noise_;
+    SignalPlan plan_;
+    RandomBits noise_;
     uint64_t draws_ = 0; // random bits in store, the next ones on top
     int draws_left_ = 0; // samples that they are good for
     int32_t level_ = 0;  // of the noise or the walk
     int width_ = 1;      // bits of the walk's steps at present
     int width_left_ = 0; // steps until they change
     int64_t at_ = 0;     // samples given so far
-    WAVE p_, s_;
+    Wave p_, s_;
 };
 
 } // namespace mkrec

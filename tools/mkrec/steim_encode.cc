@@ -11,18 +11,18 @@ namespace mkrec {
 namespace {
 
 /// One word: how many differences of how many bits, and what says so.
-struct FORM {
+struct SteimForm {
     int count, bits;
     uint32_t code; // the word's two bits in the control word
     uint32_t dnib; // in the top two bits of the word, where the code leaves them free
 };
 
 // By count; a count without a form of its own is packed as the next smaller one that has.
-constexpr FORM Forms1[] = {{0, 0, 0, 0}, {1, 32, 3, 0}, {2, 16, 2, 0}, {2, 16, 2, 0}, {4, 8, 1, 0}};
-constexpr FORM Forms2[] = {{0, 0, 0, 0}, {1, 30, 2, 1}, {2, 15, 2, 2}, {3, 10, 2, 3},
-                           {4, 8, 1, 0}, {5, 6, 3, 0},  {6, 5, 3, 1},  {7, 4, 3, 2}};
+constexpr SteimForm Forms1[] = {{0, 0, 0, 0}, {1, 32, 3, 0}, {2, 16, 2, 0}, {2, 16, 2, 0}, {4, 8, 1, 0}};
+constexpr SteimForm Forms2[] = {{0, 0, 0, 0}, {1, 30, 2, 1}, {2, 15, 2, 2}, {3, 10, 2, 3},
+                                {4, 8, 1, 0}, {5, 6, 3, 0},  {6, 5, 3, 1},  {7, 4, 3, 2}};
 
-struct DIFFERENCES {
+struct DifferenceRun {
     int32_t d[Steim2_most];
     uint8_t share[Steim2_most + 1]; // the most differences that a word with this one in it can hold; 0: none,
                                     // as behind the last one
@@ -51,13 +51,13 @@ int32_t difference(int32_t to, int32_t from)
     return static_cast<int32_t>(static_cast<uint32_t>(to) - static_cast<uint32_t>(from));
 }
 
-void take_differences(STEIM level, const int32_t* x, int n, int32_t previous, DIFFERENCES& diff)
+void take_differences(SteimLevel level, const int32_t* x, int n, int32_t previous, DifferenceRun& diff)
 {
-    n = std::min(n, level == STEIM::level1 ? Steim1_most : Steim2_most);
+    n = std::min(n, level == SteimLevel::level1 ? Steim1_most : Steim2_most);
     diff.n = n;
     if (n > 0) diff.d[0] = difference(x[0], previous);
     for (int i = 1; i < n; ++i) diff.d[i] = difference(x[i], x[i - 1]);
-    if (level == STEIM::level1)
+    if (level == SteimLevel::level1)
         for (int i = 0; i < n; ++i) diff.share[i] = share1(magnitude(diff.d[i]));
     else
         for (int i = 0; i < n; ++i) diff.share[i] = share2(magnitude(diff.d[i]));
@@ -80,7 +80,7 @@ uint32_t fields(const int32_t* d)
     return word;
 }
 
-uint32_t packed(const int32_t* d, const FORM& form)
+uint32_t packed(const int32_t* d, const SteimForm& form)
 {
     const uint32_t dnib = form.dnib << 30;
     switch (form.bits) {
@@ -98,11 +98,11 @@ uint32_t packed(const int32_t* d, const FORM& form)
 
 /// Fills one frame from data word `word` on with the differences from number `at` on; gives the number of
 /// the first that found no room.
-int fill_frame(const DIFFERENCES& diff, const FORM* forms, int at, int word, uint8_t* frame)
+int fill_frame(const DifferenceRun& diff, const SteimForm* forms, int at, int word, uint8_t* frame)
 {
     uint32_t control = 0;
     for (; word < DT::Frame_words; ++word) {
-        const FORM& form = forms[fitting(diff.share + at)];
+        const SteimForm& form = forms[fitting(diff.share + at)];
         if (form.count == 0) break;
         put_be32(frame + 4 * word, packed(diff.d + at, form));
         control |= form.code << (30 - 2 * word);
@@ -114,14 +114,14 @@ int fill_frame(const DIFFERENCES& diff, const FORM* forms, int at, int word, uin
 
 } // namespace
 
-STEIM_FILL steim_encode(STEIM level, const int32_t* x, int n, int32_t previous, uint8_t* frames)
+SteimFill steim_encode(SteimLevel level, const int32_t* x, int n, int32_t previous, uint8_t* frames)
 {
-    DIFFERENCES diff;
+    DifferenceRun diff;
     take_differences(level, x, n, previous, diff);
-    const FORM* forms = level == STEIM::level1 ? Forms1 : Forms2;
+    const SteimForm* forms = level == SteimLevel::level1 ? Forms1 : Forms2;
     memset(frames, 0, Steim_len);
 
-    STEIM_FILL fill{0, 0, false};
+    SteimFill fill{0, 0, false};
     while (fill.frames < Steim_frames && diff.share[fill.samples] > 0) {
         uint8_t* frame = frames + fill.frames * Steim_frame_len;
         fill.samples = fill_frame(diff, forms, fill.samples, fill.frames ? 1 : DT::First_data_word, frame);

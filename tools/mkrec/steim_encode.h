@@ -7,7 +7,7 @@
 
 namespace mkrec {
 
-enum class STEIM : uint8_t { level1 = 1, level2 = 2 };
+enum class SteimLevel : uint8_t { level1 = 1, level2 = 2 };
 
 inline constexpr int Steim_frames = DT::Frame_cnt;
 inline constexpr int Steim_frame_len = DT::Frame_len;
@@ -18,7 +18,7 @@ inline constexpr int Steim_words = Steim_frames * (DT::Frame_words - 1) - 2; // 
 inline constexpr int Steim1_most = Steim_words * 4;
 inline constexpr int Steim2_most = Steim_words * 7;
 
-struct STEIM_FILL {
+struct SteimFill {
     int samples;   ///< how many of the samples offered are in the frames
     int frames;    ///< how many frames hold data; the rest is zero
     bool too_wide; ///< the sample after them cannot be had: its difference needs more than 30 bits (level 2)
@@ -27,6 +27,6 @@ struct STEIM_FILL {
 /// Packs as many of n samples as the frames hold. The first difference is taken to `previous`, the last
 /// sample of the packet before. Samples that run out leave the last frames empty, so offer Steim1_most or
 /// Steim2_most of them while there are more to come. Writes Steim_len bytes; with no sample all zero.
-STEIM_FILL steim_encode(STEIM level, const int32_t* x, int n, int32_t previous, uint8_t* frames);
+SteimFill steim_encode(SteimLevel level, const int32_t* x, int n, int32_t previous, uint8_t* frames);
 
 } // namespace mkrec

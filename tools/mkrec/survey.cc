@@ -13,7 +13,7 @@ constexpr int Payload_len = Packet_size - DT::Frames;
 constexpr int Event_numbers = 9999;
 constexpr int64_t Minute_ms = 60000;
 
-int64_t parts_in_all(const OPTIONS& o)
+int64_t parts_in_all(const Options& o)
 {
     return o.events * o.units * o.streams * o.channels;
 }
@@ -25,15 +25,15 @@ int packets_for(int entries, int most)
 }
 
 /// Packets that are no data packets.
-int64_t frame_packets(const SURVEY& survey)
+int64_t frame_packets(const Survey& survey)
 {
-    const OPTIONS& o = survey.options;
+    const Options& o = survey.options;
     const int64_t per_event = banks(survey) * (o.trailers ? 2 : 1);
     return o.events * o.units * o.streams * per_event +
            int64_t{o.units} * (opening_packets(survey) + closing_packets(survey));
 }
 
-bool deal_out_size(SURVEY& survey, std::string& complaint)
+bool deal_out_size(Survey& survey, std::string& complaint)
 {
     const int64_t parts = parts_in_all(survey.options);
     const int64_t frame = frame_packets(survey);
@@ -51,9 +51,9 @@ bool deal_out_size(SURVEY& survey, std::string& complaint)
 }
 
 /// The longest that any event can get, a pause, and that in whole minutes.
-int64_t slot_length_ms(const SURVEY& survey)
+int64_t slot_length_ms(const Survey& survey)
 {
-    const OPTIONS& o = survey.options;
+    const Options& o = survey.options;
     int64_t longest = o.seconds * 1000;
     if (o.size)
         for (int s = 0; s < o.streams; ++s)
@@ -65,43 +65,43 @@ int64_t slot_length_ms(const SURVEY& survey)
 }
 
 /// Place of a channel's part in the whole recording, for dealing out packets.
-int64_t part_number(const OPTIONS& o, const PLACE& p)
+int64_t part_number(const Options& o, const LinePlace& p)
 {
     return ((p.event * o.units + p.unit) * o.streams + p.stream) * o.channels + p.channel;
 }
 
 } // namespace
 
-bool make_survey(const OPTIONS& options, SURVEY& survey, std::string& complaint)
+bool make_survey(const Options& options, Survey& survey, std::string& complaint)
 {
-    survey = SURVEY{.options = options};
+    survey = Survey{.options = options};
     if (options.size && !deal_out_size(survey, complaint)) return false;
     survey.slot_ms = slot_length_ms(survey);
     return true;
 }
 
-int opening_packets(const SURVEY& survey)
+int opening_packets(const Survey& survey)
 {
     if (!survey.options.parameters) return 0;
     return sc_packets(survey) + ds_packets(survey) + 6; // SH OM AD CD FD NH
 }
 
-int sc_packets(const SURVEY& survey)
+int sc_packets(const Survey& survey)
 {
     return packets_for(inputs(survey), SC::Channels.count);
 }
 
-int ds_packets(const SURVEY& survey)
+int ds_packets(const Survey& survey)
 {
     return packets_for(survey.options.streams, DS::Whole_streams);
 }
 
-int closing_packets(const SURVEY& survey)
+int closing_packets(const Survey& survey)
 {
     return survey.options.parameters ? 3 : 0; // NT SH DR
 }
 
-int banks(const SURVEY& survey)
+int banks(const Survey& survey)
 {
     return survey.options.channels > Bank_len ? 2 : 1;
 }
@@ -128,31 +128,31 @@ std::string stream_name(int stream)
     return "stream " + std::to_string(stream + 1);
 }
 
-FORMAT format_of(const SURVEY& survey, int unit, int stream)
+SampleFormat format_of(const Survey& survey, int unit, int stream)
 {
     const auto& formats = survey.options.formats;
     return formats[static_cast<size_t>(unit * survey.options.streams + stream) % formats.size()];
 }
 
-int rate_of(const SURVEY& survey, int stream)
+int rate_of(const Survey& survey, int stream)
 {
     const auto& rates = survey.options.rates;
     return rates[static_cast<size_t>(stream) % rates.size()];
 }
 
-int inputs(const SURVEY& survey)
+int inputs(const Survey& survey)
 {
     const int channels = survey.options.channels;
     if (channels > Bank_len) return channels;
     return std::min(channels * survey.options.streams, Bank_len / channels * channels);
 }
 
-int channel_number(const SURVEY& survey, int stream, int channel)
+int channel_number(const Survey& survey, int stream, int channel)
 {
     return stream * survey.options.channels % inputs(survey) + channel;
 }
 
-std::string seed_code(const SURVEY& survey, int stream, int channel)
+std::string seed_code(const Survey& survey, int stream, int channel)
 {
     static constexpr char Instruments[] = "NHLGPMUIXYC"; // three axes each: enough for 32 channels
     const int rate = rate_of(survey, stream);
@@ -160,7 +160,7 @@ std::string seed_code(const SURVEY& survey, int stream, int channel)
     return {band, Instruments[(stream + channel / 3) % 11], "ZNE"[channel % 3]};
 }
 
-int event_number(const SURVEY& survey, int stream, int64_t event)
+int event_number(const Survey& survey, int stream, int64_t event)
 {
     return static_cast<int>((event * survey.options.streams + stream) % Event_numbers) + 1;
 }
@@ -170,7 +170,7 @@ int64_t survey_start_ms()
     return (9 * 24 + 6) * 60 * Minute_ms; // 6 hours into day 10
 }
 
-int64_t first_sample_ms(const SURVEY& survey, const PLACE& event)
+int64_t first_sample_ms(const Survey& survey, const LinePlace& event)
 {
     const int late = (event.unit * 130 + event.stream * 40) % 1000;
     return survey_start_ms() + event.event * survey.slot_ms + late;
@@ -181,28 +181,28 @@ int micros_of(int unit)
     return unit % 10 * 100;
 }
 
-int64_t trigger_sample(const SURVEY& survey, const PLACE& event)
+int64_t trigger_sample(const Survey& survey, const LinePlace& event)
 {
-    if (survey.options.motion != MOTION::quake) return 0;
+    if (survey.options.motion != Motion::quake) return 0;
     const int64_t quake = p_arrival(signal_plan(survey, event));
     const int64_t sure =
         blocks_of(survey, event) * least_samples(format_of(survey, event.unit, event.stream));
     return sure ? std::min(quake, sure - 1) : quake;
 }
 
-SIGNAL_PLAN signal_plan(const SURVEY& survey, const PLACE& place)
+SignalPlan signal_plan(const Survey& survey, const LinePlace& place)
 {
-    const OPTIONS& o = survey.options;
-    const FORMAT format = format_of(survey, place.unit, place.stream);
+    const Options& o = survey.options;
+    const SampleFormat format = format_of(survey, place.unit, place.stream);
     const int rate = rate_of(survey, place.stream);
     uint64_t seed = stirred(o.seed, static_cast<uint64_t>(place.unit));
     seed = stirred(seed, static_cast<uint64_t>(place.stream));
     seed = stirred(seed, static_cast<uint64_t>(place.event));
     return {.motion = o.motion,
-            .word_bits = format == FORMAT::int16 ? 16 : 32,
-            .full_bits = format == FORMAT::int16    ? 16
-                         : format == FORMAT::steim2 ? 29
-                                                    : 32,
+            .word_bits = format == SampleFormat::int16 ? 16 : 32,
+            .full_bits = format == SampleFormat::int16    ? 16
+                         : format == SampleFormat::steim2 ? 29
+                                                          : 32,
             .rate = rate,
             .period = o.seconds * rate,
             .distance = place.unit,
@@ -210,31 +210,32 @@ SIGNAL_PLAN signal_plan(const SURVEY& survey, const PLACE& place)
             .seed = stirred(seed, static_cast<uint64_t>(place.channel))};
 }
 
-int64_t samples_of(const SURVEY& survey, const PLACE& place)
+int64_t samples_of(const Survey& survey, const LinePlace& place)
 {
     return survey.options.size ? 0 : survey.options.seconds * rate_of(survey, place.stream);
 }
 
-int64_t blocks_of(const SURVEY& survey, const PLACE& place)
+int64_t blocks_of(const Survey& survey, const LinePlace& place)
 {
     if (!survey.options.size) return 0;
     return survey.blocks_each + (part_number(survey.options, place) < survey.one_more_until ? 1 : 0);
 }
 
-int most_samples(FORMAT format)
+int most_samples(SampleFormat format)
 {
     switch (format) {
-    case FORMAT::int16: return Payload_len / 2;
-    case FORMAT::int32: return Payload_len / 4;
-    case FORMAT::steim1: return Steim1_most;
-    case FORMAT::steim2: break;
+    case SampleFormat::int16: return Payload_len / 2;
+    case SampleFormat::int32: return Payload_len / 4;
+    case SampleFormat::steim1: return Steim1_most;
+    case SampleFormat::steim2: break;
     }
     return Steim2_most;
 }
 
-int least_samples(FORMAT format)
+int least_samples(SampleFormat format)
 {
-    return format == FORMAT::steim1 || format == FORMAT::steim2 ? Steim_words : most_samples(format);
+    return format == SampleFormat::steim1 || format == SampleFormat::steim2 ? Steim_words
+                                                                            : most_samples(format);
 }
 
 } // namespace mkrec

@@ -11,7 +11,7 @@
 namespace mkrec {
 
 /// A channel's part in an event, or as much of that as matters.
-struct PLACE {
+struct LinePlace {
     int unit = 0, stream = 0;
     int64_t event = 0; ///< of the stream, from 0
     int channel = 0;   ///< of the stream, from 0
@@ -19,55 +19,55 @@ struct PLACE {
 
 inline constexpr int Bank_len = EH::Bit_wght.count; ///< channels that one EH or ET describes
 
-struct SURVEY {
-    OPTIONS options;
+struct Survey {
+    Options options;
     int64_t slot_ms = 0;        ///< from one event's start to the next one's
     int64_t blocks_each = 0;    ///< data packets of a channel in an event; 0: as many as the samples need
     int64_t one_more_until = 0; ///< so many channel parts have one packet more
 };
 
 /// Settles lengths and times. False, and a complaint, when the size leaves no room for the data.
-bool make_survey(const OPTIONS& options, SURVEY& survey, std::string& complaint);
+bool make_survey(const Options& options, Survey& survey, std::string& complaint);
 
 /// Packets at a unit's start and at its end.
-int opening_packets(const SURVEY& survey);
-int closing_packets(const SURVEY& survey);
+int opening_packets(const Survey& survey);
+int closing_packets(const Survey& survey);
 /// SC and DS packets of a unit.
-int sc_packets(const SURVEY& survey);
-int ds_packets(const SURVEY& survey);
+int sc_packets(const Survey& survey);
+int ds_packets(const Survey& survey);
 /// EH packets of an event, one per bank of channels; as many ET packets.
-int banks(const SURVEY& survey);
+int banks(const Survey& survey);
 
 uint16_t unit_id(int unit);
 std::string station_name(int unit); ///< 5 characters
 std::string stream_name(int stream);
-FORMAT format_of(const SURVEY& survey, int unit, int stream);
-int rate_of(const SURVEY& survey, int stream);
+SampleFormat format_of(const Survey& survey, int unit, int stream);
+int rate_of(const Survey& survey, int stream);
 
 /// Channels of a unit that a parameter packet can tell of, and the number (from 0) of a stream's channel.
 /// Streams share the 16 inputs of a recorder once they have used them up.
-int inputs(const SURVEY& survey);
-int channel_number(const SURVEY& survey, int stream, int channel);
+int inputs(const Survey& survey);
+int channel_number(const Survey& survey, int stream, int channel);
 /// Band, instrument and axis letters.
-std::string seed_code(const SURVEY& survey, int stream, int channel);
+std::string seed_code(const Survey& survey, int stream, int channel);
 
 /// Number of an event, 1 to 9999 and over again; no two streams of a unit share one before that.
-int event_number(const SURVEY& survey, int stream, int64_t event);
+int event_number(const Survey& survey, int stream, int64_t event);
 
 int64_t survey_start_ms();
-int64_t first_sample_ms(const SURVEY& survey, const PLACE& event);
+int64_t first_sample_ms(const Survey& survey, const LinePlace& event);
 int micros_of(int unit); ///< of all its times
 /// The sample of an event that triggered it, from 0.
-int64_t trigger_sample(const SURVEY& survey, const PLACE& event);
+int64_t trigger_sample(const Survey& survey, const LinePlace& event);
 
-SIGNAL_PLAN signal_plan(const SURVEY& survey, const PLACE& place);
+SignalPlan signal_plan(const Survey& survey, const LinePlace& place);
 /// Samples of a channel's part; 0: as many as its packets take.
-int64_t samples_of(const SURVEY& survey, const PLACE& place);
+int64_t samples_of(const Survey& survey, const LinePlace& place);
 /// Data packets of a channel's part; 0: as many as its samples need.
-int64_t blocks_of(const SURVEY& survey, const PLACE& place);
+int64_t blocks_of(const Survey& survey, const LinePlace& place);
 
 /// Samples that a data packet holds at best, and at least when it is full.
-int most_samples(FORMAT format);
-int least_samples(FORMAT format);
+int most_samples(SampleFormat format);
+int least_samples(SampleFormat format);
 
 } // namespace mkrec

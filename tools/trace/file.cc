@@ -10,22 +10,22 @@
 
 namespace trace {
 
-INPUT::~INPUT()
+InputFile::~InputFile()
 {
     if (fd >= 0) close(fd);
 }
 
-FOUND INPUT::open(const std::string& path)
+Found InputFile::open(const std::string& path)
 {
     // Looked at before it is opened: opening a device can do things, and a pipe would wait.
-    if (stat(path.c_str(), &is) != 0) return FOUND::unreadable;
-    if (!S_ISREG(is.st_mode)) return FOUND::not_sac;
+    if (stat(path.c_str(), &is) != 0) return Found::unreadable;
+    if (!S_ISREG(is.st_mode)) return Found::not_sac;
     fd = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
-    if (fd < 0 || fstat(fd, &is) != 0) return FOUND::unreadable;
-    return S_ISREG(is.st_mode) ? FOUND::trace : FOUND::not_sac;
+    if (fd < 0 || fstat(fd, &is) != 0) return Found::unreadable;
+    return S_ISREG(is.st_mode) ? Found::trace : Found::not_sac;
 }
 
-int64_t INPUT::read(char* to, size_t n)
+int64_t InputFile::read(char* to, size_t n)
 {
     size_t done = 0;
     while (done < n) {
@@ -38,27 +38,27 @@ int64_t INPUT::read(char* to, size_t n)
     return static_cast<int64_t>(done);
 }
 
-bool INPUT::is_unchanged() const
+bool InputFile::is_unchanged() const
 {
     struct stat now;
     return fstat(fd, &now) == 0 && now.st_size == is.st_size && now.st_mtim.tv_sec == is.st_mtim.tv_sec &&
            now.st_mtim.tv_nsec == is.st_mtim.tv_nsec;
 }
 
-FOUND open_trace(const std::string& path, INPUT& input, TRACE& trace)
+Found open_trace(const std::string& path, InputFile& input, TraceHeader& trace)
 {
-    const FOUND opened = input.open(path);
-    if (opened != FOUND::trace) return opened;
+    const Found opened = input.open(path);
+    if (opened != Found::trace) return opened;
     char bytes[Sac_header_len];
     const int64_t got = input.read(bytes, Sac_header_len);
-    if (got < 0) return FOUND::unreadable;
+    if (got < 0) return Found::unreadable;
     const auto len = static_cast<int64_t>(Sac_header_len);
-    if (got < len || input.is.st_size < len) return FOUND::too_short;
+    if (got < len || input.is.st_size < len) return Found::too_short;
     trace.order = order_of(bytes);
-    if (trace.order == ORDER::none) return FOUND::not_sac;
+    if (trace.order == Order::none) return Found::not_sac;
     trace.header = decode(bytes, trace.order);
     trace.data_len = static_cast<uint64_t>(input.is.st_size - len);
-    return FOUND::trace;
+    return Found::trace;
 }
 
 } // namespace trace

@@ -10,31 +10,31 @@
 
 namespace trace {
 
-enum class FOUND : uint8_t {
+enum class Found : uint8_t {
     trace,      ///< a whole header, and what stands behind it
     too_short,  ///< less than a header
     not_sac,    ///< no SAC header, or no regular file
     unreadable, ///< errno tells why
 };
 
-struct TRACE {
-    ORDER order = ORDER::none;
+struct TraceHeader {
+    Order order = Order::none;
     SACHDR_T header{};
     uint64_t data_len = 0; ///< bytes behind the header
 };
 
 /// A regular file, open for reading from its start. Closed at the end of the scope.
-struct INPUT {
+struct InputFile {
     int fd = -1;
     struct stat is {}; ///< as it was when opened
 
-    INPUT() = default;
-    INPUT(const INPUT&) = delete;
-    INPUT& operator=(const INPUT&) = delete;
-    ~INPUT();
+    InputFile() = default;
+    InputFile(const InputFile&) = delete;
+    InputFile& operator=(const InputFile&) = delete;
+    ~InputFile();
 
     /// Opens; never waits for a pipe's other side. FOUND::trace when that went well.
-    FOUND open(const std::string& path);
+    Found open(const std::string& path);
     /// Reads up to n bytes, fewer only at the end of the file. -1 when reading failed; errno tells why.
     int64_t read(char* to, size_t n);
     /// The file is still as long and as old as when it was opened.
@@ -42,6 +42,6 @@ struct INPUT {
 };
 
 /// Opens a file and reads its header; samples can be read from `input` next.
-FOUND open_trace(const std::string& path, INPUT& input, TRACE& trace);
+Found open_trace(const std::string& path, InputFile& input, TraceHeader& trace);
 
 } // namespace trace

@@ -1,5 +1,6 @@
 #include "trace/header.h"
 
+#include "driver/base/number.h"
 #include "model/record/records.h"
 
 #include <algorithm>
@@ -29,15 +30,15 @@ bool is_date(const SACHDR_T& h)
 
 } // namespace
 
-uint32_t word_at(const char* at, ORDER order)
+uint32_t word_at(const char* at, Order order)
 {
     uint32_t word = 0;
     for (int i = 0; i < 4; ++i)
-        word = word << 8 | static_cast<uint8_t>(at[order == ORDER::little ? 3 - i : i]);
+        word = word << 8 | static_cast<uint8_t>(at[order == Order::little ? 3 - i : i]);
     return word;
 }
 
-float float_at(const char* at, ORDER order)
+float float_at(const char* at, Order order)
 {
     const uint32_t word = word_at(at, order);
     float value;
@@ -45,20 +46,20 @@ float float_at(const char* at, ORDER order)
     return value;
 }
 
-void put_word(char* at, ORDER order, uint32_t word)
+void put_word(char* at, Order order, uint32_t word)
 {
     for (int i = 0; i < 4; ++i, word >>= 8)
-        at[order == ORDER::little ? i : 3 - i] = static_cast<char>(word & 0xFF);
+        at[order == Order::little ? i : 3 - i] = static_cast<char>(word & 0xFF);
 }
 
-ORDER order_of(const char* bytes)
+Order order_of(const char* bytes)
 {
     const char* const version = bytes + offsetof(SACHDR_T, NVHDR);
-    if (word_at(version, ORDER::big) == Sac_version) return ORDER::big;
-    return word_at(version, ORDER::little) == Sac_version ? ORDER::little : ORDER::none;
+    if (word_at(version, Order::big) == Sac_version) return Order::big;
+    return word_at(version, Order::little) == Sac_version ? Order::little : Order::none;
 }
 
-SACHDR_T decode(const char* bytes, ORDER order)
+SACHDR_T decode(const char* bytes, Order order)
 {
     char in_host_order[Sac_header_len];
     memcpy(in_host_order, bytes, Sac_header_len);
@@ -71,7 +72,7 @@ SACHDR_T decode(const char* bytes, ORDER order)
     return header;
 }
 
-void encode(const SACHDR_T& header, ORDER order, char* bytes)
+void encode(const SACHDR_T& header, Order order, char* bytes)
 {
     memcpy(bytes, &header, Sac_header_len);
     for (size_t at = 0; at < 4 * Sac_words; at += 4) {

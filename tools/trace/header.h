@@ -10,19 +10,19 @@
 
 namespace trace {
 
-enum class ORDER : uint8_t { none, big, little };
+enum class Order : uint8_t { none, big, little };
 
 /// The byte order in which Sac_header_len bytes hold version 6; none when they are no SAC header.
-ORDER order_of(const char* bytes);
+Order order_of(const char* bytes);
 
 /// Four bytes of a file as a number, and back.
-uint32_t word_at(const char* at, ORDER order);
-float float_at(const char* at, ORDER order);
-void put_word(char* at, ORDER order, uint32_t word);
+uint32_t word_at(const char* at, Order order);
+float float_at(const char* at, Order order);
+void put_word(char* at, Order order, uint32_t word);
 
 /// A whole header, its numbers in host order, and back; every bit comes back as it was.
-SACHDR_T decode(const char* bytes, ORDER order);
-void encode(const SACHDR_T& header, ORDER order, char* bytes);
+SACHDR_T decode(const char* bytes, Order order);
+void encode(const SACHDR_T& header, Order order, char* bytes);
 
 /// A text field up to its first NUL, without the blanks at its end. Nothing when the field is undefined.
 std::optional<std::string> text_of(std::string_view field);

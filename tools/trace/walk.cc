@@ -13,15 +13,15 @@ namespace trace {
 
 namespace {
 
-struct CLOSE_DIR {
+struct CloseDir {
     void operator()(DIR* dir) const { closedir(dir); }
 };
-using DIRECTORY = std::unique_ptr<DIR, CLOSE_DIR>;
+using Directory = std::unique_ptr<DIR, CloseDir>;
 
 /// Directories still to be entered stand in a list and not on the call stack: a tree may be as deep as it
 /// likes.
-struct WALKER {
-    WALK found;
+struct Walker {
+    Walk found;
     std::vector<std::string> ahead; ///< end in "/", or are empty: the working directory
     size_t below = 0;               ///< length of the path that was asked for
     const struct stat* leave_out = nullptr;
@@ -49,7 +49,7 @@ struct WALKER {
         const std::string bare = asked_for ? name : name.substr(0, name.size() - 1);
         const int fd = open(bare.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | (asked_for ? 0 : O_NOFOLLOW));
         if (fd < 0) return trouble(name);
-        const DIRECTORY handle(fdopendir(fd));
+        const Directory handle(fdopendir(fd));
         if (!handle) {
             trouble(name);
             close(fd);
@@ -104,12 +104,12 @@ bool is_trace_name(std::string_view name)
                       [](char e, char c) { return e == ('A' <= c && c <= 'Z' ? c - 'A' + 'a' : c); });
 }
 
-WALK find_traces(const std::vector<std::string>& paths, const struct stat* leave_out)
+Walk find_traces(const std::vector<std::string>& paths, const struct stat* leave_out)
 {
-    WALKER walker;
+    Walker walker;
     walker.leave_out = leave_out;
     for (const std::string& path : paths) walker.start(path);
-    std::vector<TRACE_PATH>& files = walker.found.files;
+    std::vector<TracePath>& files = walker.found.files;
     std::stable_sort(files.begin(), files.end(),
                      [](const auto& a, const auto& b) { return a.path < b.path; });
     const auto same = [](const auto& a, const auto& b) { return a.path == b.path; };

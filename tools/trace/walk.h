@@ -8,7 +8,7 @@
 
 namespace trace {
 
-struct TRACE_PATH {
+struct TracePath {
     std::string path;
     size_t below = 0; ///< where in `path` the part below the directory begins that was asked for
 
@@ -16,14 +16,14 @@ struct TRACE_PATH {
 };
 
 /// A directory or file that could not be looked at, with the errno of it.
-struct TROUBLE {
+struct Trouble {
     std::string path;
     int error = 0;
 };
 
-struct WALK {
-    std::vector<TRACE_PATH> files; ///< sorted by path, each once
-    std::vector<TROUBLE> troubles;
+struct Walk {
+    std::vector<TracePath> files; ///< sorted by path, each once
+    std::vector<Trouble> troubles;
 };
 
 /// The name ends as those of traces do.
@@ -32,6 +32,6 @@ bool is_trace_name(std::string_view name);
 /// Collects the traces of all paths. A path that is no directory is taken whatever its name is. Links to
 /// directories are followed only where they are one of the paths. Below them, the directory `leave_out`
 /// (null: none) is not entered.
-WALK find_traces(const std::vector<std::string>& paths, const struct stat* leave_out = nullptr);
+Walk find_traces(const std::vector<std::string>& paths, const struct stat* leave_out = nullptr);
 
 } // namespace trace

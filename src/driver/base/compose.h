@@ -14,11 +14,11 @@ inline char* put(char* to, std::string_view piece)
 }
 
 /// The two decimal digits of every number below 100.
-struct PAIRS {
+struct DecimalPairs {
     char of[100][2];
 };
-inline constexpr PAIRS Pairs = [] {
-    PAIRS p{};
+inline constexpr DecimalPairs Pairs = [] {
+    DecimalPairs p{};
     for (int i = 0; i < 100; ++i) {
         p.of[i][0] = static_cast<char>('0' + i / 10);
         p.of[i][1] = static_cast<char>('0' + i % 10);

@@ -17,14 +17,14 @@ size_t skip_space(std::string_view text, size_t at)
 }
 
 /// A decimal integer read from a text. Digits after the value has passed 2^40 are ignored.
-struct INTEGER {
+struct Integer {
     int64_t value = 0;
     bool found = false;
 };
 
-INTEGER integer_at(std::string_view text, size_t at, size_t end)
+Integer integer_at(std::string_view text, size_t at, size_t end)
 {
-    INTEGER n;
+    Integer n;
     bool minus = false;
     if (at < end && (text[at] == '-' || text[at] == '+')) minus = text[at++] == '-';
     for (; at < end && is_digit(text[at]); ++at) {

@@ -18,13 +18,13 @@ namespace {
 
 // Buffers come in three sizes; a file gets the largest that is free. A few files thus get large buffers, and
 // the buffers of all 1024 slots together take at most 13 MiB. A free buffer is kept for the next file.
-struct TIER {
+struct Tier {
     uint32_t size;
     uint32_t count;        ///< most buffers of this size
     uint32_t made = 0;     ///< allocated so far
     char* spare = nullptr; ///< the first free one; its first bytes point to the next
 };
-TIER Tiers[] = {{Piece_max, 64}, {16384, 192}, {Out_room_max, 768}};
+Tier Tiers[] = {{Piece_max, 64}, {16384, 192}, {Out_room_max, 768}};
 
 constexpr uint32_t Slots_max = 64 + 192 + 768;
 constexpr uint32_t Descriptors_kept = 24; ///< not for slots: input, INI file, console, C library
@@ -78,7 +78,7 @@ void link_newest(OUT_FILE& file)
 /// A buffer, the largest that is free or can be allocated, and its size. Null without memory.
 char* take_buffer(uint32_t& size)
 {
-    for (TIER& tier : Tiers) {
+    for (Tier& tier : Tiers) {
         char* buf = tier.spare;
         if (buf) {
             memcpy(&tier.spare, buf, sizeof tier.spare);
@@ -97,7 +97,7 @@ char* take_buffer(uint32_t& size)
 /// Keeps a buffer for the next file.
 void give_buffer(char* buf, uint32_t size)
 {
-    for (TIER& tier : Tiers) {
+    for (Tier& tier : Tiers) {
         if (tier.size != size) continue;
         memcpy(buf, &tier.spare, sizeof tier.spare);
         tier.spare = buf;
@@ -177,7 +177,7 @@ int open_somehow(const char* path, int how)
 
 int how_to_open(OUT_MODE mode)
 {
-    switch (mode) {
+    switch (mode) { // never taken: the enumeration has no other value
     case OUT_MODE::create_new: return O_WRONLY | O_APPEND | O_CREAT | O_EXCL;
     case OUT_MODE::truncate: return O_WRONLY | O_APPEND | O_CREAT | O_TRUNC;
     case OUT_MODE::append: break;
@@ -192,6 +192,7 @@ bool lend_slot(OUT_FILE& file, int fd)
         Slots_allowed = slots_by_limit();
         widen_descriptor_table();
     }
+    // never taken: a slot that is lent can be given up
     while (Slots_lent >= Slots_allowed && out_give_up_oldest()) {
     }
     do {
@@ -209,8 +210,8 @@ bool lend_slot(OUT_FILE& file, int fd)
 void regain_slot(OUT_FILE& file)
 {
     const int fd = open_somehow(file.name, O_WRONLY | O_APPEND);
-    if (fd < 0 || !lend_slot(file, fd)) {
-        if (fd >= 0) ::close(fd);
+    if (fd < 0 || !lend_slot(file, fd)) { // never taken: a file that had a buffer gets one again
+        if (fd >= 0) ::close(fd);         // never taken: a file that had a buffer gets one again
         lose(file);
     }
 }
@@ -287,7 +288,7 @@ void out_limit_slots(uint32_t slots)
 char* OUT_FILE::room(uint32_t n)
 {
     if (!buf && !broken) regain_slot(*this);
-    if (broken || !buf) {
+    if (broken || !buf) { // never taken: a slot is regained, or the file is marked as broken
         used = 0;
         return waste();
     }

@@ -14,7 +14,7 @@ namespace {
 
 static_assert((Pieces & (Pieces - 1)) == 0, "the place of a piece goes on where counts wrap");
 
-struct PIECE {
+struct QueuedPiece {
     uint32_t number = 0; ///< of the file
     int fd = -1;
     uint32_t n = 0;
@@ -26,7 +26,7 @@ char Bytes[Pieces][Piece_max];
 
 /// The thread, and what it shares with the run. Both use the pieces and the counts under the lock; the run
 /// also without it while no piece is waiting.
-class WRITER {
+class PieceWriter {
 public:
     bool start();
     bool take(int fd, std::string_view bytes, uint32_t number);
@@ -34,14 +34,14 @@ public:
     void end();
 
 private:
-    using HELD = std::unique_lock<std::mutex>;
+    using Held = std::unique_lock<std::mutex>;
     void write_pieces();
-    void wait_until_left(uint32_t few, HELD& held);
+    void wait_until_left(uint32_t few, Held& held);
 
     std::mutex lock;
     std::condition_variable work;     ///< for the thread: a piece was handed over, or no more will be
     std::condition_variable few_left; ///< for the run: only `awaited` pieces are left
-    PIECE ring[Pieces];               ///< piece k is at k modulo Pieces
+    QueuedPiece ring[Pieces];         ///< piece k is at k modulo Pieces
     uint32_t given = 0;               ///< pieces handed over
     uint32_t done = 0;                ///< pieces written or lost
     uint32_t awaited = Pieces;        ///< pieces that may be left when the run's wait ends; Pieces: no wait
@@ -52,10 +52,10 @@ private:
 
 /// Never destroyed. end() joins the thread, and race checkers report the destruction of a condition variable
 /// on which no thread has waited.
-alignas(WRITER) char Writer_place[sizeof(WRITER)];
-WRITER& Writer = *new (Writer_place) WRITER;
+alignas(PieceWriter) char Writer_place[sizeof(PieceWriter)];
+PieceWriter& Writer = *new (Writer_place) PieceWriter;
 
-bool WRITER::start()
+bool PieceWriter::start()
 {
     if (thread.joinable() || refused) return !refused;
     try {
@@ -66,16 +66,16 @@ bool WRITER::start()
     return !refused;
 }
 
-void WRITER::write_pieces()
+void PieceWriter::write_pieces()
 {
-    HELD held(lock);
+    Held held(lock);
     for (;;) {
         work.wait(held, [this] { return given != done || ending; });
         if (given == done) return;
         const uint32_t place = done % Pieces;
-        PIECE& piece = ring[place];
+        QueuedPiece& piece = ring[place];
         bool lost = std::any_of(ring, ring + Pieces,
-                                [&](const PIECE& p) { return p.lost && p.number == piece.number; });
+                                [&](const QueuedPiece& p) { return p.lost && p.number == piece.number; });
         held.unlock();
         lost = lost || !write_all(piece.fd, Bytes[place], piece.n);
         held.lock();
@@ -86,16 +86,16 @@ void WRITER::write_pieces()
 }
 
 /// Waits until at most `few` pieces are left.
-void WRITER::wait_until_left(uint32_t few, HELD& held)
+void PieceWriter::wait_until_left(uint32_t few, Held& held)
 {
     awaited = few;
     few_left.wait(held, [&] { return given - done <= few; });
     awaited = Pieces;
 }
 
-bool WRITER::take(int fd, std::string_view bytes, uint32_t number)
+bool PieceWriter::take(int fd, std::string_view bytes, uint32_t number)
 {
-    HELD held(lock);
+    Held held(lock);
     if (given - done == Pieces) wait_until_left(Pieces / 2, held);
     const uint32_t place = given % Pieces;
     if (ring[place].lost) return false;
@@ -108,21 +108,21 @@ bool WRITER::take(int fd, std::string_view bytes, uint32_t number)
     return true;
 }
 
-void WRITER::finish(void (*report_loss)(uint32_t number))
+void PieceWriter::finish(void (*report_loss)(uint32_t number))
 {
-    HELD held(lock);
+    Held held(lock);
     wait_until_left(0, held);
     held.unlock(); // the thread is idle, and a report may end the run
     for (uint32_t i = 0; i < Pieces; ++i) {
-        PIECE& piece = ring[(given + i) % Pieces];
+        QueuedPiece& piece = ring[(given + i) % Pieces];
         if (std::exchange(piece.lost, false)) report_loss(piece.number);
     }
 }
 
-void WRITER::end()
+void PieceWriter::end()
 {
     if (!thread.joinable()) return;
-    HELD held(lock);
+    Held held(lock);
     ending = true;
     work.notify_one();
     held.unlock();

@@ -13,6 +13,7 @@
 #include "packet/timestr.h"
 
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -26,6 +27,40 @@ struct Position {
     double lat = 0.0; ///< degrees, north positive
     double lon = 0.0; ///< degrees, east positive
     double alt = 0.0; ///< metres
+};
+
+/// The settings of a channel: first from the INI file and the catalogue's row of its sensor, then from the
+/// event header. Copied whole for the next event, so that a new field cannot be forgotten.
+struct ChannelSettings {
+    uint8_t bits = 24;     ///< A/D resolution
+    uint8_t gain_ndx = 0;  ///< row of Gain_info
+    uint8_t type_code = 0; ///< 0 no type, 1 type "G" or "N", 3 any other
+    char band = ' ';       ///< SEED band, instrument and orientation letters
+    char type = ' ';
+    char axis = ' ';
+    uint16_t stn_chn = 0; ///< station channel number
+    Text<4> SeisComp;
+    Text<30> make; ///< of the sensor
+    Text<14> model;
+    uint32_t sn = 0;        ///< sensor serial number
+    uint16_t sns_ndx = 0;   ///< row of Sensor
+    uint16_t vpu_units = 0; ///< row of Measures
+    uint16_t azimuth = 0;   ///< degrees
+    int16_t dip = 0;        ///< degrees
+    double freq = 0.0;      ///< sensor: natural frequency, Hz
+    double damp = 0.0;      ///< sensor: damping
+    double sns_fsa = 0.0;   ///< sensor: full-scale voltage
+    double vpu = 0.0;       ///< sensor: volts per unit
+    double tbw = 0.0;       ///< true bit weight, volts per count
+    double fsa = 0.0;       ///< digitiser: full-scale voltage
+    double depth = 0.0;     ///< of the sensor, metres
+
+    /// Sets `type` and the code that belongs to it.
+    void set_type(char letter)
+    {
+        type = letter;
+        type_code = letter == 'G' || letter == 'N' ? 1 : 3;
+    }
 };
 
 /// One recorder. Lives from its first packet to the end of the run.
@@ -44,6 +79,8 @@ struct UNIT_T {
 
     int32_t ini_first = 0; ///< position of the unit's section header in the INI file; 0 while none is known
     int32_t ini_last = 0;  ///< position where the scan of the section stopped
+    std::map<uint16_t, ChannelSettings>
+        ini_settings; ///< what its section says of channels, by number: read once
     Position position;
     Text<5> stn_name; ///< station name, as SAC headers show it
     Text<30> net_name;
@@ -116,7 +153,7 @@ struct EVT_T {
 inline constexpr double Qcc_start = 2147483647.0; ///< minimum starts here, maximum at its negative
 
 /// Statistics of the samples written, in counts. Qcc_store resets them.
-struct Statistics {
+struct TraceStatistics {
     double sum = 0.0;
     double sq_sum = 0.0; ///< sum of the squares
     double min = Qcc_start;
@@ -125,42 +162,8 @@ struct Statistics {
     uint32_t max_ndx = 0;    ///< the same of the maximum
 };
 
-/// The settings of a channel: first from the INI file and the catalogue's row of its sensor, then from the
-/// event header. chn_ini keeps copies of the whole value, so that it cannot forget a new field.
-struct Settings {
-    uint8_t bits = 24;     ///< A/D resolution
-    uint8_t gain_ndx = 0;  ///< row of Gain_info
-    uint8_t type_code = 0; ///< 0 no type, 1 type "G" or "N", 3 any other
-    char band = ' ';       ///< SEED band, instrument and orientation letters
-    char type = ' ';
-    char axis = ' ';
-    uint16_t stn_chn = 0; ///< station channel number
-    Text<4> SeisComp;
-    Text<30> make; ///< of the sensor
-    Text<14> model;
-    uint32_t sn = 0;        ///< sensor serial number
-    uint16_t sns_ndx = 0;   ///< row of Sensor
-    uint16_t vpu_units = 0; ///< row of Measures
-    uint16_t azimuth = 0;   ///< degrees
-    int16_t dip = 0;        ///< degrees
-    double freq = 0.0;      ///< sensor: natural frequency, Hz
-    double damp = 0.0;      ///< sensor: damping
-    double sns_fsa = 0.0;   ///< sensor: full-scale voltage
-    double vpu = 0.0;       ///< sensor: volts per unit
-    double tbw = 0.0;       ///< true bit weight, volts per count
-    double fsa = 0.0;       ///< digitiser: full-scale voltage
-    double depth = 0.0;     ///< of the sensor, metres
-
-    /// Sets `type` and the code that belongs to it.
-    void set_type(char letter)
-    {
-        type = letter;
-        type_code = letter == 'G' || letter == 'N' ? 1 : 3;
-    }
-};
-
 /// Where a channel belongs, from its first packet.
-struct Identity {
+struct ChannelIdentity {
     uint16_t unit_id = 0;
     uint16_t event = 0;
     uint16_t stream = 0;  ///< counted from 0
@@ -181,11 +184,11 @@ struct CHN_T {
     EVT_T* evt = nullptr;
     UNIT_T* unit = nullptr;
 
-    Identity id;
+    ChannelIdentity id;
     uint8_t word_bits = 32; ///< 16 when the first packet has format 0x16
     uint16_t seq = 0;       ///< sequence number of the latest packet
     Position position;      ///< copied from the unit
-    Settings set;
+    ChannelSettings set;
     ChannelTimes times;
     bool discontinuous = false; ///< a packet failed its integrity check
     bool time_tear = false;     ///< a packet did not begin at the expected time
@@ -196,7 +199,7 @@ struct CHN_T {
     std::string name; ///< path of the trace
     uint32_t cnt = 0; ///< samples in the trace
     int32_t fpos = 0;
-    Statistics stats; ///< of these samples
+    TraceStatistics stats; ///< of these samples
 };
 
 using CHNLST_T = CHN_T; ///< carried: channel-list-record. The record's name in the message about its memory

@@ -75,8 +75,8 @@ void take_samples(UNIT_T& unit, const PACKET& pkt)
     CHN_T& chn = Chn_find(evt, pkt);
     Progress_data(unit, chn);
 
-    const ENCODING encoding = encoding_of(byte(pkt, EVT::Format));
-    if (encoding == ENCODING::none) return;
+    const Encoding encoding = encoding_of(byte(pkt, EVT::Format));
+    if (encoding == Encoding::none) return;
     const Decoded decoded = decode_samples(pkt, encoding, chn.last, Data_buf);
     if (!decoded.sound) {
         chn.discontinuous = true;
