@@ -22,9 +22,11 @@ static int convert_all()
 
 int main(int argc, char** argv)
 try {
+    signal(SIGPIPE, SIG_IGN); // nobody reads the console any more: the run goes on
     signal(SIGXFSZ, SIG_IGN); // a write past the limit of file size fails and does not kill the run
     console_start();
     print_banner();
+    console_show();
     Sys_time = time(nullptr);
     set_defaults();
     read_command_line(argc, argv);
@@ -32,6 +34,7 @@ try {
     find_ini_file(argv[0]); // exists, since read_command_line ends a run without arguments
     open_run_files();
     print_summary();
+    console_show();
     end_run(convert_all());
 } catch (const std::bad_alloc&) {
     shut_down(FATAL_MEMORY, nullptr);

@@ -15,7 +15,7 @@ static void make_directories(const std::string& dir)
 {
     static std::string made;
     if (dir == made) return;
-    Make_dir(dir.c_str());
+    Make_dir(dir.c_str(), DirOut.size());
     made = dir;
 }
 

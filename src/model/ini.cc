@@ -114,8 +114,10 @@ bool have_file(int32_t from)
         return false;
     }
 
-    const OpenedFile file(fopen_vx(FileIni.c_str(), "r"));
+    static bool waited = false; // five seconds are spent once per run
+    const OpenedFile file(fopen_ready_vx(FileIni.c_str(), !waited));
     if (!file) {
+        waited = true;
         printf("\nWARNING: Unable to open the INI file %s", FileIni.c_str());
         return false;
     }

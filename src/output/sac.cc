@@ -9,6 +9,8 @@
 #include "packet/codec.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cinttypes>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
@@ -130,7 +132,10 @@ void Sac_dhdr_bytes(const CHN_T& chn, char* bytes)
 
 bool Chn_file_open(CHN_T& chn)
 {
-    return out_open_vx(chn.fp, chn.name.c_str(), OUT_MODE::create_new, trace_lost);
+    const char* const name = chn.name.c_str();
+    if (out_open(chn.fp, name, OUT_MODE::create_new, trace_lost)) return true;
+    if (errno == ENOENT) Make_dir(name, DirOut.size()); // somebody removed the directory between two traces
+    return out_open_vx(chn.fp, name, OUT_MODE::create_new, trace_lost);
 }
 
 void Chn_file_close(CHN_T& chn)
@@ -140,8 +145,20 @@ void Chn_file_close(CHN_T& chn)
 
 void Sac_dhdr_out(CHN_T& chn)
 {
-    Sac_dhdr_bytes(chn, chn.fp.room(Sac_header_len));
+    char* const header = chn.fp.room(Sac_header_len);
+    Sac_dhdr_bytes(chn, header);
+    chn.fp.mark_start({header, Sac_header_len});
     chn.fp.took(Sac_header_len);
+}
+
+/// A SAC header counts samples in 32 bits: that samples are dropped for that reason is said once per trace. A
+/// limit that -S sets is what the user wants.
+static void complain_about_full(CHN_T& chn)
+{
+    if (Smp_limit != Smp_limit_none || chn.full) return;
+    chn.full = true;
+    fprintf(stderr, "\nNo more than %" PRIu32 " samples fit into '%s': the rest is dropped", Smp_limit,
+            chn.name.c_str());
 }
 
 void Sac_data_out(CHN_T& chn, const int32_t* samples, uint16_t count)
@@ -150,6 +167,7 @@ void Sac_data_out(CHN_T& chn, const int32_t* samples, uint16_t count)
     const uint32_t dropped = std::min<uint32_t>(chn.trash, count);
     chn.trash -= dropped;
     const uint32_t n = std::min<uint32_t>(count - dropped, Smp_limit - chn.cnt);
+    if (n < count - dropped) complain_about_full(chn);
     if (n == 0) return;
     add_samples(chn.stats, chn.cnt, samples, n, chn.fp.room(4 * n));
     chn.fp.took(4 * n);
@@ -159,10 +177,12 @@ void Sac_data_out(CHN_T& chn, const int32_t* samples, uint16_t count)
 void Sac_data_close(CHN_T& chn)
 {
     if (Smp_limit == 0) return; // there is no trace
-    Chn_file_close(chn);
     char header[Sac_header_len];
     Sac_dhdr_bytes(chn, header);
-    if (out_overwrite_start_vx(chn.name.c_str(), {header, sizeof header}, trace_lost)) return;
+    const bool done = chn.fp.replace_start({header, sizeof header}); // a short trace is written once
+    Chn_file_close(chn);
+    if (done || out_overwrite_start(chn.fp, {header, sizeof header})) return;
+    header_lost();
     printf("\n!!!Could not re-open '%s' to update header!!!", chn.name.c_str());
     Chn_show(chn);
 }

@@ -1,6 +1,7 @@
 #include "packet/input.h"
 
 #include "driver/base/fatal.h"
+#include "driver/base/pulse.h"
 #include "driver/base/run_files.h"
 
 #include <cerrno>
@@ -24,12 +25,14 @@ bool Read_failed; ///< reading ended with an error
 void read_on()
 {
     Filled = Taken = 0;
+    write_once_a_second();
     while (Filled < Read_ahead && !At_end) {
         const ssize_t n = read(fileno(FdIn), Ahead + Filled, Read_ahead - Filled);
         if (n > 0) Filled += static_cast<size_t>(n);
         if (n == 0) At_end = true;
         if (n < 0 && errno != EINTR) At_end = Read_failed = true;
     }
+    write_once_a_second();
 }
 
 } // namespace

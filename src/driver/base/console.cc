@@ -26,6 +26,11 @@ void console_start()
     On_terminal = isatty(STDOUT_FILENO) != 0;
 }
 
+void console_show()
+{
+    if (On_terminal) fflush(stdout);
+}
+
 void console_tick()
 {
     if (!On_terminal) return;

@@ -5,6 +5,9 @@
 /// that are closed, and gives standard output a buffer of 64 KiB.
 void console_start();
 
+/// Flushes standard output if it is a terminal: before something that may take long.
+void console_show();
+
 /// Flushes standard output, at most every 100 ms, if it is a terminal.
 void console_tick();
 

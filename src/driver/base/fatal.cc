@@ -1,19 +1,26 @@
 #include "driver/base/fatal.h"
 
 #include "driver/base/file.h"
+#include "driver/base/pulse.h"
 #include "driver/base/run_files.h"
 
 #include <cstdio>
 #include <cstdlib>
+#include <unistd.h>
 #include <utility>
 
 static bool Ending; ///< the run is ending; a loss is only reported now
-static bool Lost;   ///< bytes were lost, and the run went on
+static bool Lost;   ///< bytes or a final header were lost, and the run went on
 
 void log_lost(const char* name)
 {
     Lost = true;
     fprintf(stderr, "\nFile write error for '%s'", name);
+}
+
+void header_lost()
+{
+    Lost = true;
 }
 
 void trace_lost(const char* name)
@@ -120,9 +127,9 @@ void end_without_trace(const char* name)
 
 uint16_t any_key()
 {
-    fflush(stdout);
+    write_all_collected();
     fprintf(stderr, "\r\nPress ENTER/RETURN to continue.");
-    return static_cast<uint16_t>(getchar());
+    return static_cast<uint16_t>(isatty(STDIN_FILENO) ? getchar() : EOF);
 }
 
 void c_break()

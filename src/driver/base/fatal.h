@@ -40,6 +40,9 @@ uint16_t fcloseall();
 void trace_lost(const char* name);
 void log_lost(const char* name);
 
+/// A trace keeps its provisional header: the run goes on, and status 0 becomes 22.
+void header_lost();
+
 /// Opens a unit's log or QC file for appending. If that fails, the run ends (20) and names the path.
 void open_file(OUT_FILE& file, const char* path);
 
@@ -55,8 +58,8 @@ void open_file(OUT_FILE& file, const char* path);
 /// A trace cannot be created: message that names it, exit status 20.
 [[noreturn]] void end_without_trace(const char* name);
 
-/// Prints a prompt on standard error, reads one character from standard input and returns it (65535 at its
-/// end).
+/// Prints a prompt on standard error. If standard input is a terminal, reads one character and returns it;
+/// else, and at the end of input, returns 65535.
 uint16_t any_key();
 
 /// carried: interrupt-ending. Ends the run with status 1. An interrupt handler would call it; none is

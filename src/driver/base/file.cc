@@ -1,60 +1,65 @@
 #include "driver/base/file.h"
 
+#include "driver/base/patience.h"
+#include "driver/base/pulse.h"
+
 #include <cerrno>
-#include <ctime>
+#include <fcntl.h>
 #include <string>
 #include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
 
-/// Whole seconds of the monotonic clock.
-static time_t steady_seconds()
+/// Opens by `attempt`, which returns null on failure; files give up their descriptors if there are none left.
+template <class Open>
+static FILE* open_somehow(Open attempt)
 {
-    timespec now;
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return now.tv_sec;
-}
-
-/// Calls `attempt` every 20 ms until it succeeds, for five to six seconds. False if it never does.
-template <class Try>
-static bool with_patience(Try attempt)
-{
-    const time_t start = steady_seconds();
-    const timespec nap{0, 20'000'000};
-    do {
-        if (attempt()) return true;
-        fflush(stdout); // shows how far the run is while it waits
-        nanosleep(&nap, nullptr);
-    } while (steady_seconds() <= start + 5);
-    return false;
+    for (;;) {
+        FILE* const file = attempt();
+        if (file || (errno != EMFILE && errno != ENFILE) || !out_give_up_oldest()) return file;
+    }
 }
 
 FILE* fopen_vx(const char* path, const char* mode)
 {
     FILE* file = nullptr;
-    with_patience([&] {
-        do {
-            file = fopen(path, mode);
-        } while (!file && (errno == EMFILE || errno == ENFILE) && out_give_up_oldest());
-        return file != nullptr;
-    });
+    with_patience([&] { return (file = open_somehow([&] { return fopen(path, mode); })) != nullptr; },
+                  write_all_collected);
+    return file;
+}
+
+/// Opens a file for reading that never has to be waited for: no FIFO, no socket.
+static FILE* open_ready(const char* path)
+{
+    const int fd = open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
+    if (fd < 0) return nullptr;
+    struct stat what;
+    const bool waits = fstat(fd, &what) == 0 && (S_ISFIFO(what.st_mode) || S_ISSOCK(what.st_mode));
+    FILE* const file = waits ? nullptr : fdopen(fd, "r");
+    if (!file) close(fd);
+    return file;
+}
+
+FILE* fopen_ready_vx(const char* path, bool patient)
+{
+    FILE* file = nullptr;
+    const auto attempt = [&] { return (file = open_somehow([&] { return open_ready(path); })) != nullptr; };
+    if (!patient)
+        attempt();
+    else
+        with_patience(attempt, write_all_collected);
     return file;
 }
 
 bool out_open_vx(OUT_FILE& file, const char* path, OUT_MODE mode, ON_LOSS on_loss)
 {
     bool taken = false;
-    const bool opened = with_patience([&] {
+    const auto attempt = [&] {
         const bool done = out_open(file, path, mode, on_loss);
         taken = !done && errno == EEXIST;
         return done || taken;
-    });
-    return opened && !taken;
-}
-
-bool out_overwrite_start_vx(const char* path, std::string_view bytes, ON_LOSS on_loss)
-{
-    return with_patience([&] { return out_overwrite_start(path, bytes, on_loss); });
+    };
+    return with_patience(attempt, write_all_collected) && !taken;
 }
 
 bool fexist(const char* path)
@@ -87,10 +92,11 @@ bool same_file(const char* a, const char* b)
     return of_a.st_dev == of_b.st_dev && of_a.st_ino == of_b.st_ino;
 }
 
-void Make_dir(const char* path)
+void Make_dir(const char* path, size_t from)
 {
     const std::string whole = path;
-    for (size_t slash = whole.find('/'); slash != std::string::npos; slash = whole.find('/', slash + 1)) {
+    for (size_t slash = whole.find('/', from); slash != std::string::npos;
+         slash = whole.find('/', slash + 1)) {
         const std::string prefix = whole.substr(0, slash + 1);
         if (!fexist(prefix.c_str())) mkdir(prefix.c_str(), 0777);
     }

@@ -1,5 +1,6 @@
 #include "driver/base/outfile.h"
 
+#include "driver/base/patience.h"
 #include "driver/base/pieces.h"
 
 #include <algorithm>
@@ -11,6 +12,7 @@
 #include <fcntl.h>
 #include <string>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
 
@@ -120,14 +122,21 @@ void lose_numbered(uint32_t number)
         if (file->number == number) return lose(*file);
 }
 
+/// Writes the buffer; the thread has finished.
+void write_now(OUT_FILE& file)
+{
+    if (file.used == 0) return;
+    const uint32_t n = file.used;
+    file.used = 0; // before the write: an ending after a failure must not write these bytes again
+    file.written += n;
+    if (!file.broken && !write_all(file.fd, file.buf, n)) lose(file);
+}
+
 /// Waits for the thread, then writes the buffer.
 void write_collected(OUT_FILE& file)
 {
     out_settle();
-    if (file.used == 0) return;
-    const uint32_t n = file.used;
-    file.used = 0; // before the write: an ending after a failure must not write these bytes again
-    if (!file.broken && !write_all(file.fd, file.buf, n)) lose(file);
+    write_now(file);
 }
 
 /// True when the thread saves time. Each closing of a file waits for the thread, which costs what the thread
@@ -143,10 +152,20 @@ bool thread_pays()
 void empty_buffer(OUT_FILE& file)
 {
     Since_closing += file.used;
-    if (thread_pays() && hand_over(file.fd, {file.buf, file.used}, file.number))
-        file.used = 0;
-    else
-        write_collected(file);
+    if (!thread_pays() || !hand_over(file.fd, {file.buf, file.used}, file.number))
+        return write_collected(file);
+    file.written += file.used;
+    file.used = 0;
+}
+
+/// Takes device and inode of a file that may be opened again.
+void mark_file(OUT_FILE& file)
+{
+    struct stat what;
+    file.mark.known = fstat(file.fd, &what) == 0;
+    if (!file.mark.known) return;
+    file.mark.device = what.st_dev;
+    file.mark.inode = what.st_ino;
 }
 
 /// Writes the buffer and frees the slot. `open` does not change: the next write gets a slot again.
@@ -154,6 +173,7 @@ void take_slot(OUT_FILE& file)
 {
     if (!file.buf) return;
     write_collected(file);
+    if (file.created && !file.whole) mark_file(file);
     if (Since_closing > 0) Between_closings = std::exchange(Since_closing, 0);
     const bool closed = ::close(file.fd) == 0;
     file.fd = -1;
@@ -175,14 +195,81 @@ int open_somehow(const char* path, int how)
     }
 }
 
-int how_to_open(OUT_MODE mode)
+/// A log or QC file may be a FIFO, whose opening must not wait for a reader.
+int open_waiting_for_nobody(const char* name, int how)
 {
+    const int fd = open_somehow(name, how | O_NONBLOCK);
+    if (fd >= 0) fcntl(fd, F_SETFL, how);
+    return fd;
+}
+
+int open_by_mode(const char* name, OUT_MODE mode)
+{
+    constexpr int how = O_WRONLY | O_APPEND | O_CREAT;
     switch (mode) { // never taken: the enumeration has no other value
-    case OUT_MODE::create_new: return O_WRONLY | O_APPEND | O_CREAT | O_EXCL;
-    case OUT_MODE::truncate: return O_WRONLY | O_APPEND | O_CREAT | O_TRUNC;
+    case OUT_MODE::create_new: return open_somehow(name, how | O_EXCL);
+    case OUT_MODE::truncate: return open_waiting_for_nobody(name, how | O_TRUNC);
     case OUT_MODE::append: break;
     }
-    return O_WRONLY | O_APPEND | O_CREAT;
+    return open_waiting_for_nobody(name, how);
+}
+
+/// FNV-1a.
+uint64_t hash_of(std::string_view bytes)
+{
+    uint64_t hash = 14695981039346656037U;
+    for (const char c : bytes) hash = (hash ^ static_cast<unsigned char>(c)) * 1099511628211U;
+    return hash;
+}
+
+/// True if a file begins with the bytes that this run wrote there.
+bool begins_as_marked(const FileMark& mark, int fd)
+{
+    std::string start(mark.start_len, '\0');
+    const ssize_t n = pread(fd, start.data(), start.size(), 0);
+    return mark.start_len > 0 && n == static_cast<ssize_t>(start.size()) && hash_of(start) == mark.start_hash;
+}
+
+/// True if a descriptor leads to the file that this run created under the name, with the bytes that it wrote.
+bool recognised(const OUT_FILE& file, int fd)
+{
+    struct stat what;
+    if (fstat(fd, &what) != 0 || !S_ISREG(what.st_mode)) return false;
+    if (static_cast<uint64_t>(what.st_size) != file.written) return false;
+    const FileMark& mark = file.mark;
+    return (mark.known && what.st_dev == mark.device && what.st_ino == mark.inode) ||
+           begins_as_marked(mark, fd);
+}
+
+/// One attempt to open a file again. `foreign` becomes true if another file has its name.
+int open_again_once(const OUT_FILE& file, int how, bool& foreign)
+{
+    const int fd = open_somehow(file.name, how | O_NOFOLLOW | O_NONBLOCK);
+    foreign = fd < 0 ? errno == ELOOP : !recognised(file, fd);
+    if (fd >= 0 && foreign) ::close(fd);
+    return foreign ? -1 : fd;
+}
+
+bool Patience_spent; ///< five seconds passed in vain, and no file could be opened again since
+
+/// Opens a file that this run created again. -1 when that fails: at once if another file has its name, else
+/// after five seconds, which are spent once.
+int open_again(const OUT_FILE& file, int how)
+{
+    int fd = -1;
+    bool foreign = false;
+    const auto attempt = [&] {
+        fd = open_again_once(file, how, foreign);
+        return fd >= 0 || foreign;
+    };
+    const auto write_meanwhile = [] {
+        out_write_all();
+        fflush(stdout);
+    };
+    const bool decided = Patience_spent ? attempt() : with_patience(attempt, write_meanwhile);
+    if (!decided) Patience_spent = true;
+    if (fd >= 0) Patience_spent = false;
+    return fd;
 }
 
 /// Gives a file its slot: this descriptor and a buffer. False without memory.
@@ -209,9 +296,10 @@ bool lend_slot(OUT_FILE& file, int fd)
 /// Gives a slot to a file that lost its own and is written to again.
 void regain_slot(OUT_FILE& file)
 {
-    const int fd = open_somehow(file.name, O_WRONLY | O_APPEND);
-    if (fd < 0 || !lend_slot(file, fd)) { // never taken: a file that had a buffer gets one again
-        if (fd >= 0) ::close(fd);         // never taken: a file that had a buffer gets one again
+    const int fd = file.created ? open_again(file, O_RDWR | O_APPEND)
+                                : open_waiting_for_nobody(file.name, O_WRONLY | O_APPEND);
+    if (fd < 0 || !lend_slot(file, fd)) {
+        if (fd >= 0) ::close(fd);
         lose(file);
     }
 }
@@ -227,7 +315,7 @@ char* waste()
 
 bool out_open(OUT_FILE& file, const char* name, OUT_MODE mode, ON_LOSS on_loss)
 {
-    const int fd = open_somehow(name, how_to_open(mode));
+    const int fd = open_by_mode(name, mode);
     if (fd < 0) return false;
     if (!lend_slot(file, fd)) {
         ::close(fd);
@@ -238,6 +326,10 @@ bool out_open(OUT_FILE& file, const char* name, OUT_MODE mode, ON_LOSS on_loss)
     file.name = name;
     file.number = ++Openings;
     file.on_loss = on_loss;
+    file.created = mode == OUT_MODE::create_new;
+    file.whole = false;
+    file.written = 0;
+    file.mark = {};
     file.open = true;
     file.broken = false;
     return true;
@@ -257,15 +349,21 @@ void out_close_all()
     end_pieces();
 }
 
-bool out_overwrite_start(const char* name, std::string_view bytes, ON_LOSS on_loss)
+bool out_overwrite_start(OUT_FILE& file, std::string_view bytes)
 {
     out_settle();
-    const int fd = open_somehow(name, O_RDWR);
+    const int fd = open_again(file, O_RDWR);
     if (fd < 0) return false;
     const bool written = write_all(fd, bytes.data(), bytes.size());
     const bool closed = ::close(fd) == 0 || errno == EINTR;
-    if (!written || !closed) on_loss(name);
+    if (!written || !closed) file.on_loss(file.name);
     return true;
+}
+
+void out_write_all()
+{
+    out_settle();
+    for (OUT_FILE* file = Newest; file; file = file->older) write_now(*file);
 }
 
 void out_settle()
@@ -298,6 +396,31 @@ char* OUT_FILE::room(uint32_t n)
     }
     if (cap - used < n) empty_buffer(*this);
     return broken ? waste() : buf + used;
+}
+
+void OUT_FILE::mark_start(std::string_view bytes)
+{
+    mark.start_len = static_cast<uint32_t>(bytes.size());
+    mark.start_hash = hash_of(bytes);
+}
+
+/// What the umask takes from the owner of a new file, read once: reading it sets it for a moment.
+static mode_t taken_from_owner()
+{
+    static const mode_t mask = [] {
+        const mode_t current = umask(0);
+        umask(current);
+        return current;
+    }();
+    return mask & (S_IRUSR | S_IWUSR);
+}
+
+bool OUT_FILE::replace_start(std::string_view bytes)
+{
+    if (!buf || broken || written > 0 || used < bytes.size() || taken_from_owner()) return false;
+    memcpy(buf, bytes.data(), bytes.size());
+    whole = true;
+    return true;
 }
 
 void OUT_FILE::write(std::string_view bytes)

@@ -14,10 +14,20 @@
 #include <cstdint>
 #include <cstdio>
 #include <string_view>
+#include <sys/types.h>
 
 /// Called once for a file, with its name, when bytes of it are lost. It decides whether the run goes on. See
 /// trace_lost and log_lost (driver/base/fatal).
 using ON_LOSS = void (*)(const char* name);
+
+/// By what a file is recognised when it is opened again: name, time and owner prove nothing.
+struct FileMark {
+    bool known = false; ///< device and inode are; taken when the file loses its descriptor
+    dev_t device = 0;
+    ino_t inode = 0;
+    uint32_t start_len = 0;  ///< of the first bytes that were written
+    uint64_t start_hash = 0; ///< of these, for file systems that give a file new inode numbers
+};
 
 struct OUT_FILE {
     const char* name = nullptr; ///< path; the caller's text, which outlives the file
@@ -27,6 +37,10 @@ struct OUT_FILE {
     uint32_t used = 0;          ///< bytes in buf not yet written
     int fd = -1;
     ON_LOSS on_loss = nullptr;
+    bool created = false; ///< by this run: opened again only if it is recognised
+    bool whole = false;   ///< has all its bytes, and is not opened again
+    uint64_t written = 0; ///< bytes that left the buffer since the opening
+    FileMark mark;
     bool open = false;         ///< from out_open to out_close, with or without a slot
     bool broken = false;       ///< a write failed; later bytes are dropped
     OUT_FILE* newer = nullptr; ///< of the files with a slot, the next in order of use
@@ -40,6 +54,12 @@ struct OUT_FILE {
     /// many bytes it wrote.
     char* room(uint32_t n);
     void took(uint32_t n) { used += n; }
+    /// Keeps by what the file's first bytes are recognised.
+    void mark_start(std::string_view bytes);
+    /// Puts bytes in place of the first ones while all of the file is still collected: it is then written
+    /// once. False, with nothing changed, when some of it is written, or when its owner could not open it
+    /// again (umask).
+    bool replace_start(std::string_view bytes);
 };
 
 inline constexpr uint32_t Out_room_max = 8192; ///< most bytes of one call of room()
@@ -59,9 +79,12 @@ void out_close(OUT_FILE& file);
 /// Writes the buffers of all files, closes the files and ends the writing thread: for the end of the run.
 void out_close_all();
 
-/// Overwrites the first bytes of a file that is closed already, and leaves the rest. False when the file
-/// cannot be opened; a failed write calls on_loss.
-bool out_overwrite_start(const char* name, std::string_view bytes, ON_LOSS on_loss);
+/// Overwrites the first bytes of a closed file that this run created, without truncating. False when it
+/// cannot be opened, within five seconds, or when another file has its name; a failed write is a loss.
+bool out_overwrite_start(OUT_FILE& file, std::string_view bytes);
+
+/// Writes what all files have collected; they stay open. A loss may end the run.
+void out_write_all();
 
 /// Waits until the thread has written all its pieces. Calls the ON_LOSS of each file of which it lost bytes.
 void out_settle();

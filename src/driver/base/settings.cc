@@ -29,7 +29,7 @@ void set_defaults()
     Name_option = 0;
     Path_option = 0;
     Smp_rate_cmd = 100.0F;
-    Smp_limit = 0xFFFFFFFF;
+    Smp_limit = Smp_limit_none;
     Smp_skip = 0;
 }
 

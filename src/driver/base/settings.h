@@ -16,6 +16,8 @@ inline constexpr char Fn_ext_qcc[] = ".qcc";
 inline constexpr char Fn_ext_chn[] = ".sac";
 inline constexpr size_t Path_max = 131; ///< most characters of a path that a user may give
 
+inline constexpr uint32_t Smp_limit_none = 0xFFFFFFFF; ///< as many samples as a SAC header can count
+
 // Set by the command line.
 extern bool Verbose;         ///< console table; false: "Meg:" counter. Read: progress.
 extern bool Log_on;          ///< packet logs, of the run and of each unit. Read: convert, unit, event, setup.

@@ -1,6 +1,7 @@
 // The main loop: vx_cvt, at the end of this file, calls one function for each kind of packet.
 #include "packet/loop/convert.h"
 
+#include "driver/base/console.h"
 #include "driver/base/run_files.h"
 #include "driver/base/settings.h"
 #include "model/channel.h"
@@ -132,7 +133,10 @@ void vx_cvt()
     UNIT_T* current = nullptr;
     Progress_start();
     for (Blk_cnt = 0; const auto pkt = Blk_read(); ++Blk_cnt) {
-        if (pkt->kind == PKT_UNKNOWN) continue; // still counted
+        if (pkt->kind == PKT_UNKNOWN) { // still counted
+            console_tick();
+            continue;
+        }
         UNIT_T& unit = enter_unit(*pkt);
         switch (pkt->kind) {
         case PKT_EH: describe_event(unit, *pkt); break;

@@ -47,6 +47,7 @@ void Progress_start()
     } else {
         printf("\r\n\nMeg:     0");
     }
+    console_show();
 }
 
 void Progress_event(const PACKET& pkt, const EVT_T& evt)
