@@ -23,6 +23,7 @@ void Chn_name(CHN_T& chn)
 {
     const TraceName name{chn.times.t_first, chn.evt->stn_name, chn.id.unit_id, chn.id.stream, chn.id.channel};
     const std::string dir = DirOut + trace_directory(name.first, Path_option);
+    chn.dir_len = dir.size();
     make_directories(dir);
     std::string base = trace_base(name, Name_option);
     // kept: letters-a-to-x. The name is tried without a letter and with "A" to "X"; "Y" is set and not tried.

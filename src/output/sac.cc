@@ -130,11 +130,19 @@ void Sac_dhdr_bytes(const CHN_T& chn, char* bytes)
     }
 }
 
+/// Makes the directories of the trace again, which somebody removed between two traces. Not the output path,
+/// and none for a "/" in the station's name.
+static void make_directories_again(const CHN_T& chn)
+{
+    Make_dir(chn.name.substr(0, chn.dir_len).c_str(), DirOut.size());
+}
+
 bool Chn_file_open(CHN_T& chn)
 {
     const char* const name = chn.name.c_str();
     if (out_open(chn.fp, name, OUT_MODE::create_new, trace_lost)) return true;
-    if (errno == ENOENT) Make_dir(name, DirOut.size()); // somebody removed the directory between two traces
+    if (errno == EEXIST) return false;
+    if (errno == ENOENT) make_directories_again(chn);
     return out_open_vx(chn.fp, name, OUT_MODE::create_new, trace_lost);
 }
 

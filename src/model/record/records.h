@@ -197,6 +197,7 @@ struct CHN_T {
 
     OUT_FILE fp;       ///< the trace
     std::string name;  ///< path of the trace
+    size_t dir_len = 0; ///< the first characters of the path: the output path and the levels of -P
     uint32_t cnt = 0;  ///< samples in the trace
     bool full = false; ///< samples are dropped because a SAC header cannot count them
     int32_t fpos = 0;
