@@ -241,10 +241,18 @@ bool recognised(const OUT_FILE& file, int fd)
            begins_as_marked(mark, fd);
 }
 
+/// Opens for reading, too, by which a file may be recognised; for writing alone where the umask forbids
+/// reading.
+int open_readable_or_not(const char* name, int how)
+{
+    const int fd = open_somehow(name, how | O_RDWR);
+    return fd < 0 && errno == EACCES ? open_somehow(name, how | O_WRONLY) : fd;
+}
+
 /// One attempt to open a file again. `foreign` becomes true if another file has its name.
 int open_again_once(const OUT_FILE& file, int how, bool& foreign)
 {
-    const int fd = open_somehow(file.name, how | O_NOFOLLOW | O_NONBLOCK);
+    const int fd = open_readable_or_not(file.name, how | O_NOFOLLOW | O_NONBLOCK);
     foreign = fd < 0 ? errno == ELOOP : !recognised(file, fd);
     if (fd >= 0 && foreign) ::close(fd);
     return foreign ? -1 : fd;
@@ -296,8 +304,8 @@ bool lend_slot(OUT_FILE& file, int fd)
 /// Gives a slot to a file that lost its own and is written to again.
 void regain_slot(OUT_FILE& file)
 {
-    const int fd = file.created ? open_again(file, O_RDWR | O_APPEND)
-                                : open_waiting_for_nobody(file.name, O_WRONLY | O_APPEND);
+    const int fd =
+        file.created ? open_again(file, O_APPEND) : open_waiting_for_nobody(file.name, O_WRONLY | O_APPEND);
     if (fd < 0 || !lend_slot(file, fd)) {
         if (fd >= 0) ::close(fd);
         lose(file);
@@ -352,7 +360,7 @@ void out_close_all()
 bool out_overwrite_start(OUT_FILE& file, std::string_view bytes)
 {
     out_settle();
-    const int fd = open_again(file, O_RDWR);
+    const int fd = open_again(file, 0);
     if (fd < 0) return false;
     const bool written = write_all(fd, bytes.data(), bytes.size());
     const bool closed = ::close(fd) == 0 || errno == EINTR;
@@ -404,20 +412,21 @@ void OUT_FILE::mark_start(std::string_view bytes)
     mark.start_hash = hash_of(bytes);
 }
 
-/// What the umask takes from the owner of a new file, read once: reading it sets it for a moment.
-static mode_t taken_from_owner()
+/// True if the umask keeps the owner of a new file from opening it again. Read once: reading sets it for a
+/// moment.
+static bool umask_forbids_reopening()
 {
     static const mode_t mask = [] {
         const mode_t current = umask(0);
         umask(current);
         return current;
     }();
-    return mask & (S_IRUSR | S_IWUSR);
+    return (mask & S_IWUSR) != 0;
 }
 
 bool OUT_FILE::replace_start(std::string_view bytes)
 {
-    if (!buf || broken || written > 0 || used < bytes.size() || taken_from_owner()) return false;
+    if (!buf || broken || written > 0 || used < bytes.size() || umask_forbids_reopening()) return false;
     memcpy(buf, bytes.data(), bytes.size());
     whole = true;
     return true;
