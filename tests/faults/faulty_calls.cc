@@ -15,7 +15,10 @@
 //     VX_FAULT_COUNTS=f   the calls of each kind are counted in the file f, which exists and has room: one
 //                         32-bit number per kind in the order above, the last one the faults that happened
 //
-// A nap passes at once and counts as a second, so that whoever waits for a file has not long to wait.
+//     VX_FAULT_TICK=n     each look at the clock takes n milliseconds
+//
+// The clock that nobody sets back stands still otherwise, so that a slow machine sees the calls that a fast
+// one sees. A nap passes at once and counts as a second: whoever waits for a file has not long to wait.
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
@@ -61,7 +64,8 @@ size_t Least;       ///< bytes of a request for memory that counts
 int64_t Space = -1; ///< bytes that the disk still has, -1 for no end
 uint32_t Own_counts[KINDS + 1];
 uint32_t* Counts = Own_counts;
-time_t Naps;
+timespec Clock{1000, 0};
+long Tick_ms; ///< that a look at the clock takes
 
 template <class Function>
 Function* real(const char* name)
@@ -194,14 +198,15 @@ FILE* stream_of(int fd)
 {
     FILE* file = fopencookie(reinterpret_cast<void*>(static_cast<intptr_t>(fd)), "r",
                              {stream_read, nullptr, stream_seek, stream_close});
-    if (!file) {
-        const int why = errno;
-        syscall(SYS_close, fd);
-        errno = why;
-        return nullptr;
-    }
-    if (fd < 16) Input_stream[fd] = file;
+    if (file && fd < 16) Input_stream[fd] = file;
     return file;
+}
+
+void pass(long ms)
+{
+    Clock.tv_nsec += ms % 1000 * 1'000'000;
+    Clock.tv_sec += ms / 1000 + Clock.tv_nsec / 1'000'000'000;
+    Clock.tv_nsec %= 1'000'000'000;
 }
 
 FILE* console_of(int fd, int buffering)
@@ -221,11 +226,13 @@ void read_orders()
     };
     const std::string_view kind = text("VX_FAULT_KIND"), how = text("VX_FAULT_HOW"), at = text("VX_FAULT_AT");
     const std::string_view space = text("VX_FAULT_SPACE"), least = text("VX_FAULT_LEAST");
+    const std::string_view tick = text("VX_FAULT_TICK");
     if (!kind.empty())
         Kind = static_cast<CallKind>(std::find(Kind_names, Kind_names + KINDS, kind) - Kind_names);
     if ((!kind.empty() && Kind == KINDS) || (!kind.empty() && at.empty())) abort();
     if (!at.empty()) At = static_cast<uint32_t>(strtoul(at.data(), nullptr, 10));
     if (!least.empty()) Least = strtoul(least.data(), nullptr, 10);
+    if (!tick.empty()) Tick_ms = strtol(tick.data(), nullptr, 10);
     if (!space.empty()) Space = strtoll(space.data(), nullptr, 10);
     Always = text("VX_FAULT_ALWAYS") == "1";
     Folder = getenv("VX_FAULT_FOLDER");
@@ -268,6 +275,11 @@ ssize_t read(int fd, void* to, size_t n)
     return read_from(fd, to, n);
 }
 
+ssize_t pread64(int fd, void* to, size_t n, off64_t at)
+{
+    return fails(READ) ? -1 : syscall(SYS_pread64, fd, to, n, at);
+}
+
 ssize_t write(int fd, const void* from, size_t n)
 {
     return write_to(WRITE, fd, from, n);
@@ -288,10 +300,20 @@ int open64(const char* path, int flags, ...)
 }
 
 /// The program only reads through streams.
+FILE* fdopen(int fd, const char*) noexcept
+{
+    return stream_of(fd);
+}
+
 FILE* fopen64(const char* path, const char*)
 {
     const int fd = open_it(path, O_RDONLY | O_CLOEXEC, 0);
-    return fd < 0 ? nullptr : stream_of(fd);
+    FILE* const file = fd < 0 ? nullptr : stream_of(fd);
+    if (file || fd < 0) return file;
+    const int why = errno;
+    syscall(SYS_close, fd);
+    errno = why;
+    return nullptr;
 }
 
 int fileno(FILE* file) noexcept
@@ -360,15 +382,16 @@ int setrlimit64(__rlimit_resource_t what, const rlimit64* limit) noexcept
 
 int nanosleep(const timespec*, timespec*)
 {
-    ++Naps;
+    pass(1000);
     return 0;
 }
 
 int clock_gettime(clockid_t clock, timespec* now) noexcept
 {
-    const auto status = static_cast<int>(syscall(SYS_clock_gettime, clock, now));
-    if (status == 0 && clock == CLOCK_MONOTONIC) now->tv_sec += Naps;
-    return status;
+    if (clock != CLOCK_MONOTONIC) return static_cast<int>(syscall(SYS_clock_gettime, clock, now));
+    pass(Tick_ms);
+    *now = Clock;
+    return 0;
 }
 
 } // extern "C"

@@ -72,12 +72,36 @@ Tree whole_tree_with_logs(const Converted& run)
     return tree;
 }
 
-/// The trace of such a run when its end never came.
-std::string unfinished_one()
+constexpr int Long_packets = 80; ///< of a trace that no buffer holds: its header is written twice
+
+Recording long_event()
+{
+    Recording recording = Eh().event(12).usual().packet();
+    for (int i = 0; i < Long_packets; ++i) recording += Dt().event(12).samples(counting(1, 250));
+    return recording + Et().event(12).usual();
+}
+
+std::vector<int32_t> long_samples()
+{
+    std::vector<int32_t> all;
+    for (int i = 0; i < Long_packets; ++i)
+        for (const int32_t x : counting(1, 250)) all.push_back(x);
+    return all;
+}
+
+std::string long_trace()
+{
+    Sac expected = Sac().rate(100).stats(1, 250, 125.5F);
+    expected.cmpaz = 90, expected.cmpinc = -45;
+    return sac_file(expected, long_samples());
+}
+
+/// The same when its end never came.
+std::string unfinished_long_trace()
 {
     Sac header = Sac().rate(100);
     header.cmpaz = 90, header.cmpinc = -45;
-    return sac_header(header) + sac_samples({5, -3, 4});
+    return sac_header(header) + sac_samples(long_samples());
 }
 
 /// A call that failed made no difference.
@@ -218,10 +242,9 @@ RunOptions undisturbed()
 
 TEST_F(Faulty_calls, that_find_no_descriptor_are_made_again_once_a_file_gave_way_or_some_time_has_passed)
 {
-    // The run's log, the input, the station file, the unit's log, the trace, the trace for its finished
-    // header. Nobody can give way to the first; the file that gives way to the last is not written any more,
-    // the others are opened once more.
-    constexpr unsigned More[] = {1, 2, 2, 2, 2, 1, 0};
+    // The run's log, the input, the station file, the unit's log, the trace. Nobody can give way to the
+    // first; the file that gives way to another is opened once more.
+    constexpr unsigned More[] = {1, 2, 2, 2, 2, 0};
     ConvertOptions options;
     options.ini = Station_file;
     options.run = undisturbed();
@@ -236,6 +259,25 @@ TEST_F(Faulty_calls, that_find_no_descriptor_are_made_again_once_a_file_gave_way
             EXPECT_TRUE(same_tree(run.tree, whole_tree_with_logs(run)));
             EXPECT_EQ(opens, usual + More[at - 1]);
         }
+    }
+}
+
+TEST_F(Faulty_calls, that_find_no_descriptor_for_a_long_traces_final_header_are_made_again)
+{
+    // Behind the log, the input, the station file, the unit's log and the trace. The file that gives way is
+    // not written any more.
+    constexpr unsigned Again = 6;
+    ConvertOptions options;
+    options.ini = Station_file;
+    options.run = undisturbed();
+    uint32_t usual = 0, opens = 0;
+    convert_counting_opens(long_event(), {}, options, usual);
+    EXPECT_EQ(usual, Again);
+    for (const int why : {EMFILE, ENFILE}) {
+        options.run = failing("open", Again, why, When::once);
+        const Converted run = convert_counting_opens(long_event(), {}, options, opens);
+        EXPECT_EQ(opens, usual + 1);
+        EXPECT_TRUE(same_bytes(mask_run_date(run.file(Name_1_1)), long_trace()));
     }
 }
 
@@ -278,16 +320,23 @@ TEST_F(Faulty_calls, of_a_trace_that_is_closed_end_the_run)
 {
     ConvertOptions options;
     options.ini = Station_file;
-    // Closed behind its samples, then behind its finished header.
-    const std::string traces[] = {unfinished_one(), whole_tree().at(Name_1_1)};
-    for (unsigned at = 1; at <= 3; ++at) {
-        SCOPED_TRACE(at);
-        options.run = failing("close", at, EIO, When::once);
-        const Converted run = convert(one_event(12, {5, -3, 4}), {"-L-"}, options);
-        EXPECT_EQ(run.status, at <= 2 ? 22 : 0);
-        EXPECT_EQ(ends_with(run.out, Cannot_write + Name_1_1 + "'"), at <= 2) << run.out;
-        EXPECT_EQ(run.err, "");
-        EXPECT_TRUE(same_tree(run.tree, {{Name_1_1, traces[at == 1 ? 0 : 1]}}));
+    // A short trace is written and closed once, a long one behind its samples and behind its final header.
+    const struct {
+        Recording recording;
+        std::vector<std::string> traces; ///< as each closing leaves them
+    } cases[] = {{one_event(12, {5, -3, 4}), {whole_tree().at(Name_1_1)}},
+                 {long_event(), {unfinished_long_trace(), long_trace()}}};
+    for (const auto& [recording, traces] : cases) {
+        for (unsigned at = 1; at <= traces.size() + 1; ++at) {
+            SCOPED_TRACE(std::to_string(traces.size()) + " at " + std::to_string(at));
+            const bool lost = at <= traces.size();
+            options.run = failing("close", at, EIO, When::once);
+            const Converted run = convert(recording, {"-L-"}, options);
+            EXPECT_EQ(run.status, lost ? 22 : 0);
+            EXPECT_EQ(ends_with(run.out, Cannot_write + Name_1_1 + "'"), lost);
+            EXPECT_EQ(run.err, "");
+            EXPECT_TRUE(same_tree(run.tree, {{Name_1_1, lost ? traces[at - 1] : traces.back()}}));
+        }
     }
 }
 
@@ -296,7 +345,7 @@ TEST_F(Faulty_calls, of_a_log_that_is_closed_are_told_and_the_run_goes_on)
     ConvertOptions options;
     options.ini = Station_file;
     std::string told;
-    for (unsigned at = 3; at <= 4; ++at) { // behind the two of the trace
+    for (unsigned at = 2; at <= 3; ++at) { // behind that of the trace
         SCOPED_TRACE(at);
         options.run = failing("close", at, EIO, When::once);
         const Converted run = convert(one_event(12, {5, -3, 4}), {}, options);
@@ -397,11 +446,12 @@ protected:
         return opened;
     }
 
-    /// So many files at a time: one more, and each is opened once more.
+    /// So many files at a time: one more, and each is opened twice more, for its second sample and for its
+    /// final header, since its first bytes are written by then.
     static void expect_at_a_time(unsigned files, const RunOptions& options)
     {
         EXPECT_EQ(opens(options, files), opens(undisturbed(), files));
-        EXPECT_EQ(opens(options, files + 1), opens(undisturbed(), files + 1) + files + 1);
+        EXPECT_EQ(opens(options, files + 1), opens(undisturbed(), files + 1) + 2 * (files + 1));
     }
 };
 
