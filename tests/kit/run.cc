@@ -15,6 +15,7 @@
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <termios.h>
+#include <thread>
 #include <unistd.h>
 
 namespace kit {
@@ -83,7 +84,9 @@ void open_terminal(int out[2])
 Pipes open_pipes(const RunOptions& options)
 {
     Pipes p;
-    p.in = options.stdin_text.empty() ? open("/dev/null", O_RDONLY) : file_with(options.stdin_text);
+    p.in = options.stdin_fd >= 0        ? options.stdin_fd
+           : options.stdin_text.empty() ? open("/dev/null", O_RDONLY)
+                                        : file_with(options.stdin_text);
     if (options.terminal)
         open_terminal(p.out);
     else if (pipe(p.out) != 0)
@@ -98,7 +101,9 @@ Pipes open_pipes(const RunOptions& options)
 {
     setpgid(0, 0);
     if (chdir(dir.c_str()) != 0) _exit(126);
-    const int out = options.stdout_path.empty() ? p.out[1] : open(options.stdout_path.c_str(), O_WRONLY);
+    const int out = options.stdout_fd >= 0        ? options.stdout_fd
+                    : options.stdout_path.empty() ? p.out[1]
+                                                  : open(options.stdout_path.c_str(), O_WRONLY);
     dup2(p.in, 0);
     dup2(out, 1);
     dup2(p.err[1], 2);
@@ -168,6 +173,9 @@ Outcome run_vx(const std::string& dir, const Args& args, const RunOptions& optio
     if (child == 0) become_program(dir, options, p, program.c_str(), argv.data(), envp.data());
     setpgid(child, child);
     close(p.in), close(p.out[1]), close(p.err[1]);
+    if (options.stdout_fd >= 0) close(options.stdout_fd);
+    std::thread meanwhile;
+    if (options.meanwhile) meanwhile = std::thread(options.meanwhile, child);
     read_all(run, p, options, child, start);
     close(p.out[0]), close(p.err[0]);
 
@@ -175,6 +183,7 @@ Outcome run_vx(const std::string& dir, const Args& args, const RunOptions& optio
     rusage used{};
     wait4(child, &state, 0, &used);
     run.seconds = since(start);
+    if (meanwhile.joinable()) meanwhile.join();
 #ifdef __APPLE__ // which counts bytes
     used.ru_maxrss /= 1024;
 #endif

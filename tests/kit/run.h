@@ -4,8 +4,10 @@
 #include "kit/packets.h"
 #include "kit/scratch.h"
 
+#include <functional>
 #include <memory>
 #include <string>
+#include <sys/types.h>
 #include <utility>
 #include <vector>
 
@@ -20,13 +22,16 @@ struct RunOptions {
     std::string stdin_text;       ///< what the program can read; then end of file
     bool close_stdin = false;     ///< no standard input at all
     std::string stdout_path;      ///< standard output goes there and not into Outcome::out
+    int stdin_fd = -1;            ///< standard input instead of a text; run_vx closes it
+    int stdout_fd = -1;           ///< standard output, likewise
     bool terminal = false;        ///< standard output is a terminal; Outcome::out is what it showed
     std::vector<std::pair<int, unsigned long>> limits; ///< RLIMIT_... and value; SIGXFSZ is then ignored
     int mask = -1;                                     ///< umask
     bool as_nobody = false;                            ///< a run as root gives its rights up first
     double signal_after = 0;                           ///< seconds until `signal` is sent, 0 for never
     int signal = 0;
-    double timeout = 60; ///< seconds; then the whole process group is killed
+    std::function<void(pid_t run)> meanwhile; ///< called in a thread while the program runs
+    double timeout = 60;                      ///< seconds; then the whole process group is killed
 };
 
 struct Outcome {

@@ -74,7 +74,7 @@ Tree whole_tree_with_logs(const Converted& run)
 
 constexpr int Long_packets = 80; ///< of a trace that no buffer holds: its header is written twice
 
-Recording long_event()
+Recording event_of_a_long_trace()
 {
     Recording recording = Eh().event(12).usual().packet();
     for (int i = 0; i < Long_packets; ++i) recording += Dt().event(12).samples(counting(1, 250));
@@ -271,11 +271,11 @@ TEST_F(Faulty_calls, that_find_no_descriptor_for_a_long_traces_final_header_are_
     options.ini = Station_file;
     options.run = undisturbed();
     uint32_t usual = 0, opens = 0;
-    convert_counting_opens(long_event(), {}, options, usual);
+    convert_counting_opens(event_of_a_long_trace(), {}, options, usual);
     EXPECT_EQ(usual, Again);
     for (const int why : {EMFILE, ENFILE}) {
         options.run = failing("open", Again, why, When::once);
-        const Converted run = convert_counting_opens(long_event(), {}, options, opens);
+        const Converted run = convert_counting_opens(event_of_a_long_trace(), {}, options, opens);
         EXPECT_EQ(opens, usual + 1);
         EXPECT_TRUE(same_bytes(mask_run_date(run.file(Name_1_1)), long_trace()));
     }
@@ -325,7 +325,7 @@ TEST_F(Faulty_calls, of_a_trace_that_is_closed_end_the_run)
         Recording recording;
         std::vector<std::string> traces; ///< as each closing leaves them
     } cases[] = {{one_event(12, {5, -3, 4}), {whole_tree().at(Name_1_1)}},
-                 {long_event(), {unfinished_long_trace(), long_trace()}}};
+                 {event_of_a_long_trace(), {unfinished_long_trace(), long_trace()}}};
     for (const auto& [recording, traces] : cases) {
         for (unsigned at = 1; at <= traces.size() + 1; ++at) {
             SCOPED_TRACE(std::to_string(traces.size()) + " at " + std::to_string(at));
