@@ -2,6 +2,7 @@
 // proof/trials goes through every call in turn; here stand those that once went wrong.
 #include "runs/common.h"
 
+#include <csignal>
 #include <cstring>
 #include <sys/resource.h>
 
@@ -210,14 +211,18 @@ public:
         options.run.env.push_back("VX_FAULT_COUNTS=" + path_);
         return options;
     }
-    uint32_t opens() const
-    {
-        uint32_t n = 0;
-        memcpy(&n, scratch_.read("counts").data(), sizeof n);
-        return n;
-    }
+    uint32_t opens() const { return calls(0); }
+    uint32_t writes() const { return calls(2); } ///< of files, not of the console
+    uint32_t closes() const { return calls(3); } ///< of files that were written
 
 private:
+    /// Of a kind, by its place in the library's order.
+    uint32_t calls(size_t kind) const
+    {
+        uint32_t n = 0;
+        memcpy(&n, scratch_.read("counts").data() + kind * sizeof n, sizeof n);
+        return n;
+    }
     Scratch scratch_;
     std::string path_ = scratch_.write("counts", std::string(64, '\0'));
 };
@@ -417,6 +422,107 @@ TEST_F(Faulty_calls, for_every_buffer_end_the_run_like_a_file_that_cannot_be_ope
         << without.out;
     EXPECT_EQ(without.err, "");
     EXPECT_EQ(names(without.tree), "") << "a trace without a byte is none";
+}
+
+TEST_F(Faulty_calls, are_few_for_a_short_trace)
+{
+    ConvertOptions options;
+    options.ini = Station_file;
+    options.run = undisturbed();
+    const Counted counted;
+    const Converted run = convert(one_event(12, {5, -3, 4}), {"-L-"}, counted.with(options));
+    expect_undisturbed(run, whole_tree());
+    EXPECT_EQ(counted.opens(), 3U) << "input, station file, trace";
+    EXPECT_EQ(counted.writes(), 1U);
+    EXPECT_EQ(counted.closes(), 1U);
+}
+
+TEST_F(Faulty_calls, are_more_for_a_short_trace_that_gave_way_and_lead_to_the_same_bytes)
+{
+    Recording recording = Eh().event(12).usual();
+    for (int round = 0; round < 3; ++round)
+        for (unsigned c = 0; c < 3; ++c)
+            recording += Dt().event(12).channel(c).samples({round, static_cast<int32_t>(c)});
+    recording += Et().event(12).usual();
+    ConvertOptions options;
+    options.run = undisturbed();
+    const Counted in_one, in_turn;
+    const Converted once = convert(recording, {"-L-"}, in_one.with(options));
+    options.run.limits = {{RLIMIT_NOFILE, 20}}; // two files at a time
+    const Converted often = convert(recording, {"-L-"}, in_turn.with(options));
+    EXPECT_EQ(in_one.writes(), 3U);
+    EXPECT_EQ(in_turn.writes(), 3U * 3 + 3) << "a piece each time a trace gives way, then the header";
+    EXPECT_TRUE(same_tree(often.tree, once.tree));
+    EXPECT_TRUE(same_bytes(mask_run_date(once.file(Name_1_1)),
+                           sac_file(Sac().rate(100).stats(0, 2, 0.5F), {0, 0, 1, 0, 2, 0})));
+}
+
+TEST_F(Faulty_calls, of_a_short_trace_that_lose_a_part_of_it_leave_a_beginning_of_it)
+{
+    const Converted whole = convert(one_event(12, {5, -3, 4}), {"-L-"});
+    ConvertOptions options;
+    options.run = undisturbed();
+    options.run.env.push_back("VX_FAULT_SPACE=640");
+    const Converted run = convert(one_event(12, {5, -3, 4}), {"-L-"}, options);
+    EXPECT_EQ(run.status, 22);
+    EXPECT_TRUE(ends_with(run.out, Cannot_write + Name_1_1 + "'")) << run.out;
+    EXPECT_TRUE(
+        same_bytes(mask_run_date(run.file(Name_1_1)), mask_run_date(whole.file(Name_1_1)).substr(0, 640)));
+}
+
+/// A run on a terminal that ends without a word before its n-th reading of the input.
+RunOptions on_terminal_until_read(unsigned n)
+{
+    RunOptions options = undisturbed();
+    options.terminal = true;
+    options.env.insert(options.env.end(),
+                       {"VX_FAULT_KIND=read", "VX_FAULT_AT=" + std::to_string(n), "VX_FAULT_HOW=kill"});
+    return options;
+}
+
+TEST_F(Faulty_calls, for_the_first_packet_come_after_the_terminal_shows_the_head_of_the_table)
+{
+    ConvertOptions options;
+    options.run = on_terminal_until_read(1);
+    const Converted run = convert(one_event(12, {1}), {}, options);
+    EXPECT_EQ(run.signal, SIGKILL);
+    EXPECT_TRUE(same_bytes(run.out, console_banner() + run_summary(settings_of(run)) + table_start()));
+}
+
+TEST_F(Faulty_calls, for_packets_of_no_known_type_do_not_keep_the_terminal_waiting)
+{
+    constexpr int In_one_piece = 256; ///< packets that are read at a time
+    Recording recording = Fd() + Fd();
+    recording.resize(size_t{Packet_len} * (In_one_piece + 1)); // with zeros
+    ConvertOptions options;
+    options.run = on_terminal_until_read(2);
+    options.run.env.push_back("VX_FAULT_TICK=1"); // milliseconds: a terminal is served ten times a second
+    const Converted run = convert(recording, {"-L-"}, options);
+    EXPECT_EQ(run.signal, SIGKILL);
+    EXPECT_TRUE(ends_with(run.out, table_start() + progress_params(1, "FD") + progress_params(2, "FD")))
+        << run.out;
+}
+
+TEST_F(Faulty_calls, for_the_next_packets_come_after_all_that_was_collected_for_a_second_is_written)
+{
+    // Every look at the clock takes a second: whatever is read comes after everything that was taken is
+    // written.
+    constexpr int In_one_piece = 256;
+    Recording recording = Eh().event(12).usual() + Dt().event(12).samples({1, 2}) + Fd().unit(0x1234);
+    recording.resize(size_t{Packet_len} * (In_one_piece + 1));
+    ConvertOptions options;
+    options.run = on_terminal_until_read(2);
+    options.run.terminal = false;
+    options.run.env.push_back("VX_FAULT_TICK=1000");
+    const Converted run = convert(recording, {}, options);
+    EXPECT_EQ(run.signal, SIGKILL);
+    const std::string head = log_header(settings_of(run)), begin = head_line(event_line("EH", "0012", 0)),
+                      other = head_line(plain_line("FD", 2, "1234"));
+    EXPECT_TRUE(same_tree(run.tree, {{"rec.vxl", head + begin + head_line(data_line("0012", 2, 1)) + other},
+                                     {"ID9A2F.vxl", head + begin + usual_dump()},
+                                     {"ID1234.vxl", head + other},
+                                     {Name_1_1, sac_header(Sac().rate(100)) + sac_samples({1, 2})}}));
+    EXPECT_TRUE(ends_with(run.out, progress_params(3, "FD"))) << run.out;
 }
 
 /// Runs whose files have fewer descriptors than they want. That a file had to give way shows in how often
