@@ -60,9 +60,10 @@ class Edges:
             if not fault and console and outcome.out != out:
                 fault = "status 0, and the console differs"
         else:
-            if console and not trial.LAST_WORDS.search(outcome.words):
+            if console and not outcome.has_last_words():
                 fault = f"status {outcome.status} without a word"
             fault = fault or left_fault(files, reference, scenario.before, told)
+        fault = fault or trial.header_fault(outcome, files, reference)
         if not fault and self.place.around() != self.around:
             fault = "something outside of the output folder changed"
         self.account.note(f"{scenario.name}, {what}", outcome.status, fault)
@@ -228,18 +229,15 @@ class Edges:
                 fault = None
                 if outcome.hung or outcome.status < 0 or outcome.status not in {0, 20, 22}:
                     fault = f"status {outcome.status}"
+                elif self.place.out.exists():
+                    fault = "the output path was made again"
                 elif outcome.status == 0:
-                    made_anew = {"anew/" + n: c for n, c in trial.tree(self.place.out).items()}
-                    there = trial.samples({**files, **made_anew})
-                    same = trial.same_fault(files, reference)
-                    if same and not outcome.told():
-                        fault = same
-                    elif there != trial.samples(reference):
-                        fault = "told of a loss, and samples are missing"
-                elif not trial.LAST_WORDS.search(outcome.words):
+                    fault = trial.same_fault(files, reference)
+                elif not outcome.has_last_words():
                     fault = "without a word"
                 else:
                     fault = left_fault(files, reference, scenario.before)
+                fault = fault or trial.header_fault(outcome, files, reference)
                 self.account.note(f"{scenario.name}, output folder gone at write {at}", outcome.status, fault)
 
     def closed_descriptors(self):

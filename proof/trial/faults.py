@@ -17,7 +17,7 @@ WAYS = {
     "close": ([errno.EIO, errno.ENOSPC, errno.EINTR], {22}),
     "mkdir": ([errno.ENOSPC, errno.EIO], {20}),
     # What does not exist (ENOENT, EACCES and the like) is no fault.
-    "stat": ([errno.EIO, errno.ENOMEM], {0, 10, 20, 23}),
+    "stat": ([errno.EIO, errno.ENOMEM], {0, 10, 20, 22, 23}),
     "memory": ([errno.ENOMEM], {0, 20, 22, 40, 255}),
     "console": ([errno.EIO, errno.ENOSPC, "short"], {0}),
     "limit": ([errno.EPERM], {0}),
@@ -47,8 +47,11 @@ def judge(place, scenario, outcome, point, reference, console):
     if outcome.status not in ({0} if how in HARMLESS else WAYS[kind][1]):
         return f"status {outcome.status}"
     before = scenario.before
+    header_fault = trial.header_fault(outcome, files, reference)
+    if header_fault:
+        return header_fault
     if outcome.status != 0:
-        if not trial.LAST_WORDS.search(outcome.words):
+        if not outcome.has_last_words():
             return f"status {outcome.status} without a word"
         told = outcome.told() and not console_has(console, outcome)
         return trial.early_end_fault(files, reference, before, told)

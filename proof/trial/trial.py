@@ -20,10 +20,11 @@ PATIENCE = 10  # seconds until a run counts as hanging
 TOLD_AND_GONE_ON = (
     "WARNING: Unable to open the INI file",
     "- not found; using defaults",
-    "!!!Could not re-open",
 )
+# What it says of a trace that keeps its provisional header: no sample is lost, yet the run's status is not 0.
+HEADER_LOST = b"!!!Could not re-open"
 # What a run says when it ends early.
-LAST_WORDS = re.compile(
+EARLY_END = re.compile(
     rb"(open|read|write|allocation) error for '|Out of Heap|unable to open .* for output"
     rb"|Unable to create an unique filename|Unable to change to directory"
 )
@@ -55,6 +56,10 @@ class Outcome:
 
     def told(self):
         return any(text.encode() in self.out for text in TOLD_AND_GONE_ON)
+
+    def has_last_words(self):
+        """True when the run said why its status is not 0."""
+        return bool(HEADER_LOST in self.out or EARLY_END.search(self.words))
 
 
 class Place:
@@ -184,8 +189,8 @@ def samples(files):
 
 def trace_fault(name, content, whole):
     """A trace of a run that ended early against the one of the undisturbed run."""
-    if content == whole:
-        return None
+    if whole.startswith(content):
+        return None  # also a short trace that was written by one call, and cut
     if not whole.startswith(content[HEADER:], HEADER) and len(content) > HEADER:
         return f"{name}: its samples are no beginning of the undisturbed run's"
     if len(content) >= HEADER and content[NPTS : NPTS + 4] != bytes(4):
@@ -213,6 +218,17 @@ def early_end_fault(files, reference, before, told):
             return f"{name}: stood there before, and is gone"
         if name.startswith("ID") and not files[name].startswith(content):
             return f"{name}: stood there before, and was changed"
+    return None
+
+
+def header_fault(outcome, files, reference):
+    """What is wrong with a run that could not rewrite a header."""
+    if HEADER_LOST not in outcome.out:
+        return None
+    if outcome.status == 0:
+        return "status 0 after a header that was not finished"
+    if not EARLY_END.search(outcome.words) and samples(files) != samples(reference):
+        return "only headers were not finished, and samples are missing"
     return None
 
 
