@@ -130,15 +130,6 @@ TEST(out_open_vx, waits_for_a_directory_that_comes_late)
     EXPECT_EQ(scratch.read("dir/file"), "x");
 }
 
-TEST(out_overwrite_start_vx, gives_up_when_the_clock_has_passed_five_seconds)
-{
-    const kit::Scratch scratch;
-    const Clock::time_point start = Clock::now();
-    EXPECT_FALSE(out_overwrite_start_vx(scratch.path("missing").c_str(), "abc", trace_lost));
-    expect_patience(seconds_since(start));
-    EXPECT_FALSE(scratch.exists("missing"));
-}
-
 TEST(fexist, is_true_for_anything_that_exists)
 {
     const kit::Scratch scratch;

@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
@@ -669,49 +670,168 @@ TEST(Out_thread, is_there_once_files_are_long_and_not_while_they_are_short)
         0, "");
 }
 
-TEST(Out_overwrite_start, replaces_the_first_bytes_and_keeps_the_rest)
-{
+/// A file that was created, written and closed, as a finished trace is.
+class Out_overwrite_start : public testing::Test {
+protected:
+    void make(std::string_view bytes, ON_LOSS on_loss = trace_lost)
+    {
+        ASSERT_TRUE(out_open(file, path.c_str(), OUT_MODE::create_new, on_loss));
+        file.mark_start(bytes.substr(0, 4));
+        file.write(bytes);
+        out_close(file);
+    }
+    /// Another file takes the name.
+    void replace_by(std::string_view bytes)
+    {
+        scratch.write("other", bytes);
+        std::filesystem::rename(scratch.path("other"), path);
+    }
+    void expect_refused_at_once()
+    {
+        const auto start = std::chrono::steady_clock::now();
+        EXPECT_FALSE(out_overwrite_start(file, "abc"));
+        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
+    }
+
     const kit::Scratch scratch;
-    const std::string path = scratch.write("file", "0123456789");
-    EXPECT_TRUE(out_overwrite_start(path.c_str(), "abc", trace_lost));
+    const std::string path = scratch.path("file");
+    OUT_FILE file;
+};
+
+TEST_F(Out_overwrite_start, replaces_the_first_bytes_and_keeps_the_rest)
+{
+    make("0123456789");
+    EXPECT_TRUE(out_overwrite_start(file, "abc"));
     EXPECT_EQ(scratch.read("file"), "abc3456789");
-    EXPECT_TRUE(out_overwrite_start(path.c_str(), "", trace_lost));
+    EXPECT_TRUE(out_overwrite_start(file, ""));
     EXPECT_EQ(scratch.read("file"), "abc3456789");
 }
 
-TEST(Out_overwrite_start, replaces_the_first_bytes_of_a_file_beyond_two_gigabytes)
+TEST_F(Out_overwrite_start, replaces_the_first_bytes_of_a_file_beyond_two_gigabytes)
 {
     constexpr std::uintmax_t size = 2147483648u + 4096;
-    const kit::Scratch scratch;
-    const std::string path = scratch.write("file", "0123456789");
+    make("0123456789");
     std::filesystem::resize_file(path, size);
-    EXPECT_TRUE(out_overwrite_start(path.c_str(), "abc", trace_lost));
+    file.written = size;
+    EXPECT_TRUE(out_overwrite_start(file, "abc"));
     EXPECT_EQ(std::filesystem::file_size(path), size);
     std::string start(10, '?');
     std::ifstream(path, std::ios::binary).read(start.data(), 10);
     EXPECT_EQ(start, "abc3456789");
 }
 
-TEST(Out_overwrite_start, creates_nothing)
+TEST_F(Out_overwrite_start, creates_nothing)
 {
-    const kit::Scratch scratch;
-    EXPECT_FALSE(out_overwrite_start(scratch.path("missing").c_str(), "abc", trace_lost));
-    EXPECT_FALSE(scratch.exists("missing"));
+    make("0123456789");
+    std::filesystem::remove(path);
+    EXPECT_FALSE(out_overwrite_start(file, "abc"));
+    EXPECT_FALSE(scratch.exists("file"));
 }
 
-TEST(Out_overwrite_start, a_byte_lost_is_told_to_whom_the_caller_names)
+TEST_F(Out_overwrite_start, waits_five_seconds_for_a_file_that_is_missing_but_once)
 {
-    if (!kit::full_device_is_there()) GTEST_SKIP() << "no /dev/full";
+    using Clock = std::chrono::steady_clock;
+    make("0123456789");
+    std::filesystem::rename(path, scratch.path("away"));
+    const auto start = Clock::now();
+    EXPECT_FALSE(out_overwrite_start(file, "abc"));
+    const auto later = Clock::now();
+    EXPECT_FALSE(out_overwrite_start(file, "abc"));
+    EXPECT_GE(later - start, std::chrono::seconds(4));
+    EXPECT_LT(Clock::now() - later, std::chrono::seconds(2));
+    std::filesystem::rename(scratch.path("away"), path);
+    EXPECT_TRUE(out_overwrite_start(file, "abc"));
+}
+
+TEST_F(Out_overwrite_start, another_file_of_the_name_is_left_alone)
+{
+    make("0123456789");
+    replace_by("9876543210");
+    expect_refused_at_once();
+    EXPECT_EQ(scratch.read("file"), "9876543210");
+}
+
+TEST_F(Out_overwrite_start, a_file_whose_size_changed_is_left_alone)
+{
+    make("0123456789");
+    std::filesystem::resize_file(path, 9);
+    expect_refused_at_once();
+    EXPECT_EQ(scratch.read("file"), "012345678");
+}
+
+TEST_F(Out_overwrite_start, a_link_to_the_very_file_is_left_alone)
+{
+    make("0123456789");
+    std::filesystem::rename(path, scratch.path("moved"));
+    std::filesystem::create_symlink("moved", path);
+    expect_refused_at_once();
+    EXPECT_EQ(scratch.read("moved"), "0123456789");
+}
+
+TEST_F(Out_overwrite_start, a_file_with_a_new_inode_number_is_recognised_by_size_and_first_bytes)
+{
+    make("0123456789");
+    replace_by("0123xxxxxx");
+    EXPECT_TRUE(out_overwrite_start(file, "abc"));
+    EXPECT_EQ(scratch.read("file"), "abc3xxxxxx");
+}
+
+/// The file may not grow, so that the third byte is lost.
+void lose_the_third_byte(OUT_FILE& file)
+{
+    signal(SIGXFSZ, SIG_IGN);
+    const rlimit limit{2, RLIM_INFINITY};
+    setrlimit(RLIMIT_FSIZE, &limit);
+    EXPECT_TRUE(out_overwrite_start(file, "abc"));
+    const rlimit none{RLIM_INFINITY, RLIM_INFINITY};
+    setrlimit(RLIMIT_FSIZE, &none);
+}
+
+TEST_F(Out_overwrite_start, a_byte_lost_is_reported_to_the_files_owner)
+{
     static std::string lost;
-    EXPECT_TRUE(out_overwrite_start("/dev/full", "abc", [](const char* name) { lost = name; }));
-    EXPECT_EQ(lost, "/dev/full");
+    make("0123456789", [](const char* name) { lost = name; });
+    lose_the_third_byte(file);
+    EXPECT_EQ(lost, path);
 }
 
-TEST(Out_overwrite_start, a_byte_lost_of_a_trace_ends_the_run)
+TEST_F(Out_overwrite_start, a_byte_lost_of_a_trace_ends_the_run)
 {
-    if (!kit::full_device_is_there()) GTEST_SKIP() << "no /dev/full";
-    kit::expect_ending([] { out_overwrite_start("/dev/full", "abc", trace_lost); }, 22,
-                       "\nFile write error for '/dev/full'");
+    make("0123456789");
+    kit::expect_ending([&] { lose_the_third_byte(file); }, 22, "\nFile write error for '" + path + "'");
+}
+
+TEST_F(Out_file, the_start_is_replaced_while_all_is_collected)
+{
+    open();
+    file.write("0123456789");
+    EXPECT_TRUE(file.replace_start("abc"));
+    out_close(file);
+    EXPECT_EQ(scratch.read("file"), "abc3456789");
+}
+
+TEST_F(Out_file, the_start_is_not_replaced_once_bytes_are_written)
+{
+    open();
+    file.write("0123456789");
+    out_write_all();
+    EXPECT_FALSE(file.replace_start("abc"));
+    file.write("x");
+    out_close(file);
+    EXPECT_EQ(scratch.read("file"), "0123456789x");
+}
+
+TEST_F(Out_file, all_that_is_collected_is_written_and_the_file_stays_open)
+{
+    open();
+    file.write("abc");
+    EXPECT_EQ(scratch.read("file"), "");
+    out_write_all();
+    EXPECT_EQ(scratch.read("file"), "abc");
+    EXPECT_TRUE(file.open);
+    file.write("def");
+    out_close(file);
+    EXPECT_EQ(scratch.read("file"), "abcdef");
 }
 
 TEST(End_run, writes_what_is_collected_and_keeps_the_status)
