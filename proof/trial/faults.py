@@ -15,7 +15,7 @@ WAYS = {
     "read": ([errno.EIO, "short", errno.EINTR], {21}),
     "write": ([errno.EIO, errno.ENOSPC, "short", errno.EINTR], {22}),
     "close": ([errno.EIO, errno.ENOSPC, errno.EINTR], {22}),
-    "mkdir": ([errno.ENOSPC, errno.EIO], {20}),
+    "mkdir": ([errno.ENOSPC, errno.EIO], {0, 20}),
     # What does not exist (ENOENT, EACCES and the like) is no fault.
     "stat": ([errno.EIO, errno.ENOMEM], {0, 10, 20, 22, 23}),
     "memory": ([errno.ENOMEM], {0, 20, 22, 40, 255}),

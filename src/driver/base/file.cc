@@ -35,6 +35,7 @@ static FILE* open_ready(const char* path)
     if (fd < 0) return nullptr;
     struct stat what;
     const bool waits = fstat(fd, &what) == 0 && (S_ISFIFO(what.st_mode) || S_ISSOCK(what.st_mode));
+    if (waits) errno = ENXIO;
     fcntl(fd, F_SETFL, O_RDONLY); // a terminal is read when something is typed
     FILE* const file = waits ? nullptr : fdopen(fd, "r");
     if (!file) close(fd);
