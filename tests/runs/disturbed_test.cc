@@ -11,7 +11,6 @@
 #include <set>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <termios.h>
 
 using namespace kit;
 using namespace runs;
@@ -378,6 +377,57 @@ TEST(Disturbed, samples_never_go_into_another_file)
         EXPECT_LT(d.run.seconds, 4);
         EXPECT_TRUE(same_bytes(scratch.read(link ? "victim" : Trace), foreign_text(5000)));
     }
+}
+
+TEST(Disturbed, a_trace_that_comes_back_in_time_gets_its_samples)
+{
+    Scratch scratch;
+    scratch.make_dir("out");
+    scratch.write("rec.pkt", three_traces_in_turn());
+    std::thread later;
+    const Disturbed d = disturb(
+        scratch, {"rec.pkt", "out", "-L-"},
+        [&](pid_t) {
+            std::filesystem::rename(scratch.path(Trace), scratch.path("away"));
+            later = std::thread([&] {
+                sleep_ms(1500);
+                std::filesystem::rename(scratch.path("away"), scratch.path(Trace));
+            });
+        },
+        two_files_at_a_time());
+    later.join();
+    EXPECT_EQ(d.run.status, 0);
+    EXPECT_GE(d.run.seconds, 1.4);
+    EXPECT_TRUE(same_bytes(mask_run_date(scratch.read(Trace)),
+                           sac_file(usual_trace().stats(1, 250, 125.5F), samples_of_packets(700))));
+}
+
+TEST(Disturbed, the_patience_is_there_again_once_a_trace_could_be_opened)
+{
+    const std::string third = "out/2004123101530250_STA01_1B1.sac";
+    Scratch scratch;
+    scratch.make_dir("out");
+    Recording recording;
+    for (const unsigned event : {12U, 13U, 14U}) recording += Eh().event(event).usual();
+    for (int i = 0; i < 700; ++i)
+        for (const unsigned event : {12U, 13U, 14U}) recording += Dt().event(event).samples(counting(1, 250));
+    for (const unsigned event : {12U, 13U, 14U}) recording += Et().event(event).usual();
+    scratch.write("rec.pkt", recording);
+    std::thread later;
+    const Disturbed d = disturb(scratch, {"rec.pkt", "out", "-L-"}, [&](pid_t) {
+        std::filesystem::rename(scratch.path(Trace), scratch.path("away"));
+        std::filesystem::rename(scratch.path(third), scratch.path("away for a while"));
+        later = std::thread([&] {
+            sleep_ms(7500); // five seconds are spent on the first one
+            std::filesystem::rename(scratch.path("away for a while"), scratch.path(third));
+        });
+    });
+    later.join();
+    EXPECT_EQ(d.run.status, 22);
+    EXPECT_EQ(count(d.console, cannot_reopen(Trace)), 1U);
+    EXPECT_EQ(count(d.console, "!!!Could not re-open"), 1U);
+    for (const std::string& trace : {Second_trace, third})
+        EXPECT_EQ(header_int(scratch.read(trace), 79), 250 * 700) << trace;
 }
 
 TEST(Disturbed, two_runs_crossed_over_one_folder_leave_the_second_ones_traces_alone)
