@@ -11,6 +11,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstdio>
+#include <fcntl.h>
 #include <string>
 #include <sys/mman.h>
 #include <sys/resource.h>
@@ -327,9 +328,35 @@ TEST(open_file, a_byte_lost_is_told_and_shows_in_the_status)
         22, "the run goes on", "\nFile write error for '/dev/full'");
 }
 
-TEST(any_key, prompts_on_standard_error_and_gives_the_character)
+/// A person at a terminal, which becomes standard input.
+class Terminal {
+public:
+    Terminal()
+    {
+        master = posix_openpt(O_RDWR | O_NOCTTY);
+        if (master < 0 || grantpt(master) != 0 || unlockpt(master) != 0) return;
+        const int slave = open(ptsname(master), O_RDWR | O_NOCTTY);
+        if (slave < 0) return;
+        dup2(slave, STDIN_FILENO);
+        close(slave);
+        clearerr(stdin);
+        is_there = isatty(STDIN_FILENO) != 0;
+    }
+    ~Terminal() { close(master); }
+    void type(std::string_view text) const
+    {
+        EXPECT_EQ(write(master, text.data(), text.size()), static_cast<ssize_t>(text.size()));
+    }
+
+    int master = -1;
+    bool is_there = false;
+};
+
+TEST(any_key, prompts_on_standard_error_and_gives_the_character_typed_at_a_terminal)
 {
-    type_in("yx");
+    const Terminal terminal;
+    ASSERT_TRUE(terminal.is_there);
+    terminal.type("yx\n");
     uint16_t key = 0;
     std::string shown;
     const std::string prompt = kit::complained_by([&] { shown = kit::shown_by([&] { key = any_key(); }); });
@@ -340,11 +367,22 @@ TEST(any_key, prompts_on_standard_error_and_gives_the_character)
 
 TEST(any_key, reads_one_character_at_a_time)
 {
-    type_in("\nb");
+    const Terminal terminal;
+    ASSERT_TRUE(terminal.is_there);
+    terminal.type("\nb\n");
     kit::complained_by([&] {
         EXPECT_EQ(any_key(), '\n');
         EXPECT_EQ(any_key(), 'b');
     });
+}
+
+TEST(any_key, prompts_but_reads_nothing_where_standard_input_is_no_terminal)
+{
+    type_in("yx");
+    uint16_t key = 0;
+    EXPECT_EQ(kit::complained_by([&] { key = any_key(); }), "\r\nPress ENTER/RETURN to continue.");
+    EXPECT_EQ(key, 65535);
+    EXPECT_EQ(getchar(), 'y');
 }
 
 TEST(any_key, does_not_wait_at_the_end_of_the_input)
@@ -370,18 +408,17 @@ TEST(any_key, shows_everything_before_it_waits)
 {
     const kit::Scratch scratch;
     const std::string path = scratch.path("shown");
+    const Terminal terminal;
+    ASSERT_TRUE(terminal.is_there);
     ASSERT_EXIT(
         {
-            int typing[2];
-            if (!freopen(path.c_str(), "w", stdout) || pipe(typing) != 0) _exit(99);
-            dup2(typing[0], fileno(stdin));
-            clearerr(stdin);
+            if (!freopen(path.c_str(), "w", stdout)) _exit(99);
             printf("a question");
             const pid_t person = fork();
             if (person == 0) { // answers only when the question can be read
                 for (int i = 0; i < 500 && kit::read_file(path) != "a question"; ++i) usleep(10'000);
-                const bool seen = kit::read_file(path) == "a question";
-                _exit(write(typing[1], seen ? "y" : "n", 1) == 1 ? 0 : 1);
+                terminal.type(kit::read_file(path) == "a question" ? "y\n" : "n\n");
+                _exit(0);
             }
             _exit(any_key() == 'y' ? 0 : 1);
         },

@@ -776,15 +776,19 @@ TEST_F(Out_overwrite_start, a_file_with_a_new_inode_number_is_recognised_by_size
     EXPECT_EQ(scratch.read("file"), "abc3xxxxxx");
 }
 
-/// The file may not grow, so that the third byte is lost.
+void let_files_have(rlim_t bytes)
+{
+    const rlimit limit{bytes, RLIM_INFINITY};
+    setrlimit(RLIMIT_FSIZE, &limit);
+}
+
+/// Overwrites "abc" where files may have two bytes.
 void lose_the_third_byte(OUT_FILE& file)
 {
     signal(SIGXFSZ, SIG_IGN);
-    const rlimit limit{2, RLIM_INFINITY};
-    setrlimit(RLIMIT_FSIZE, &limit);
+    let_files_have(2);
     EXPECT_TRUE(out_overwrite_start(file, "abc"));
-    const rlimit none{RLIM_INFINITY, RLIM_INFINITY};
-    setrlimit(RLIMIT_FSIZE, &none);
+    let_files_have(RLIM_INFINITY);
 }
 
 TEST_F(Out_overwrite_start, a_byte_lost_is_reported_to_the_files_owner)
@@ -797,7 +801,10 @@ TEST_F(Out_overwrite_start, a_byte_lost_is_reported_to_the_files_owner)
 
 TEST_F(Out_overwrite_start, a_byte_lost_of_a_trace_ends_the_run)
 {
-    make("0123456789");
+    make("0123456789", [](const char* name) {
+        let_files_have(RLIM_INFINITY); // the console is a file, too
+        trace_lost(name);
+    });
     kit::expect_ending([&] { lose_the_third_byte(file); }, 22, "\nFile write error for '" + path + "'");
 }
 

@@ -82,13 +82,17 @@ TEST(Chn_name, path_options_add_levels_and_make_them)
     }
 }
 
-TEST(Chn_name, missing_levels_of_the_output_path_are_made_too)
+TEST(Chn_name, missing_levels_are_made_below_the_output_path_only)
 {
     Stage stage;
-    DirOut = stage.scratch.path("a/b/");
-    Path_option = 1;
+    DirOut = stage.scratch.path("a/");
+    Path_option = 2;
     Named().name();
-    EXPECT_EQ(names(stage.scratch.tree()), "a/\na/b/\na/b/2004_123/\n");
+    EXPECT_EQ(names(stage.scratch.tree()), "") << "a disk that is unmounted is no place for a trace";
+    stage.scratch.make_dir("a");
+    DirOut = stage.scratch.path("a/") + "./";
+    Named().name();
+    EXPECT_EQ(names(stage.scratch.tree()), "a/\na/2004_123/\na/2004_123/10/\n");
 }
 
 TEST(Chn_name, letters_A_to_X_stand_in_for_the_25th_character)

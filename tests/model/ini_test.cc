@@ -260,30 +260,29 @@ TEST_F(Ini_file, a_directory_opens_and_holds_nothing)
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
 }
 
-TEST_F(Ini_file, one_that_cannot_be_opened_is_tried_for_five_seconds_and_warned_of_each_time)
+TEST_F(Ini_file, one_that_cannot_be_opened_is_tried_for_five_seconds_once_and_warned_of_each_time)
 {
     FileIni = make_socket(scratch);
     const std::string warning = "\nWARNING: Unable to open the INI file " + FileIni;
-    for (int time_and_again = 0; time_and_again < 2; ++time_and_again) {
+    for (const bool first : {true, false, false}) {
         const time_t start = time(nullptr);
         EXPECT_EQ(warning_of(unit_id, from), warning);
         const time_t waited = time(nullptr) - start;
-        EXPECT_GE(waited, 5);
+        EXPECT_EQ(waited >= 5, first) << waited;
         EXPECT_LE(waited, 8);
     }
 }
 
-TEST_F(Ini_file, a_pipe_has_no_positions_and_is_closed_again)
+TEST_F(Ini_file, a_pipe_cannot_be_opened_and_leaves_no_descriptor)
 {
     FileIni = scratch.path("vxu.ini");
     ASSERT_EQ(mkfifo(FileIni.c_str(), 0600), 0);
-    const int writer = open(FileIni.c_str(), O_RDWR); // so that opening it for reading does not wait
+    const int writer = open(FileIni.c_str(), O_RDWR);
     ASSERT_GE(writer, 0);
     const int next_free = dup(writer);
     close(next_free);
     for (int i = 0; i < 3; ++i)
-        EXPECT_EQ(warning_of(unit_id, from),
-                  "\nWARNING: Unable to set position within the INI file " + FileIni);
+        EXPECT_EQ(warning_of(unit_id, from), "\nWARNING: Unable to open the INI file " + FileIni);
     const int after = dup(writer);
     EXPECT_EQ(after, next_free);
     close(after);

@@ -195,11 +195,11 @@ struct CHN_T {
     uint32_t trash = 0;         ///< samples still to be dropped
     uint32_t last = 0;          ///< last sample of the latest compressed packet; 0: none, or it was 0
 
-    OUT_FILE fp;       ///< the trace
-    std::string name;  ///< path of the trace
+    OUT_FILE fp;        ///< the trace
+    std::string name;   ///< path of the trace
     size_t dir_len = 0; ///< the first characters of the path: the output path and the levels of -P
-    uint32_t cnt = 0;  ///< samples in the trace
-    bool full = false; ///< samples are dropped because a SAC header cannot count them
+    uint32_t cnt = 0;   ///< samples in the trace
+    bool full = false;  ///< samples are dropped because a SAC header cannot count them
     int32_t fpos = 0;
     TraceStatistics stats; ///< of these samples
 };
