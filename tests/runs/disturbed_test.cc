@@ -94,9 +94,9 @@ std::string foreign_text(size_t size = Long_size)
     return std::string(size, 'F');
 }
 
-/// A run whose umask keeps it from opening its traces again; who owns everything may write everything, so
-/// root's rights are given up.
-Outcome run_without_reopening(const Scratch& scratch, const Args& args, RunOptions options)
+/// A run with a umask that takes rights from the owner of a new file. Who owns everything may do everything,
+/// so root's rights are given up.
+Outcome run_with_umask(const Scratch& scratch, int mask, const Args& args, RunOptions options = {})
 {
     scratch.make_dir("out");
     for (const char* below : {"", "out"})
@@ -104,8 +104,14 @@ Outcome run_without_reopening(const Scratch& scratch, const Args& args, RunOptio
     std::filesystem::copy_file(VX_SAC_PROGRAM, scratch.path("vx_sac"));
     options.program = scratch.path("vx_sac");
     options.as_nobody = true;
-    options.mask = 0222;
+    options.mask = mask;
     return run_vx(scratch.dir(), args, options);
+}
+
+/// The same where it cannot open its traces again.
+Outcome run_without_reopening(const Scratch& scratch, const Args& args, const RunOptions& options)
+{
+    return run_with_umask(scratch, 0222, args, options);
 }
 
 /// Few enough that two files can be open at a time.
@@ -256,6 +262,21 @@ TEST(Disturbed, headers_that_cannot_be_rewritten_are_status_22_after_five_second
         same_bytes(mask_run_date(scratch.read(Trace)), sac_header(usual_trace()) + sac_samples({1, 2})));
     EXPECT_TRUE(
         same_bytes(mask_run_date(scratch.read(Second_trace)), sac_header(usual_trace()) + sac_samples({3})));
+}
+
+TEST(Disturbed, traces_that_their_owner_may_write_and_not_read_are_finished)
+{
+    Scratch scratch;
+    scratch.write("rec.pkt", in_event(packets_of(100)) + one_event(13, {3}));
+    const Outcome run = run_with_umask(scratch, 0400, {"rec.pkt", "out", "-L-"});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.err, "");
+    for (const std::string& trace : {Trace, Second_trace})
+        std::filesystem::permissions(scratch.path(trace), std::filesystem::perms::all);
+    EXPECT_TRUE(same_bytes(mask_run_date(scratch.read(Trace)),
+                           sac_file(usual_trace().stats(1, 250, 125.5F), samples_of_packets(100))));
+    EXPECT_TRUE(
+        same_bytes(mask_run_date(scratch.read(Second_trace)), sac_file(usual_trace().stats(3, 3, 3), {3})));
 }
 
 TEST(Disturbed, a_file_of_the_same_size_in_place_of_a_trace_gets_no_byte_of_it)
