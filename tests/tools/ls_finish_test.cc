@@ -50,8 +50,8 @@ struct stat stat_of(const std::string& path)
     return what;
 }
 
-/// A pair of sockets, the second one for the converter's console. Between them is room for a few thousand
-/// bytes, which is less than any pipe promises.
+/// A pair of sockets, the second one for the converter's console. They hold a few thousand bytes that nobody
+/// has read yet: much less than a console buffer, where a pipe may hold a whole one.
 void make_narrow_console(int console[2])
 {
     ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, console), 0);
@@ -236,7 +236,7 @@ TEST_P(Ls_finish_killed, a_killed_runs_traces_become_the_starts_of_the_whole_run
     const kit::Outcome whole_run = kit::run_vx(s.dir(), {"rec.pkt", "whole", "-L-"});
     ASSERT_EQ(whole_run.status, 0);
     ASSERT_GT(whole_run.out.size(), (GetParam() + 1) * Console_buffer) << "the run ends before it is killed";
-    convert_and_kill(s, "killed", GetParam());
+    ASSERT_NO_FATAL_FAILURE(convert_and_kill(s, "killed", GetParam()));
     const kit::Tree whole = s.tree("whole"), killed = s.tree("killed");
 
     const kit::Outcome run = finish(s, "killed");
