@@ -63,6 +63,12 @@ bool set_count(const char* value)
     return true;
 }
 
+bool set_limit(const char* value)
+{
+    Smp_limit_set = true;
+    return set_count<Smp_limit>(value);
+}
+
 bool ignore(const char*)
 {
     return true;
@@ -82,7 +88,7 @@ constexpr Switch Switches[] = {
     {'P', set_path_option},
     {'Q', set_flag<Qcc_on>},
     {'R', set_rate},
-    {'S', set_count<Smp_limit>},
+    {'S', set_limit},
     {'T', set_count<Smp_skip>},
     {'V', set_flag<Verbose>},
 };

@@ -163,7 +163,7 @@ void Sac_dhdr_out(CHN_T& chn)
 /// limit that -S sets is what the user wants.
 static void complain_about_full(CHN_T& chn)
 {
-    if (Smp_limit != Smp_limit_none || chn.full) return;
+    if (Smp_limit_set || chn.full) return;
     chn.full = true;
     fprintf(stderr, "\nNo more than %" PRIu32 " samples fit into '%s': the rest is dropped", Smp_limit,
             chn.name.c_str());

@@ -82,6 +82,16 @@ std::string run_date(int year, int day)
 
 } // namespace
 
+/// A trace that has all samples but three that a SAC header can count. Its file is short: only the count says
+/// so.
+struct NearlyFull {
+    explicit NearlyFull(Stage& stage)
+    {
+        trace.open(stage);
+        trace.chn.cnt = 4294967292U;
+    }
+    Trace trace;
+};
 TEST(Sac_dhdr_init, fills_what_nobody_sets_as_undefined)
 {
     Stage stage;
@@ -418,4 +428,51 @@ TEST(IBM_float, keeps_the_low_24_bits_and_ends_where_they_are_zero)
     EXPECT_EQ(IBM_float(0x1000000), 0U);
     EXPECT_EQ(IBM_float(-0x1000000), 0U);
     EXPECT_EQ(IBM_float(INT32_MIN), 0U);
+}
+TEST(Sac_data_out, drops_samples_that_a_header_cannot_count_and_says_so_once)
+{
+    Stage stage;
+    NearlyFull full(stage);
+    const std::string name = stage.scratch.path("a.sac");
+    EXPECT_EQ(complained_by([&] { full.trace.add({1, 2, 3}); }), "") << "the last three fit";
+    EXPECT_EQ(full.trace.chn.cnt, 4294967295U);
+    const std::string told = "\nNo more than 4294967295 samples fit into '" + name + "': the rest is dropped";
+    EXPECT_EQ(complained_by([&] { full.trace.add({4}); }), told);
+    EXPECT_EQ(complained_by([&] { full.trace.add({5, 6}); }), "") << "once is enough";
+    EXPECT_EQ(full.trace.chn.cnt, 4294967295U);
+    out_close(full.trace.chn.fp);
+    EXPECT_TRUE(same_bytes(stage.scratch.read("a.sac"), sac_samples({1, 2, 3})));
+}
+
+TEST(Sac_data_out, keeps_what_still_fits_of_the_packet_that_is_one_too_many)
+{
+    Stage stage;
+    NearlyFull full(stage);
+    EXPECT_NE(complained_by([&] { full.trace.add({1, 2, 3, 4}); }), "");
+    EXPECT_EQ(full.trace.chn.cnt, 4294967295U);
+    out_close(full.trace.chn.fp);
+    EXPECT_TRUE(same_bytes(stage.scratch.read("a.sac"), sac_samples({1, 2, 3})));
+}
+
+TEST(Sac_data_out, says_so_of_every_trace)
+{
+    Stage stage;
+    for (const char* name : {"a.sac", "b.sac"}) {
+        Trace trace;
+        trace.open(stage, name);
+        trace.chn.cnt = 4294967295U;
+        EXPECT_NE(complained_by([&] { trace.add({1}); }).find(std::string(name) + "': the rest"),
+                  std::string::npos);
+    }
+}
+
+TEST(Sac_data_out, drops_without_a_word_what_is_beyond_a_limit_that_the_user_set)
+{
+    Stage stage;
+    Trace trace;
+    trace.open(stage);
+    Smp_limit = 2;
+    Smp_limit_set = true;
+    EXPECT_EQ(complained_by([&] { trace.add({1, 2, 3}); }), "");
+    EXPECT_EQ(trace.chn.cnt, 2U);
 }

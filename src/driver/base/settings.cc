@@ -8,6 +8,7 @@ uint16_t Name_option;
 uint16_t Path_option;
 float Smp_rate_cmd;
 uint32_t Smp_limit;
+bool Smp_limit_set;
 uint32_t Smp_skip;
 time_t Sys_time;
 
@@ -29,7 +30,8 @@ void set_defaults()
     Name_option = 0;
     Path_option = 0;
     Smp_rate_cmd = 100.0F;
-    Smp_limit = Smp_limit_none;
+    Smp_limit = 0xFFFFFFFF;
+    Smp_limit_set = false;
     Smp_skip = 0;
 }
 

@@ -16,8 +16,6 @@ inline constexpr char Fn_ext_qcc[] = ".qcc";
 inline constexpr char Fn_ext_chn[] = ".sac";
 inline constexpr size_t Path_max = 131; ///< most characters of a path that a user may give
 
-inline constexpr uint32_t Smp_limit_none = 0xFFFFFFFF; ///< as many samples as a SAC header can count
-
 // Set by the command line.
 extern bool Verbose;         ///< console table; false: "Meg:" counter. Read: progress.
 extern bool Log_on;          ///< packet logs, of the run and of each unit. Read: convert, unit, event, setup.
@@ -27,6 +25,7 @@ extern uint16_t Name_option; ///< traces named by 0 station if known, 1 unit ID,
 extern uint16_t Path_option; ///< levels of directories below the output path, 0 to 4. Read: chn_name.
 extern float Smp_rate_cmd;   ///< samples per second. kept: rate-only-shown. Read: console, log.
 extern uint32_t Smp_limit;   ///< most samples written per channel and event. Read: channel, sac.
+extern bool Smp_limit_set;   ///< -S set it; else it is what a SAC header can count. Read: sac.
 extern uint32_t Smp_skip;    ///< samples dropped per channel and event. Read: channel.
 extern std::string Cmd_line; ///< the command line as typed, cut at Path_max characters. Read: log.
 extern std::string FileIn;   ///< input file as typed. Read: setup, unit.
