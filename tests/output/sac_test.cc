@@ -398,7 +398,10 @@ TEST(Sac_data_close, tells_of_a_trace_that_cannot_be_opened_and_shows_its_channe
 {
     Stage stage;
     Trace trace;
-    trace.chn.name = stage.scratch.path("a.sac");
+    trace.open(stage);
+    trace.add({1, 2, 3});
+    out_write_all(); // a trace that is still collected is not opened again
+    ASSERT_EQ(remove(trace.chn.name.c_str()), 0);
     stage.scratch.make_dir("a.sac");
     ASSERT_TRUE(freopen("/dev/null", "r", stdin));
     std::string told;
