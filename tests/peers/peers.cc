@@ -23,8 +23,15 @@ using namespace mseed_frames;
 constexpr unsigned Most16 = 480, Most32 = 240;
 constexpr unsigned Steim1_formats[] = {0xC0, 0xC1, 0x02, 0x03};
 constexpr unsigned Steim2_formats[] = {0xC2, 0xC3};
-const Coding Plain16{0, DE_INT16, 0x16, {Buf_16, Buf_16}};
-const Coding Plain32{0, DE_INT32, 0x32, {Buf_32, Buf_32}};
+/// A decoder of plain samples as one that gives a verdict.
+template <PlainDecoder decode>
+Decoded plain(const PACKET& pkt, uint32_t&, DATA_BUF& out)
+{
+    decode(pkt, out);
+    return {};
+}
+const Coding Plain16{0, DE_INT16, 0x16, {plain<Buf_16>, plain<Buf_16>}};
+const Coding Plain32{0, DE_INT32, 0x32, {plain<Buf_32>, plain<Buf_32>}};
 
 struct Account {
     unsigned long series = 0, packets = 0, samples = 0, frames = 0, made = 0, real = 0, real_odd = 0,
@@ -40,9 +47,11 @@ void find_fault(Account& account, const std::string& what)
 /// How the program itself comes to the samples of a packet.
 Samples by_the_program(Channel& channel, const std::string& packet)
 {
-    const Block block(packet);
-    decode_samples(&channel.chn, block.pkt(), encoding_of(static_cast<uint8_t>(packet[23])));
-    return {Data_buf.sample, Data_buf.sample + Data_buf.count};
+    return channel.decode(
+        [](const PACKET& pkt, uint32_t& last, DATA_BUF& out) {
+            return decode_samples(pkt, encoding_of(byte(pkt, EVT::Format)), last, out);
+        },
+        packet);
 }
 
 void note_forms(Account& account, const Coding& coding, const std::string& packet)
@@ -94,9 +103,9 @@ void packed_by_it(Account& account, const Coding& coding, unsigned format, const
 void packed_by_us(Account& account, const Coding& coding, const Samples& series, Channel& channel)
 {
     std::string frames(mkrec::Steim_len, '\0');
-    const mkrec::SteimFill fill = mkrec::steim_encode(
-        coding.number == 1 ? mkrec::SteimDecoding::level1 : mkrec::SteimDecoding::level2, series.data(),
-        static_cast<int>(series.size()), 0, reinterpret_cast<uint8_t*>(frames.data()));
+    const mkrec::SteimFill fill =
+        mkrec::steim_encode(coding.number == 1 ? mkrec::SteimLevel::level1 : mkrec::SteimLevel::level2, series.data(),
+                            static_cast<int>(series.size()), 0, reinterpret_cast<uint8_t*>(frames.data()));
     if (fill.samples == 0) return; // its first difference, to 0, is too wide
     const auto count = static_cast<unsigned>(fill.samples);
     const std::string packet = kit::Dt().format(coding.format).count(count).raw(Frames_at, frames);
