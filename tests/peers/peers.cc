@@ -103,9 +103,9 @@ void packed_by_it(Account& account, const Coding& coding, unsigned format, const
 void packed_by_us(Account& account, const Coding& coding, const Samples& series, Channel& channel)
 {
     std::string frames(mkrec::Steim_len, '\0');
-    const mkrec::SteimFill fill =
-        mkrec::steim_encode(coding.number == 1 ? mkrec::SteimLevel::level1 : mkrec::SteimLevel::level2, series.data(),
-                            static_cast<int>(series.size()), 0, reinterpret_cast<uint8_t*>(frames.data()));
+    const mkrec::SteimFill fill = mkrec::steim_encode(
+        coding.number == 1 ? mkrec::SteimLevel::level1 : mkrec::SteimLevel::level2, series.data(),
+        static_cast<int>(series.size()), 0, reinterpret_cast<uint8_t*>(frames.data()));
     if (fill.samples == 0) return; // its first difference, to 0, is too wide
     const auto count = static_cast<unsigned>(fill.samples);
     const std::string packet = kit::Dt().format(coding.format).count(count).raw(Frames_at, frames);

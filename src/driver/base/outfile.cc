@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <functional>
 #include <string>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -214,12 +215,9 @@ int open_by_mode(const char* name, OUT_MODE mode)
     return open_waiting_for_nobody(name, how);
 }
 
-/// FNV-1a.
-uint64_t hash_of(std::string_view bytes)
+size_t hash_of(std::string_view bytes)
 {
-    uint64_t hash = 14695981039346656037U;
-    for (const char c : bytes) hash = (hash ^ static_cast<unsigned char>(c)) * 1099511628211U;
-    return hash;
+    return std::hash<std::string_view>{}(bytes);
 }
 
 /// True if a file begins with the bytes that this run wrote there.

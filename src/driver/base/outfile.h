@@ -25,8 +25,8 @@ struct FileMark {
     bool known = false; ///< device and inode are; taken when the file loses its descriptor
     dev_t device = 0;
     ino_t inode = 0;
-    uint32_t start_len = 0;  ///< of the first bytes that were written
-    uint64_t start_hash = 0; ///< of these, for file systems that give a file new inode numbers
+    uint32_t start_len = 0; ///< of the first bytes that were written
+    size_t start_hash = 0;  ///< of these, for file systems that give a file new inode numbers
 };
 
 struct OUT_FILE {
