@@ -114,7 +114,7 @@ std::string read_rates(const std::string& text, std::vector<int>& rates)
     rates.clear();
     for (const std::string& part : split(text)) {
         int rate = 0;
-        const std::string why = read_int(part, 1, 1000, rate);
+        std::string why = read_int(part, 1, 1000, rate);
         if (!why.empty()) return why;
         if (1000 % rate != 0) return part + " does not divide 1000";
         rates.push_back(rate);
