@@ -82,6 +82,8 @@ std::string run_date(int year, int day)
 
 } // namespace
 
+namespace {
+
 /// A trace that has all samples but three that a SAC header can count. Its file is short: only the count says
 /// so.
 struct NearlyFull {
@@ -92,6 +94,9 @@ struct NearlyFull {
     }
     Trace trace;
 };
+
+} // namespace
+
 TEST(Sac_dhdr_init, fills_what_nobody_sets_as_undefined)
 {
     Stage stage;
