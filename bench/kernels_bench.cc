@@ -1,5 +1,5 @@
-// What the steps that run for every packet or sample cost alone: decoders, sample conversion with statistics,
-// the summary line, the progress line. Input is a made signal in Steim frames.
+// Measures single steps that run for every packet or sample: decoders, sample conversion with statistics, the
+// summary line, the progress line. The input is a synthetic signal in Steim frames.
 #include "driver/base/fatal.h"
 #include "driver/base/settings.h"
 #include "mkrec/steim_encode.h"
@@ -95,8 +95,8 @@ void plain(benchmark::State& state)
 BENCHMARK(plain<Buf_16, 500>);
 BENCHMARK(plain<Buf_32, 200>);
 
-/// Samples around an offset on their way into a trace: far from zero the squares leave the exact integers
-/// soon.
+/// Appends samples around an offset to a trace. Far from zero the sum of squares soon exceeds 2^53, where
+/// doubles no longer hold every integer.
 template <void (*add)(TraceStatistics&, uint32_t, const int32_t*, uint32_t, char*)>
 void into_trace(benchmark::State& state)
 {
@@ -105,7 +105,7 @@ void into_trace(benchmark::State& state)
     TraceStatistics stats;
     for (auto _ : state) {
         stats.sum = 0.0;
-        stats.sq_sum = state.range(0) ? 3e17 : 0.0; // a long trace far from zero, or a young one around it
+        stats.sq_sum = state.range(0) ? 3e17 : 0.0; // after many samples far from zero, or at the start
         add(stats, 0, x.data(), 700, out.data());
         benchmark::DoNotOptimize(stats.sum);
         benchmark::ClobberMemory();
@@ -137,7 +137,7 @@ BENCHMARK(progress_line);
 
 } // namespace
 
-/// Reports on standard error: the progress line goes where it always goes, to standard output.
+/// Reports on standard error, because the progress line is printed on standard output.
 int main(int argc, char** argv)
 {
     benchmark::Initialize(&argc, argv);

@@ -1,5 +1,5 @@
-// The floor: reads the input and writes files of given sizes, in large pieces, and does nothing else.
-// The sizes come on standard input, one per line. Input and output advance together.
+// The lower limit of the time: reads the input and writes files of given sizes, in large pieces, and does
+// nothing else. The sizes come on standard input, one per line. It reads and writes in turn.
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>

@@ -1,5 +1,6 @@
 // A bare peer: reads 1024-byte miniSEED records with libmseed, decodes them and writes each channel's samples
-// as big-endian floats. No log, no statistics, no headers: what decoding and writing alone cost.
+// as big-endian floats. It makes no log, no statistics and no headers, so it measures decoding and writing
+// alone.
 #include <libmseed.h>
 
 #include <cstdint>
