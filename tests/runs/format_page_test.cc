@@ -200,7 +200,7 @@ TEST(Format_page, names_every_data_format_that_has_samples)
 TEST(Format_page, names_every_word_and_text_of_a_trace_header_that_is_set)
 {
     std::set<int> words, texts;
-    for (const auto& row : format_page::table("## What becomes of it: the header of a trace", "word")) {
+    for (const auto& row : format_page::table("## The header of a trace", "word")) {
         const int byte = std::stoi(row.at(1));
         if (row.at(0).empty()) {
             texts.insert(byte);
