@@ -1,6 +1,6 @@
 # shellcheck shell=bash
-# What the scripts share: they stand in the project folder, work without a terminal, run long commands quietly
-# and tell how long each step took.
+# What the scripts share. It changes to the project folder. Scripts need no terminal; they write the output of long
+# commands to log files and print how long each step took.
 set -euo pipefail
 unset CDPATH
 cd -- "$(dirname -- "${BASH_SOURCE[0]}")/.."
@@ -22,8 +22,8 @@ leave_out()
     exit 77
 }
 
-# step NAME LOG COMMAND...: runs the command with its output in the file LOG. One line when it went well, the end
-# of the output and the command's status when it did not.
+# step NAME LOG COMMAND...: runs the command with its output in the file LOG. Prints one line if it succeeds, else the
+# end of the output; returns the command's status.
 step()
 {
     local name=$1 log=$2 began=$SECONDS status=0
@@ -39,8 +39,8 @@ step()
     return "$status"
 }
 
-# The day of the newest entry of CHANGELOG.md, as seconds since 1970: the time of all that is released.
+# The day of the newest heading of CHANGELOG.md in seconds since 1970: the time of all files of a release.
 release_time() { date -u -d "$(sed -nE 's/^## [0-9.]+ \(([0-9-]+)\)$/\1/p' CHANGELOG.md | head -n 1)" +%s; }
 
-# The version, from the one place where it stands.
+# The version, from CMakeLists.txt.
 project_version() { sed -nE 's/^project\(vx_sac VERSION ([0-9.]+) .*/\1/p' CMakeLists.txt; }
