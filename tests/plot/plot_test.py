@@ -161,14 +161,14 @@ class MESSAGES(Case):
     def test_a_word_that_is_no_time_is_refused(self):
         result = self.plot(self.picture, "x", "--from", "noon")
         self.assertEqual(result.returncode, 2)
-        self.assertIn("'noon' is no time", result.stderr)
+        self.assertIn("'noon' is not a time", result.stderr)
 
     def test_times_that_no_calendar_has_are_refused(self):
         for word in ("2023-366", "2024-367", "2023-000", "+0", "+", "-5", "+1e3", "2023-010Tnoon", "0000-01-01", "99999-01-01"):
             with self.subTest(word=word):
                 result = self.plot(self.picture, "x", f"--from={word}")
                 self.assertEqual(result.returncode, 2)
-                self.assertIn(f"'{word}' is no time", result.stderr)
+                self.assertIn(f"'{word}' is not a time", result.stderr)
 
     def test_zones_and_days_of_the_year_are_told_apart_before_anything_is_read(self):
         later = (("2023-01-10T08:00+02:00", "2023-01-10T06:00"), ("2023-010T12:00", "2023-01-10T12:00Z"),
@@ -353,7 +353,7 @@ class CHOICES(Case):
         dateless = self.trace("b.sac", (-12345,) * 6, 0.01, [1.0, 2.0])
         result = self.plot(self.picture, good, dateless)
         self.assertEqual(result.returncode, 1)
-        self.assertIn("b.sac: left out, its header tells no start", result.stderr)
+        self.assertIn("b.sac: left out, its header has no start time", result.stderr)
         self.assertTrue(Section(self.picture, 1).inked(0))
 
     def assert_no_picture(self, result, *words):
@@ -377,7 +377,7 @@ class CHOICES(Case):
     def test_names_that_steer_a_terminal_are_told_without_that(self):
         dateless = self.trace(os.fsdecode(b"\x1b[2J\xff.sac"), (-12345,) * 6, 0.01, [1.0, 2.0])
         result = self.plot(self.picture, dateless)
-        self.assert_no_picture(result, "?[2J?.sac: left out, its header tells no start")
+        self.assert_no_picture(result, "?[2J?.sac: left out, its header has no start time")
         self.assertNotIn("\x1b", result.stderr)
 
     def test_one_odd_header_leaves_out_its_trace(self):

@@ -238,7 +238,7 @@ TEST_F(Batch, ended_by_a_signal_it_takes_its_jobs_along_and_goes_on_when_started
         shell.insert(shell.end(), args.begin(), args.end());
         const kit::Outcome run = kit::run_vx(here.dir(), shell, options);
         EXPECT_EQ(run.status, 128 + signal);
-        EXPECT_EQ(run.err, "vx_batch: interrupted; started again, it goes on\n");
+        EXPECT_EQ(run.err, "vx_batch: interrupted; start it again to continue\n");
         const std::vector<std::string> stuck = split(here.read("stuck"), '\n');
         EXPECT_EQ(stuck.size(), 2U);
         for (const std::string& pid : stuck) EXPECT_FALSE(is_alive(pid)) << pid;
@@ -308,12 +308,12 @@ TEST_F(Batch, what_makes_no_sense_is_refused_before_anything_is_begun)
     here.write("full/of", "other things");
     const kit::Tree before = here.tree();
     const std::vector<std::pair<kit::Args, std::string>> cases = {
-        {{"in/rec.pkt"}, "where to?"},
+        {{"in/rec.pkt"}, "no output folder given"},
         {{"-o", "out"}, "no inputs"},
         {{"-o", "out", "-j", "0", "in"}, "-j takes a number"},
         {{"-o", "out", "-x", "in"}, "unknown option '-x'"},
         {{"-o", "out", "in", "--", "-Z"}, "does not take these switches: -Z"},
-        {{"-o", "out", "in", "--", "x"}, "'x' is no switch"},
+        {{"-o", "out", "in", "--", "x"}, "'x' is not a switch"},
         {{"-o", "in/out", "in"}, "inside the input folder in"},
         {{"-o", "full", "in"}, "full holds other files"},
         {{"-o", "out", "-l", "nosuch", "in"}, "cannot read the list nosuch"},
@@ -339,12 +339,12 @@ TEST_F(Batch, inputs_that_cannot_be_converted_are_told_before_anything_is_begun)
     const std::vector<std::pair<kit::Args, std::string>> cases = {
         {{"good.pkt", "absent.pkt"},
          "vx_batch: absent.pkt: No such file or directory\nvx_batch: 1 of 2 inputs"},
-        {{"good.pkt", "fifo"}, "fifo: no regular file"},
+        {{"good.pkt", "fifo"}, "fifo: not a regular file"},
         {{there.path("circle.pkt")}, "/circle.pkt: Too many levels of symbolic links"},
         {{"x\n"}, "a name with a line end: 'x\\n'"},
         {{"in"}, "a name with a line end: 'in/two\\nlines'"},
         {{"turn"}, "turn/deep/back leads back to a folder above it"},
-        {{"--include", "*.sac", "in"}, "no inputs that --include lets in"},
+        {{"--include", "*.sac", "in"}, "no inputs that --include matches"},
     };
     for (const auto& [args, complaint] : cases) expect_refused(convert_all(args), complaint, before);
 }
@@ -356,7 +356,7 @@ TEST_F(Batch, a_station_file_that_cannot_be_read_is_told_before_anything_is_begu
     std::filesystem::create_symlink("circle", there.path("circle"));
     mkfifo(here.path("vxu.ini").c_str(), 0600);
     kit::Tree before = here.tree();
-    expect_refused(convert_all({"rec.pkt"}), "the station file vxu.ini is no regular file", before);
+    expect_refused(convert_all({"rec.pkt"}), "the station file vxu.ini is not a regular file", before);
     kit::RunOptions options;
     options.env = {"VXU==" + there.path("circle")};
     expect_refused(convert_all({"rec.pkt"}, options), "/circle cannot be read: Too many levels", before);
@@ -576,7 +576,7 @@ TEST_F(Batch, what_does_not_heed_the_signal_is_killed)
     options.signal_after = 3;
     const kit::Outcome run = batch_with(program, {"-o", "out", "rec.pkt"}, options);
     EXPECT_EQ(run.status, 143);
-    EXPECT_EQ(run.err, "vx_batch: interrupted; started again, it goes on\n");
+    EXPECT_EQ(run.err, "vx_batch: interrupted; start it again to continue\n");
     for (const char* file : {"stuck", "deeper"}) EXPECT_FALSE(is_alive(split(here.read(file), '\n').at(0)));
     EXPECT_EQ(convert_all({"rec.pkt"}).status, 0);
 }
@@ -717,7 +717,7 @@ TEST_F(Array, what_somebody_writes_into_the_folder_while_jobs_wait_is_not_run)
     EXPECT_EQ(run.status, 0);
     EXPECT_FALSE(here.exists("PWNED"));
     EXPECT_EQ(here.read("statuses"), "2\n0\n1\n") << "a task whose lines are not as they were does nothing";
-    EXPECT_THAT(here.read("tasks.log"), testing::HasSubstr("is not as vx_array wrote it"));
+    EXPECT_THAT(here.read("tasks.log"), testing::HasSubstr("was changed after vx_array wrote it"));
     EXPECT_THAT(here.read("summary.log"), testing::HasSubstr("4 of 8 inputs converted to the end"));
 }
 
@@ -745,7 +745,7 @@ TEST_F(Array, mistakes_are_told_in_its_own_name)
     write_inputs();
     kit::Tree before = here.tree();
     const std::vector<std::pair<kit::Args, std::string>> cases = {
-        {{"list"}, "vx_array: a list and an output folder are wanted"},
+        {{"list"}, "vx_array: a list and an output folder are needed"},
         {{"-c", "0", "list", "out"}, "vx_array: -c takes a number from 1"},
         {{"-x", "list", "out"}, "vx_array: unknown option '-x' (see vx_array --help"},
         {{"list", "out", "--", "-Z"}, "vx_array: vx_sac does not take these switches: -Z"},

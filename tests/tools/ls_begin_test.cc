@@ -104,7 +104,7 @@ TEST(Ls_set_begin, leaves_out_what_has_no_end_and_tells_why)
     s.write("out/f.sac", finished());
     const kit::Outcome run = run_ls(s, {"--set-begin", "new", "out"});
     EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.err, "vx_ls: out/a.sac: unfinished; --finish it first\n"
+    EXPECT_EQ(run.err, "vx_ls: out/a.sac: unfinished; run vx_ls --finish first\n"
                        "vx_ls: out/b.sac: cut: shorter than its header says\n"
                        "vx_ls: out/c.sac: no samples\n"
                        "vx_ls: out/d.sac: no sample rate\n"

@@ -282,7 +282,7 @@ TEST(Ls_finish, a_converter_that_is_held_loses_nothing)
     EXPECT_EQ(run.status, 1);
     EXPECT_EQ(run.out.substr(0, 11), "0 finished,");
     const std::string why =
-        ": unfinished, but somebody has it open for writing; left as it is (--force finishes it)";
+        ": unfinished, but another program has it open for writing; left as it is (--force finishes it)";
     for (const auto& [name, bytes] : before) {
         if (!is_unfinished(bytes)) continue;
         EXPECT_NE(run.err.find(name + why), std::string::npos) << run.err;
@@ -300,8 +300,9 @@ TEST(Ls_finish, a_trace_that_somebody_has_open_for_writing_is_finished_only_by_f
     const kit::Scratch s;
     s.write("a.sac", unfinished());
     const int writer = open(s.path("a.sac").c_str(), O_WRONLY | O_APPEND);
-    EXPECT_EQ(finish(s).err, "vx_ls: a.sac: unfinished, but somebody has it open for writing; left as it is "
-                             "(--force finishes it)\n");
+    EXPECT_EQ(finish(s).err,
+              "vx_ls: a.sac: unfinished, but another program has it open for writing; left as it is "
+              "(--force finishes it)\n");
     EXPECT_TRUE(kit::same_bytes(s.read("a.sac"), unfinished()));
     EXPECT_EQ(run_ls(s, {"--finish", "--force", "."}).status, 0);
     EXPECT_TRUE(kit::same_bytes(s.read("a.sac"), finished()));
@@ -317,7 +318,7 @@ TEST(Ls_finish, a_writer_who_comes_meanwhile_stops_it)
             writer = open(s.path("a.sac").c_str(), O_WRONLY | O_NONBLOCK);
             EXPECT_EQ(errno, EWOULDBLOCK);
         });
-    EXPECT_EQ(err, "vx_ls: a.sac: somebody opens it for writing; left as it is\n");
+    EXPECT_EQ(err, "vx_ls: a.sac: another program is opening it for writing; left as it is\n");
     EXPECT_EQ(writer, -1);
     EXPECT_EQ(kit::names(s.tree()), "a.sac\nerr\nout\n");
 }
@@ -349,9 +350,8 @@ TEST(Ls_finish, a_trace_that_nobody_can_ask_about_is_left_as_it_is)
     nobody.as_nobody = true;
     const kit::Outcome run = finish(s, "a.sac", nobody);
     EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.err,
-              "vx_ls: a.sac: unfinished, but nobody can tell whether it is being written: Permission "
-              "denied; left as it is (--force finishes it)\n");
+    EXPECT_EQ(run.err, "vx_ls: a.sac: unfinished, but the check for writers failed: Permission "
+                       "denied; left as it is (--force finishes it)\n");
     EXPECT_TRUE(kit::same_bytes(s.read("a.sac"), unfinished()));
 }
 #endif
@@ -369,7 +369,7 @@ TEST(Ls_finish, a_trace_just_changed_is_finished_only_by_force)
               "vx_ls: a.sac: unfinished, but changed within the last ten seconds; left as it is "
               "(--force finishes it)\n");
     EXPECT_EQ(finish_changed(-100).err,
-              "vx_ls: a.sac: unfinished, but its time of change is yet to come; left as it is "
+              "vx_ls: a.sac: unfinished, but its time of change is in the future; left as it is "
               "(--force finishes it)\n");
     EXPECT_TRUE(kit::same_bytes(s.read("a.sac"), unfinished()));
     EXPECT_EQ(finish_changed(12).status, 0);
@@ -389,7 +389,7 @@ TEST(Ls_finish, a_dry_run_tells_what_would_be_done_and_changes_nothing)
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(run.err, "");
     EXPECT_EQ(run.out, "a.sac: would be finished: 3 samples, minimum -3, maximum 5, mean 2\n"
-                       "1 would be finished, 1 left as they were, 0 not readable or not to be finished\n");
+                       "1 would be finished, 1 left as they were, 0 could not be read or finished\n");
     EXPECT_EQ(s.tree(), (kit::Tree{{"a.sac", unfinished()}, {"b.sac", finished()}}));
     EXPECT_EQ(stat_of(s.path("a.sac")).st_ino, node);
     s.write("a.sac", unfinished());
@@ -405,7 +405,7 @@ TEST(Ls_finish, completes_the_header_as_the_converter_would_have)
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(run.err, "");
     EXPECT_EQ(run.out, "a.sac: finished: 3 samples, minimum -3, maximum 5, mean 2\n"
-                       "1 finished, 0 left as they were, 0 not readable or not to be finished\n");
+                       "1 finished, 0 left as they were, 0 could not be read or finished\n");
     EXPECT_TRUE(kit::same_bytes(s.read("a.sac"), finished()));
     EXPECT_EQ(s.tree().size(), 1U); // nothing beside it
 }
@@ -426,7 +426,7 @@ TEST(Ls_finish, drops_the_start_of_a_sample_and_shows_its_bytes)
     s.write("a.sac", unfinished() + "\x44\x9A\x01");
     const kit::Outcome run = finish(s);
     EXPECT_EQ(run.status, 0);
-    EXPECT_NE(run.out.find("mean 2; dropped the start of one more sample: 44 9a 01\n"), std::string::npos)
+    EXPECT_NE(run.out.find("mean 2; dropped an incomplete last sample: 44 9a 01\n"), std::string::npos)
         << run.out;
     EXPECT_TRUE(kit::same_bytes(s.read("a.sac"), finished()));
 }
@@ -481,7 +481,7 @@ TEST(Ls_finish, never_touches_what_is_not_unfinished)
     for (const auto& [name, bytes] : before) nodes.push_back(stat_of(s.path(name)).st_ino);
     const kit::Outcome run = finish(s);
     EXPECT_EQ(run.status, 0);
-    EXPECT_EQ(run.out, "0 finished, 5 left as they were, 0 not readable or not to be finished\n");
+    EXPECT_EQ(run.out, "0 finished, 5 left as they were, 0 could not be read or finished\n");
     EXPECT_EQ(s.tree(), before);
     for (const auto& [name, bytes] : before) {
         EXPECT_EQ(stat_of(s.path(name)).st_ino, nodes[0]) << name;
@@ -500,12 +500,12 @@ TEST(Ls_finish, tells_what_it_cannot_finish_and_leaves_it_as_it_is)
     const kit::Tree before = s.tree();
     const kit::Outcome run = finish(s);
     EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.out, "0 finished, 0 left as they were, 5 not readable or not to be finished\n");
+    EXPECT_EQ(run.out, "0 finished, 0 left as they were, 5 could not be read or finished\n");
     EXPECT_EQ(run.err, "vx_ls: a.sac: shorter than a SAC header: 0 bytes\n"
                        "vx_ls: b.sac: not a SAC file\n"
-                       "vx_ls: c.sac: unfinished, but sample 2 is no number; left as it is\n"
-                       "vx_ls: d.sac: unfinished, but no evenly spaced time series\n"
-                       "vx_ls: e.sac: unfinished, but no evenly spaced time series\n");
+                       "vx_ls: c.sac: unfinished, but sample 2 is not a number; left as it is\n"
+                       "vx_ls: d.sac: unfinished, but not an evenly spaced time series\n"
+                       "vx_ls: e.sac: unfinished, but not an evenly spaced time series\n");
     EXPECT_EQ(s.tree(), before);
 }
 
@@ -550,7 +550,7 @@ TEST(Ls_finish, a_trace_that_grows_meanwhile_is_left_as_it_is_even_with_force)
         std::ofstream more(s.path("a.sac"), std::ios::binary | std::ios::app);
         more << "more";
     });
-    EXPECT_EQ(err, "vx_ls: a.sac: was changed meanwhile; left as it is\n");
+    EXPECT_EQ(err, "vx_ls: a.sac: changed while it was read; left as it is\n");
     EXPECT_EQ(std::filesystem::file_size(s.path("a.sac")), 100'000'004U);
     EXPECT_EQ(kit::names(s.tree()), "a.sac\nerr\nout\n");
 }
@@ -562,7 +562,7 @@ TEST(Ls_finish, a_trace_whose_name_goes_to_another_file_meanwhile_is_left_as_it_
         std::filesystem::rename(s.path("a.sac"), s.path("old.sac"));
         s.write("a.sac", "new");
     });
-    EXPECT_EQ(err, "vx_ls: a.sac: was changed meanwhile; left as it is\n");
+    EXPECT_EQ(err, "vx_ls: a.sac: changed while it was read; left as it is\n");
     EXPECT_EQ(s.read("a.sac"), "new");
 }
 

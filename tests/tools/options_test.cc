@@ -70,7 +70,7 @@ TEST(Mkrec_options, a_size_counts_in_bytes_kibi_mebi_or_gibibytes)
     EXPECT_EQ(read({"--size", "100G", "o"}).size, int64_t{100} << 30);
     for (const char* bad : {"", "0", "1000", "M", "-1M", "1.5M", "1T", "1048577G", "99999999999999999999"})
         EXPECT_THAT(complaint_about({"--size", bad, "o"}),
-                    testing::StartsWith("--size " + (*bad ? std::string(bad) : "''") + " is no "))
+                    testing::StartsWith("--size " + (*bad ? std::string(bad) : "''") + " is not "))
             << bad;
 }
 
@@ -83,9 +83,9 @@ TEST(Mkrec_options, a_rate_is_a_whole_number_of_milliseconds_from_sample_to_samp
     EXPECT_EQ(complaint_about({"--rate", "100,7", "o"}), "--rate 7 does not divide 1000");
     for (const char* bad : {"0", "2000", "x"})
         EXPECT_EQ(complaint_about({"--rate", bad, "o"}),
-                  std::string("--rate ") + bad + " is no whole number from 1 to 1000");
+                  std::string("--rate ") + bad + " is not a whole number from 1 to 1000");
     for (const char* bad : {"", "100,"})
-        EXPECT_EQ(complaint_about({"--rate", bad, "o"}), "--rate '' is no whole number from 1 to 1000");
+        EXPECT_EQ(complaint_about({"--rate", bad, "o"}), "--rate '' is not a whole number from 1 to 1000");
 }
 
 TEST(Mkrec_options, refusals_say_why)
@@ -93,17 +93,17 @@ TEST(Mkrec_options, refusals_say_why)
     const auto refused = [](const std::string& name, const std::string& value) {
         return complaint_about({name, value, "o"});
     };
-    EXPECT_EQ(refused("--units", "0"), "--units 0 is no whole number from 1 to 20000");
-    EXPECT_EQ(refused("--units", "20001"), "--units 20001 is no whole number from 1 to 20000");
-    EXPECT_EQ(refused("--streams", "100"), "--streams 100 is no whole number from 1 to 99");
-    EXPECT_EQ(refused("--channels", "33"), "--channels 33 is no whole number from 1 to 32");
-    EXPECT_EQ(refused("--events", "0"), "--events 0 is no whole number from 1 to 1000000");
-    EXPECT_EQ(refused("--seconds", "ten"), "--seconds ten is no whole number from 1 to 10000000");
-    EXPECT_EQ(refused("--seed", "-1"), "--seed -1 is no whole number from 0 to 9223372036854775807");
-    EXPECT_EQ(refused("--size", "1000"), "--size 1000 is no multiple of 1024");
-    EXPECT_EQ(refused("--format", "c2,c1"), "--format c1 is none of c2, c0, 32 and 16");
+    EXPECT_EQ(refused("--units", "0"), "--units 0 is not a whole number from 1 to 20000");
+    EXPECT_EQ(refused("--units", "20001"), "--units 20001 is not a whole number from 1 to 20000");
+    EXPECT_EQ(refused("--streams", "100"), "--streams 100 is not a whole number from 1 to 99");
+    EXPECT_EQ(refused("--channels", "33"), "--channels 33 is not a whole number from 1 to 32");
+    EXPECT_EQ(refused("--events", "0"), "--events 0 is not a whole number from 1 to 1000000");
+    EXPECT_EQ(refused("--seconds", "ten"), "--seconds ten is not a whole number from 1 to 10000000");
+    EXPECT_EQ(refused("--seed", "-1"), "--seed -1 is not a whole number from 0 to 9223372036854775807");
+    EXPECT_EQ(refused("--size", "1000"), "--size 1000 is not a multiple of 1024");
+    EXPECT_EQ(refused("--format", "c2,c1"), "--format c1 is not one of c2, c0, 32 and 16");
     EXPECT_EQ(refused("--signal", "Quake"),
-              "--signal Quake is none of quake, quiet, loud, offset, full and mixed");
+              "--signal Quake is not one of quake, quiet, loud, offset, full and mixed");
     EXPECT_EQ(refused("--mseed", ""), "--mseed needs a name");
     EXPECT_EQ(refused("--mseed", "o"), "the recording and --mseed are the same file: o");
 }
@@ -145,7 +145,7 @@ TEST(Survey, a_size_too_small_for_its_events_is_refused)
     Survey survey;
     std::string complaint;
     EXPECT_FALSE(make_survey(o, survey, complaint));
-    EXPECT_EQ(complaint, "the size is too small: 500 packets are the least");
+    EXPECT_EQ(complaint, "the size is too small: at least 500 packets are needed");
     o.size = 500 * 1024;
     EXPECT_TRUE(make_survey(o, survey, complaint));
 }

@@ -434,7 +434,7 @@ TEST(Mkrec_program, what_a_limit_of_file_sizes_cuts_off_is_removed)
     EXPECT_TRUE(s.tree().empty());
     s.write("x", "precious");
     EXPECT_EQ(run_limited("--force x").err,
-              "vx_mkrec: write error in x: File too large; what is in it is not whole\n");
+              "vx_mkrec: write error in x: File too large; the file is incomplete\n");
     EXPECT_TRUE(s.exists("x"));
 }
 

@@ -25,7 +25,7 @@ bool make_directories(const std::string& path)
 std::string why_not(const Entry& e)
 {
     if (e.is_lost()) return why_lost(e);
-    if (e.has(TraceFlag::unfinished)) return "unfinished; --finish it first";
+    if (e.has(TraceFlag::unfinished)) return "unfinished; run vx_ls --finish first";
     if (e.has(TraceFlag::cut)) return "cut: shorter than its header says";
     if (e.has(TraceFlag::empty)) return "no samples";
     if (e.has(TraceFlag::no_rate)) return "no sample rate";
@@ -39,7 +39,7 @@ void set_begin(SACHDR_T& h)
     h.E = static_cast<float>(steps * static_cast<double>(h.DELTA));
 }
 
-/// An empty text when it went well.
+/// Returns an empty text on success, else the reason of the failure.
 std::string copy(trace::InputFile& input, trace::TraceHeader& trace, const std::string& target)
 {
     struct stat there;
@@ -58,7 +58,7 @@ std::string copy(trace::InputFile& input, trace::TraceHeader& trace, const std::
         if (!fresh.write({buffer, static_cast<size_t>(got)})) return strerror(errno);
         copied += static_cast<uint64_t>(got);
     }
-    if (copied != trace.data_len || !input.is_unchanged()) return "was changed meanwhile; not copied";
+    if (copied != trace.data_len || !input.is_unchanged()) return "changed while it was read; not copied";
     return fresh.place(input.is) ? "" : strerror(errno);
 }
 

@@ -1,4 +1,4 @@
-// Copies of traces with B and E set, for programs that insist on them.
+// Makes copies of traces with B and E, for programs that need them.
 #pragma once
 
 #include <string>
@@ -6,9 +6,9 @@
 
 namespace ls {
 
-/// Copies every whole trace of the paths into `dir`, which is made if missing, in the same tree, with B = 0
-/// and E = (NPTS - 1) * DELTA. What stands there already is not touched. False when a trace was not copied;
-/// standard error tells which and why.
+/// Copies every complete trace of the paths into the same tree below `dir`, which is made if missing, with
+/// B = 0 and E = (NPTS - 1) * DELTA. Existing files are not overwritten. Returns false if a trace was not
+/// copied; a message on standard error says which and why.
 bool copy_with_begin(const std::string& dir, const std::vector<std::string>& paths);
 
 } // namespace ls

@@ -24,7 +24,7 @@ void judge_length(Entry& e)
     }
 }
 
-/// Numbers that a run puts there before the first sample are no statistics.
+/// The values that a run writes before the first sample are not statistics.
 void judge_statistics(Entry& e, const SACHDR_T& h)
 {
     const bool reset = trace::statistics_are_reset(h);
@@ -51,8 +51,8 @@ void take_header(Entry& e, const SACHDR_T& h)
     if (!e.start) e.set(TraceFlag::no_time);
 }
 
-/// Stream and channel as the names of traces tell them, YYYYDDDHHMMSSmmm_STATN_s_c.sac with a letter at times
-/// for the last "_". Components named by letters do not tell the stream. Empty when the name is another one.
+/// Stream and channel from the name of a trace, YYYYDDDHHMMSSmmm_STATN_s_c.sac; the last "_" may be a letter.
+/// They are needed because components named by letters do not contain the stream. Empty for other names.
 std::string_view stream_and_channel(std::string_view path)
 {
     const std::string_view name = path.substr(path.rfind('/') + 1);
@@ -63,7 +63,7 @@ std::string_view stream_and_channel(std::string_view path)
     return is_so_named ? name.substr(23, name.size() - 23 - strlen(Fn_ext_chn)) : std::string_view();
 }
 
-/// The letter that made the name free is no part of the channel.
+/// The letter that vx_sac put in to get a free name is not part of the channel.
 auto channel_key(const Entry& e)
 {
     const std::string_view place = stream_and_channel(e.path);
@@ -71,9 +71,9 @@ auto channel_key(const Entry& e)
                            place.substr(place.empty() ? 0 : 2));
 }
 
-/// Where the traces of a channel have ended so far.
+/// The end of the traces of a channel seen so far.
 struct SoFar {
-    bool known = false; ///< not behind a trace without a sample rate
+    bool known = false; ///< false after a trace without a sample rate
     double end = 0.0;   ///< when the next sample is due, in milliseconds
 };
 

@@ -18,7 +18,7 @@ namespace {
 
 constexpr size_t Buffer_len = 65536;
 
-/// One file on its way; an empty `why` is success.
+/// One file to finish; `why` is empty on success.
 struct Task {
     const std::string& path;
     const Finishing& how;
@@ -26,7 +26,7 @@ struct Task {
     trace::TraceHeader trace;
     Fresh fresh;
     Sums sums;
-    std::string rest; ///< bytes of a sample that is not whole
+    std::string rest; ///< bytes of an incomplete sample at the end
     std::string why;
 
     bool fail(const std::string& reason)
@@ -37,20 +37,21 @@ struct Task {
     bool fail() { return fail(strerror(errno)); }
 };
 
-/// Only a series of evenly spaced samples has its count of samples told by its length.
+/// Checks that the number of samples follows from the length of the file.
 bool may_be_finished(Task& task)
 {
     const SACHDR_T& h = task.trace.header;
     struct stat what;
     if (lstat(task.path.c_str(), &what) != 0) return task.fail();
     if (S_ISLNK(what.st_mode)) return task.fail("unfinished, but a symbolic link; name the file itself");
-    if (h.IFTYPE != ITIME || h.LEVEN != 1) return task.fail("unfinished, but no evenly spaced time series");
+    if (h.IFTYPE != ITIME || h.LEVEN != 1)
+        return task.fail("unfinished, but not an evenly spaced time series");
     if (task.trace.data_len / 4 > std::numeric_limits<uint32_t>::max())
         return task.fail("unfinished, but more samples than a header can count");
     return true;
 }
 
-/// A converter that goes on would write into the old file, which has lost its name.
+/// Checks that no program writes the trace: it would go on in the old file, which no longer has a name.
 bool is_left_alone(Task& task)
 {
     if (task.how.force) return true;
@@ -59,11 +60,11 @@ bool is_left_alone(Task& task)
     return why.empty() || task.fail("unfinished, but " + why + "; left as it is (--force finishes it)");
 }
 
-/// Nobody has come meanwhile; whoever does has to wait for us, so this is asked often.
+/// Checks that no other program waits to open the file. Called often, because that program is blocked.
 bool is_left_alone_still(Task& task)
 {
     return task.how.force || holds_lease(task.input.fd) ||
-           task.fail("somebody opens it for writing; left as it is");
+           task.fail("another program is opening it for writing; left as it is");
 }
 
 bool add_samples(Task& task, const char* bytes, size_t len)
@@ -72,13 +73,13 @@ bool add_samples(Task& task, const char* bytes, size_t len)
         const float sample = trace::float_at(bytes + at, task.trace.order);
         if (!std::isfinite(sample))
             return task.fail("unfinished, but sample " + std::to_string(task.sums.count + 1) +
-                             " is no number; left as it is");
+                             " is not a number; left as it is");
         task.sums.add(sample);
     }
     return true;
 }
 
-/// Copies the whole samples behind the room for the header.
+/// Copies the complete samples to where they belong, after the header.
 bool copy_samples(Task& task)
 {
     char buffer[Buffer_len];
@@ -88,7 +89,8 @@ bool copy_samples(Task& task)
         const size_t want = ahead < Buffer_len ? static_cast<size_t>(ahead) : Buffer_len;
         const int64_t got = task.input.read(buffer, want);
         if (got < 0) return task.fail();
-        if (static_cast<size_t>(got) < want) return task.fail("became shorter meanwhile; left as it is");
+        if (static_cast<size_t>(got) < want)
+            return task.fail("became shorter while it was read; left as it is");
         const size_t whole = want / 4 * 4;
         if (!add_samples(task, buffer, whole)) return false;
         if (!task.how.dry_run && !task.fresh.write({buffer, whole})) return task.fail();
@@ -107,17 +109,17 @@ void complete(SACHDR_T& h, const Sums& sums)
     h.NPTS = static_cast<int32_t>(static_cast<uint32_t>(sums.count));
 }
 
-/// The name still leads to the file that was read, and nobody has written to that.
+/// Checks that the path is still the file that was read, and that the file has not changed.
 bool is_the_same_still(Task& task)
 {
     struct stat now;
     if (lstat(task.path.c_str(), &now) != 0) return task.fail();
     const bool same = now.st_ino == task.input.is.st_ino && now.st_dev == task.input.is.st_dev;
-    if (!same || !task.input.is_unchanged()) return task.fail("was changed meanwhile; left as it is");
+    if (!same || !task.input.is_unchanged()) return task.fail("changed while it was read; left as it is");
     return is_left_alone_still(task);
 }
 
-/// The samples behind a header that is not written yet.
+/// Copies the samples; the header before them is written later.
 bool begin_copy(Task& task)
 {
     const char header[Sac_header_len] = {};
@@ -150,7 +152,7 @@ void tell(const Task& task)
            static_cast<unsigned long long>(task.sums.count), shortest(s.least).c_str(),
            shortest(s.most).c_str(), shortest(s.mean).c_str());
     if (!task.rest.empty()) {
-        printf("; dropped the start of one more sample:");
+        printf("; dropped an incomplete last sample:");
         for (const char c : task.rest) printf(" %02x", static_cast<unsigned>(static_cast<uint8_t>(c)));
     }
     printf("\n");
@@ -204,7 +206,7 @@ bool finish_traces(const std::vector<std::string>& paths, const Finishing& how)
         const Done done = finish_one(file.path, how);
         ++(done == Done::finished ? finished : done == Done::left ? left : failed);
     }
-    printf("%zu %s, %zu left as they were, %zu not readable or not to be finished\n", finished,
+    printf("%zu %s, %zu left as they were, %zu could not be read or finished\n", finished,
            how.dry_run ? "would be finished" : "finished", left, failed);
     return seen_all && failed == 0;
 }

@@ -7,12 +7,12 @@
 
 namespace ls {
 
-/// What vx_sac tells of a trace's samples in its header.
+/// The statistics that vx_sac writes to the header of a trace.
 struct FoundStatistics {
     float least = 0.0F, most = 0.0F, mean = 0.0F;
 };
 
-/// Running sums over samples in the order of the file, kept as vx_sac keeps them.
+/// Sums over samples in the order of the file, computed as vx_sac does.
 struct Sums {
     double sum = 0.0, least, most;
     uint64_t count = 0;
@@ -23,12 +23,12 @@ struct Sums {
 };
 
 struct Finishing {
-    bool force = false;   ///< also of traces that somebody may still be writing
-    bool dry_run = false; ///< only told, nothing is written
+    bool force = false;   ///< finish also traces that may still be written
+    bool dry_run = false; ///< only print what would be done
 };
 
-/// Finishes every unfinished trace of the paths and tells of each on standard output; others stay untouched.
-/// False when something could not be read or finished; standard error tells what.
+/// Finishes every unfinished trace of the paths and prints a line for each; other files are not changed.
+/// Returns false if something could not be read or finished; a message on standard error says what.
 bool finish_traces(const std::vector<std::string>& paths, const Finishing& how);
 
 } // namespace ls

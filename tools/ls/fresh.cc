@@ -48,7 +48,7 @@ bool Fresh::settle()
     return close(fd) == 0;
 }
 
-/// Not every file system can do this, and the file is in its place already.
+/// Failure is ignored: not every file system can do this, and the file has its name already.
 void Fresh::settle_name()
 {
     const int fd = open(directory_.empty() ? "." : directory_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
@@ -59,7 +59,7 @@ void Fresh::settle_name()
 
 bool Fresh::complete(const struct stat& like)
 {
-    // Only root may give files away; a member of the group keeps at least that.
+    // Only root may change the owner; others can at least keep the group.
     if (fchown(fd_, like.st_uid, like.st_gid) != 0 && fchown(fd_, static_cast<uid_t>(-1), like.st_gid) != 0)
         errno = 0;
     return fchmod(fd_, like.st_mode & 07777) == 0 && settle();
@@ -78,11 +78,11 @@ bool Fresh::place(const struct stat& like)
     const mode_t mask = umask(0);
     umask(mask);
     if (fchmod(fd_, like.st_mode & 0777 & ~mask) != 0 || !settle()) return false;
-    // A second name, unlike a new one, never takes the place of a file.
+    // link() fails if the name exists; rename() would replace the file.
     if (link(name_.c_str(), target_.c_str()) != 0) {
         struct stat there;
         if (errno == EEXIST) return false;
-        // A file system without second names.
+        // A file system without hard links.
         if (lstat(target_.c_str(), &there) == 0) {
             errno = EEXIST;
             return false;

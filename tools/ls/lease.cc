@@ -12,8 +12,8 @@ namespace ls {
 std::string take_lease(int fd)
 {
     if (fcntl(fd, F_SETLEASE, F_RDLCK) == 0) return "";
-    if (errno == EAGAIN) return "somebody has it open for writing";
-    return std::string("nobody can tell whether it is being written: ") + strerror(errno);
+    if (errno == EAGAIN) return "another program has it open for writing";
+    return std::string("the check for writers failed: ") + strerror(errno);
 }
 
 bool holds_lease(int fd)
@@ -25,7 +25,7 @@ bool holds_lease(int fd)
 
 std::string take_lease(int)
 {
-    return "nobody can tell whether it is being written: this system has no leases";
+    return "the check for writers failed: this system has no leases";
 }
 
 bool holds_lease(int)
@@ -39,7 +39,7 @@ std::string why_not_quiet(const struct stat& file)
 {
     timespec now{};
     clock_gettime(CLOCK_REALTIME, &now);
-    if (file.st_mtim.tv_sec > now.tv_sec) return "its time of change is yet to come";
+    if (file.st_mtim.tv_sec > now.tv_sec) return "its time of change is in the future";
     if (now.tv_sec - file.st_mtim.tv_sec < Quiet_seconds) return "changed within the last ten seconds";
     return "";
 }

@@ -92,7 +92,7 @@ std::string json_text(const std::optional<std::string>& text)
     return text ? json_string(*text) : "null";
 }
 
-/// The bytes of a name that JSON cannot hold, as two hexadecimal digits each.
+/// The bytes of a name that is not UTF-8, as two hexadecimal digits each.
 std::string hex_of(std::string_view bytes)
 {
     constexpr char Digits[] = "0123456789abcdef";

@@ -1,4 +1,4 @@
-// The listing: as a table for people, or as JSON for programs.
+// Prints the listing as a table or as JSON.
 #pragma once
 
 #include "ls/entry.h"
@@ -7,10 +7,10 @@
 
 namespace ls {
 
-/// Columns under a header line, an empty line, and the count.
+/// A header line, a line per trace, an empty line, and the count.
 void print_table(const std::vector<Entry>& entries);
 
-/// One array, one object per trace.
+/// An array with an object for each trace.
 void print_json(const std::vector<Entry>& entries);
 
 } // namespace ls

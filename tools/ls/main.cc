@@ -1,5 +1,5 @@
-// vx_ls: what is in an output tree of vx_sac. Statuses: 0 done, 1 something could not be read or written,
-// 2 bad arguments.
+// vx_ls: lists and repairs the traces in an output tree of vx_sac. Statuses: 0 done, 1 something could not be
+// read or written, 2 bad arguments.
 #include "driver/base/console.h"
 #include "ls/begin.h"
 #include "ls/finish.h"
@@ -50,8 +50,9 @@ static bool run(const Options& options)
 
 int main(int argc, char** argv)
 try {
-    signal(SIGXFSZ, SIG_IGN); // a file too large for the user's limit is a failed write, not a sudden end
-    signal(SIGIO, SIG_IGN);   // tells that somebody waits for the end of a lease
+    signal(SIGXFSZ,
+           SIG_IGN);        // so that writing beyond the file size limit fails instead of killing the process
+    signal(SIGIO, SIG_IGN); // sent when another program waits for the end of a lease
     console_start();
     Options options;
     std::string complaint;
@@ -60,7 +61,7 @@ try {
         return Bad_arguments;
     }
     const bool all = run(options);
-    // A listing that was cut off must not pass for a short one.
+    // A listing that could not be written completely must not look like a short one.
     if (fflush(stdout) != 0 || ferror(stdout)) {
         fprintf(stderr, "vx_ls: standard output: %s\n", strerror(errno));
         return Not_all;

@@ -14,17 +14,17 @@ const char Help_text[] =
     "directory.\n"
     "\n"
     "  --json            one JSON array instead of a table\n"
-    "  --finish          completes the headers of traces whose run was killed, unless somebody may be\n"
-    "                    writing them still\n"
-    "  --force           with --finish: also of those\n"
-    "  --dry-run         with --finish: tells what would be done, and writes nothing\n"
+    "  --finish          completes the headers of traces whose run was killed, except traces that may\n"
+    "                    still be written\n"
+    "  --force           with --finish: finishes those, too\n"
+    "  --dry-run         with --finish: prints what would be done, writes nothing\n"
     "  --set-begin DIR   copies traces into DIR with B = 0 and E = (NPTS - 1) * DELTA; overwrites nothing\n"
     "  -h, --help, --version\n"
     "\n"
     "Flags: unreadable, not-sac, unfinished (the run was killed), empty, cut (shorter than the header "
     "says),\n"
     "extra (longer), no-rate, no-time, qc-reset (statistics are in the QC files), gap, overlap.\n"
-    "Status: 0, 1 when something could not be read or written, 2 for a mistake on the command line.\n";
+    "Status: 0, or 1 if something could not be read or written, or 2 for a mistake on the command line.\n";
 
 namespace {
 
@@ -38,7 +38,7 @@ std::optional<TaskKind> task_of(const std::string& arg)
     return std::nullopt;
 }
 
-/// Takes an option that goes with --finish; false for any other.
+/// Takes an option that is allowed with --finish; returns false for any other.
 bool take_manner(const std::string& arg, Finishing& how, std::string& manner)
 {
     if (arg != "--force" && arg != "--dry-run") return false;

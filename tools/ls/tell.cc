@@ -9,7 +9,7 @@ namespace ls {
 
 void complain(std::string_view path, std::string_view why)
 {
-    fflush(stdout); // in the order in which it happened
+    fflush(stdout); // keeps the order of messages on both streams
     fprintf(stderr, "vx_ls: %s: %s\n", printable(path).c_str(), std::string(why).c_str());
 }
 

@@ -1,4 +1,4 @@
-// Complaints, and what several tasks tell alike.
+// Messages that several tasks print.
 #pragma once
 
 #include "ls/entry.h"
@@ -12,10 +12,10 @@ namespace ls {
 /// "vx_ls: PATH: WHY" on standard error.
 void complain(std::string_view path, std::string_view why);
 
-/// Complains of what could not be looked at on the way; false when there was something.
+/// Prints a message for each path that could not be read; returns false if there was any.
 bool tell_troubles(const trace::Walk& walk);
 
-/// Why a file without a readable header has none.
+/// Why no header could be read from a file.
 std::string why_lost(const Entry& entry);
 
 } // namespace ls

@@ -14,8 +14,8 @@ uint8_t byte_of(std::string_view text, size_t at)
     return at < text.size() ? static_cast<uint8_t>(text[at]) : 0;
 }
 
-/// Bytes of the UTF-8 character at the start of a text that is not empty; 0 when they are none. Longer forms
-/// than needed, surrogates and what lies above U+10FFFF are none.
+/// Length of the UTF-8 character at the start of a text that is not empty; 0 if it is not valid UTF-8.
+/// Overlong forms, surrogates and values above U+10FFFF are not valid.
 size_t utf8_length(std::string_view text)
 {
     const uint8_t first = byte_of(text, 0), second = byte_of(text, 1);
@@ -36,7 +36,7 @@ bool is_control(std::string_view character)
     return first < 0x20 || first == 0x7F || (first == 0xC2 && byte_of(character, 1) < 0xA0);
 }
 
-/// Marks that turn the direction of writing, so that a name shows in another order than it has: U+061C,
+/// Marks that change the direction of writing, so that a name is shown in another order: U+061C,
 /// U+200E, U+200F, U+202A to U+202E, U+2066 to U+2069.
 bool turns_direction(std::string_view character)
 {

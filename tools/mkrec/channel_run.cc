@@ -27,7 +27,7 @@ ChannelRun::ChannelRun(const Survey& survey, const LinePlace& place)
 {
 }
 
-/// Has as many samples waiting as one block can take, unless the event ends before.
+/// Takes from the signal as many samples as one block can hold, or fewer at the end of the event.
 void ChannelRun::look_ahead()
 {
     const int want = most_samples(format_);

@@ -9,20 +9,20 @@
 namespace mkrec {
 
 struct SampleBlock {
-    uint8_t payload[Steim_len]; ///< what stands behind a data packet's header and extension
+    uint8_t payload[Steim_len]; ///< what follows the header and extension of a data packet
     int used;                   ///< bytes of it that hold data
     int samples;
-    int64_t first; ///< number of the first of them in the event, from 0
+    int64_t first; ///< number of the first sample within the event, from 0
 };
 
 class ChannelRun {
 public:
     ChannelRun(const Survey& survey, const LinePlace& place);
 
-    /// Gives the next block; false at the end.
+    /// Makes the next block; returns false at the end.
     bool next(SampleBlock& block);
 
-    /// True when the samples cannot be told in the channel's format; there are no more blocks then.
+    /// True if the channel's format cannot hold the samples; then there are no more blocks.
     bool not_encodable() const { return not_encodable_; }
 
 private:
@@ -32,11 +32,11 @@ private:
     SampleFormat format_;
     bool bad_check_;
     SignalMaker signal_;
-    int64_t samples_left_; ///< not yet asked of the signal; meaningless while blocks are counted
-    int64_t blocks_left_;  ///< -1: not counted
+    int64_t samples_left_; ///< samples still to be taken from the signal; not used if blocks_left_ is
+    int64_t blocks_left_;  ///< -1: not used
     std::vector<int32_t> ahead_;
-    int from_ = 0, to_ = 0; ///< what of it is waiting
-    int32_t previous_ = 0;  ///< the last sample of the block before
+    int from_ = 0, to_ = 0; ///< the samples of it that wait for a block
+    int32_t previous_ = 0;  ///< the last sample of the previous block
     int64_t given_ = 0;     ///< samples given in all
     bool not_encodable_ = false;
 };

@@ -1,4 +1,4 @@
-// Absolute time of a recording: milliseconds since the start of its first year, and their digits.
+// Times of a recording: milliseconds since the start of its first year, and their digits.
 #pragma once
 
 #include <cstdint>

@@ -8,7 +8,7 @@ namespace mkrec {
 
 namespace {
 
-/// Electric facts of a digitiser input, in the letters of the event header.
+/// Electrical data of a digitiser input, as codes of the event header.
 struct InputFile {
     const char *nominal, *exact; // bit weight
     char gain, resolution, full_scale, sensor_full_scale;

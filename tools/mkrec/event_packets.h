@@ -6,17 +6,17 @@
 
 namespace mkrec {
 
-/// When things happen in an event, in milliseconds.
+/// Times of an event, in milliseconds.
 struct MadeTimes {
     int64_t first, trigger;
-    int64_t detrigger, last; ///< -1 while the event goes on
+    int64_t detrigger, last; ///< -1 before the event ends
 };
 
-/// An event header, or the trailer when `trailer` is set, for one bank of channels.
+/// An event header, or a trailer if `trailer` is set, for one bank of channels.
 void write_event_page(TextPage& page, const Survey& survey, const LinePlace& event, const MadeTimes& times,
                       bool trailer, int bank, int sequence);
 
-/// A network header (NH) or trailer (NT); they tell about an event like its header does.
+/// A network header (NH) or trailer (NT); they describe an event with the fields of an EH.
 void write_network_page(TextPage& page, const Survey& survey, const LinePlace& event, const MadeTimes& times,
                         const char* type, int sequence);
 

@@ -30,7 +30,7 @@ bool EventPart::not_encodable() const
     return std::any_of(lanes_.begin(), lanes_.end(), [](const Lane& l) { return l.run.not_encodable(); });
 }
 
-/// The channel whose packet was full first.
+/// The channel whose waiting packet was full first.
 EventPart::Lane* EventPart::first_full()
 {
     Lane* first = nullptr;
@@ -41,7 +41,7 @@ EventPart::Lane* EventPart::first_full()
     return first;
 }
 
-/// Packets are counted within their event from 0, so the first one never looks out of sequence.
+/// The sequence numbers of an event start at 0, so that the first packet is in sequence.
 int EventPart::next_sequence()
 {
     return static_cast<int>(packets_++ % 10000);

@@ -12,17 +12,17 @@ class EventPart {
 public:
     EventPart(const Survey& survey, const LinePlace& event);
 
-    /// Gives the next packet; false at the end.
+    /// Makes the next packet; returns false at the end.
     bool next(TextPage& page);
 
     const LinePlace& event() const { return event_; }
-    /// What has happened so far; at the end, all of it.
+    /// The times of the event so far; at the end, all of them.
     MadeTimes times() const;
     uint32_t packets() const { return packets_; }
     bool not_encodable() const;
 
 private:
-    struct Lane { // a channel and its packet that waits to be written
+    struct Lane { // a channel and its next packet
         ChannelRun run;
         SampleBlock block;
         bool waiting;

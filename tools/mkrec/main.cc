@@ -1,4 +1,4 @@
-// vx_mkrec: a field recording made up from its arguments. Statuses: 0 done, 1 not written, 2 bad arguments.
+// vx_mkrec: writes a synthetic field recording. Statuses: 0 done, 1 not written, 2 bad arguments.
 #include "driver/base/console.h"
 #include "mkrec/mseed.h"
 #include "mkrec/recording.h"
@@ -22,11 +22,11 @@ static bool open_file(RecordingFile& out, const std::string& path, bool force)
     return false;
 }
 
-/// What becomes of a file that is not whole.
+/// Says what happens to an incomplete file.
 static const char* what_is_left(const RecordingFile& out, const std::string& path)
 {
     if (out.is_new()) return "; it is removed";
-    return path == "-" ? "" : "; what is in it is not whole";
+    return path == "-" ? "" : "; the file is incomplete";
 }
 
 static bool write_file(const Survey& survey, RecordingFile& out, const std::string& path,
@@ -43,7 +43,7 @@ static bool write_file(const Survey& survey, RecordingFile& out, const std::stri
     return false;
 }
 
-/// Both files are opened before the first one is written: a name that cannot be had costs no work.
+/// Opens both files before the first one is written, so that a bad name is found at once.
 static int write_files(const Survey& survey)
 {
     const Options& options = survey.options;
@@ -60,7 +60,7 @@ static int write_files(const Survey& survey)
     return written ? 0 : Not_written;
 }
 
-/// What goes to standard output is a recording at times, so a write that failed must not pass unseen.
+/// Prints a text; a write that fails must give a status other than 0.
 static int say(const char* text)
 {
     return fputs(text, stdout) >= 0 && fflush(stdout) == 0 ? 0 : Not_written;
@@ -68,7 +68,8 @@ static int say(const char* text)
 
 int main(int argc, char** argv)
 try {
-    signal(SIGXFSZ, SIG_IGN); // a file too large for the user's limit is a failed write, not a sudden end
+    signal(SIGXFSZ,
+           SIG_IGN); // so that writing beyond the file size limit fails instead of killing the process
     console_start();
     Options options;
     Survey survey;

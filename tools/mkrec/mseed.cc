@@ -70,7 +70,7 @@ void write_record(uint8_t* record, const Survey& survey, const LinePlace& place,
     put_start(w, sample_ms(survey, place, block.first), micros_of(place.unit));
     w.number(static_cast<uint32_t>(block.samples), 2);
     w.number(static_cast<uint32_t>(rate_of(survey, place.stream)), 2);
-    w.number(1, 2); // the rate is what it says
+    w.number(1, 2); // the rate factor is the rate
     w.number(0, 3); // no activity, clock or quality flags
     w.number(1, 1); // blockettes
     w.number(0, 4); // time correction

@@ -1,4 +1,4 @@
-// One table of options; each row knows how to take its value.
+// The table of options; each row has the function that reads its value.
 #include "mkrec/options.h"
 
 #include <algorithm>
@@ -9,8 +9,8 @@ namespace mkrec {
 
 const char Help_text[] =
     "Usage: vx_mkrec [options] OUT\n"
-    "Writes a made-up field recording of PASSCAL packets to the file OUT (- for standard output). A file\n"
-    "that exists is not touched without --force.\n"
+    "Writes a synthetic field recording of PASSCAL packets to the file OUT (- for standard output). An\n"
+    "existing file is not overwritten without --force.\n"
     "The same options and seed give the same bytes on every machine.\n"
     "\n"
     "What is recorded:\n"
@@ -18,18 +18,18 @@ const char Help_text[] =
     "  --streams N       data streams of each unit                        (2)\n"
     "  --channels N      channels of each stream, 32 at most              (3)\n"
     "  --events N        events of each stream                            (2)\n"
-    "  --seconds N       length of an event, time from quake to quake     (60)\n"
-    "  --size N          exactly N bytes, N may end in K, M or G; events are as long as that takes\n"
-    "  --rate N,...      samples per second, by stream; divides 1000      (200,50)\n"
+    "  --seconds N       length of an event, and time between quakes      (60)\n"
+    "  --size N          exactly N bytes, N may end in K, M or G; sets the length of the events\n"
+    "  --rate N,...      samples per second, by stream; must divide 1000  (200,50)\n"
     "  --format F,...    c2 Steim-2, c0 Steim-1, 32 or 16 bits, by stream (c2,c0,32,16)\n"
     "  --signal KIND     quake, quiet, loud, offset, full or mixed        (quake)\n"
-    "  --seed N          another seed, other samples                      (1)\n"
+    "  --seed N          another seed gives other samples                 (1)\n"
     "\n"
     "How it is written:\n"
-    "  --interleave      units and streams side by side, packet by packet; else one after another\n"
-    "  --no-et           no event ends\n"
-    "  --no-parameters   no packets but EH, DT and ET\n"
-    "  --bad-check       every Steim packet tells a wrong last sample\n"
+    "  --interleave      packets of units and streams in turn; without it, one unit after another\n"
+    "  --no-et           no ET packets: no event ends\n"
+    "  --no-parameters   only EH, DT and ET packets\n"
+    "  --bad-check       every Steim packet stores a wrong last sample\n"
     "  --mseed FILE      also writes the data as 1024-byte miniSEED records, channel by channel\n"
     "  --force           overwrites files that exist\n"
     "\n"
@@ -43,7 +43,7 @@ namespace {
 constexpr int64_t Most_events = 1000000;
 constexpr int64_t Most_bytes = int64_t{1} << 50;
 
-/// Digits only; false for anything else and for numbers outside of the bounds.
+/// Reads decimal digits; returns false for other characters and for numbers out of range.
 bool read_number(const std::string& text, int64_t least, int64_t most, int64_t& value)
 {
     int64_t v = 0;
@@ -56,17 +56,19 @@ bool read_number(const std::string& text, int64_t least, int64_t most, int64_t& 
     return v >= least;
 }
 
-/// A value as a complaint shows it.
+/// A value for a message.
 std::string shown(const std::string& value)
 {
     return value.empty() ? "''" : value;
 }
 
-/// Readers of values give an empty text, or why not: the rest of a sentence that begins with the option.
+/// The functions that read values return an empty text, or a message without its beginning, the option's
+/// name.
 std::string read_whole(const std::string& text, int64_t least, int64_t most, int64_t& value)
 {
     if (read_number(text, least, most, value)) return "";
-    return shown(text) + " is no whole number from " + std::to_string(least) + " to " + std::to_string(most);
+    return shown(text) + " is not a whole number from " + std::to_string(least) + " to " +
+           std::to_string(most);
 }
 
 std::string read_int(const std::string& text, int least, int most, int& value)
@@ -91,9 +93,9 @@ std::string read_size(const std::string& text, int64_t& value)
     }
     int64_t v = 0;
     if (!read_number(digits, 1, Most_bytes / unit, v))
-        return shown(text) + " is no number of bytes (K, M or G behind it), 1048576G at most";
+        return shown(text) + " is not a number of bytes (K, M or G may follow), 1048576G at most";
     value = v * unit;
-    return value % 1024 == 0 ? "" : text + " is no multiple of 1024";
+    return value % 1024 == 0 ? "" : text + " is not a multiple of 1024";
 }
 
 std::vector<std::string> split(const std::string& text)
@@ -108,7 +110,7 @@ std::vector<std::string> split(const std::string& text)
     return parts;
 }
 
-/// Times are told in milliseconds, so the time from sample to sample is a whole number of them.
+/// Times have milliseconds, so the sample interval must be a whole number of them.
 std::string read_rates(const std::string& text, std::vector<int>& rates)
 {
     rates.clear();
@@ -137,7 +139,7 @@ std::string read_formats(const std::string& text, std::vector<SampleFormat>& for
         else if (part == "c2")
             formats.push_back(SampleFormat::steim2);
         else
-            return shown(given) + " is none of c2, c0, 32 and 16";
+            return shown(given) + " is not one of c2, c0, 32 and 16";
     }
     return "";
 }
@@ -154,7 +156,7 @@ std::string read_motion(const std::string& text, Motion& motion)
         motion = m.motion;
         return "";
     }
-    return shown(text) + " is none of quake, quiet, loud, offset, full and mixed";
+    return shown(text) + " is not one of quake, quiet, loud, offset, full and mixed";
 }
 
 std::string read_seed(const std::string& text, uint64_t& seed)
@@ -181,7 +183,7 @@ using OptionText = const std::string&;
 struct Option {
     const char* name;
     bool takes_value;
-    std::string (*take)(Options& o, OptionText value); ///< empty, or why not
+    std::string (*take)(Options& o, OptionText value); ///< returns an empty text or the error
 };
 
 constexpr Option Table[] = {
@@ -217,7 +219,7 @@ bool take_out(Options& options, const std::string& arg, std::string& complaint)
     return complaint.empty();
 }
 
-/// Takes args[at], and args[at + 1] where it is the option's value.
+/// Takes args[at], and args[at + 1] if that is the option's value.
 bool take_option(const std::vector<std::string>& args, size_t& at, Options& options, std::string& complaint)
 {
     const std::string& arg = args[at];

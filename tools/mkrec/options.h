@@ -1,4 +1,4 @@
-// What the user asks for: the command line, read and checked.
+// Reads and checks the command line.
 #pragma once
 
 #include "mkrec/signal.h"
@@ -19,16 +19,17 @@ struct Options {
     int channels = 3;   ///< of each stream
     int64_t events = 2; ///< of each stream
     int64_t seconds = 60;
-    int64_t size = 0;                ///< bytes of the recording; 0: as many as the seconds need
-    std::vector<int> rates{200, 50}; ///< samples per second, dealt out to the streams in turn
+    int64_t size = 0; ///< bytes of the recording; 0: given by the seconds
+    std::vector<int> rates{200,
+                           50}; ///< samples per second of the streams, repeated if there are more streams
     std::vector<SampleFormat> formats{SampleFormat::steim2, SampleFormat::steim1, SampleFormat::int32,
                                       SampleFormat::int16};
     Motion motion = Motion::quake;
     uint64_t seed = 1;
     bool interleave = false;
     bool trailers = true;   ///< false: events never end
-    bool parameters = true; ///< false: nothing but EH, DT and ET
-    bool bad_check = false; ///< true: every Steim packet tells a wrong last sample
+    bool parameters = true; ///< false: only EH, DT and ET packets
+    bool bad_check = false; ///< true: every Steim packet stores a wrong last sample
     bool force = false;     ///< true: files that exist are overwritten
     bool help = false, version = false;
 };

@@ -10,7 +10,7 @@ namespace mkrec {
 
 static constexpr size_t Buffer_len = 256 * 1024;
 
-/// Opens what stands at the path already. -1 with errno EEXIST for a file whose bytes would be lost.
+/// Opens an existing file. Returns -1 with errno EEXIST if its bytes would be lost.
 static int open_existing(const std::string& path, bool force)
 {
     struct stat there;

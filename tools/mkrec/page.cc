@@ -7,7 +7,7 @@ namespace mkrec {
 
 static void put_time(TextPage& page, const RecorderClock& clock)
 {
-    // Day, hour, minute, second and millisecond are 12 digits, more than one number of 32 bits holds.
+    // Day, hour, minute, second and millisecond are 12 digits, too many for a number of 32 bits.
     put_bcd(page, HDR::Year, static_cast<unsigned>(clock.year % 100));
     const int at = HDR::Time.at;
     put_bcd(page, {at, 3}, static_cast<unsigned>((clock.day * 100 + clock.hour) * 10 + clock.minute / 10));

@@ -1,4 +1,4 @@
-// One packet under the pen: 1024 bytes and the ways to put something into a field.
+// A packet of 1024 bytes, and functions that write to its fields.
 #pragma once
 
 #include "mkrec/clock.h"
@@ -13,7 +13,7 @@ struct TextPage {
     uint8_t bytes[Packet_size];
 };
 
-/// What every packet begins with.
+/// The header of every packet.
 struct PacketHeader {
     std::string_view type; ///< two letters
     uint16_t unit;
@@ -24,15 +24,15 @@ struct PacketHeader {
 
 inline constexpr unsigned Experiment = 7;
 
-/// Begins a packet: the header, and `fill` behind it.
+/// Begins a packet: writes the header, and `fill` after it.
 void start_page(TextPage& page, const PacketHeader& header, char fill);
 void put_byte_cnt(TextPage& page, int byte_cnt);
 
-/// Text from the field's left end on, cut to the field; what is behind it stays.
+/// Writes a text at the left of the field, cut to its length; the bytes after it stay as they are.
 void put_text(TextPage& page, Span field, std::string_view text);
-/// The digits of a number, two per byte; digits that do not fit are left out.
+/// Writes the last digits of a number, two per byte, as many as fit.
 void put_bcd(TextPage& page, Span field, unsigned value);
-/// A number, big-endian.
+/// Writes a number, big-endian.
 void put_binary(TextPage& page, Span field, uint32_t value);
 
 } // namespace mkrec

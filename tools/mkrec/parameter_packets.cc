@@ -13,7 +13,7 @@ constexpr Span whole(int from)
     return {from, Packet_size - from};
 }
 
-/// Year to second, as the settings give times.
+/// Year to second, the form of times in parameter packets.
 std::string settings_time(int64_t ms, int len)
 {
     char digits[Time_len + 1];
@@ -120,7 +120,8 @@ void ParameterPages::streams(TextPage& page, int number)
             put(in_entry(DS::STRM::Trigger.at, field), value);
         };
         const int stream = first + i;
-        put(DS::STRM::Number, std::to_string(stream + 1)); // on the left: a blank in front means no entry
+        put(DS::STRM::Number,
+            std::to_string(stream + 1)); // left-justified: an entry that begins with a blank is not shown
         put(DS::STRM::Name, stream_name(stream));
         put(DS::STRM::Channels, channel_list(survey_, stream));
         put(DS::STRM::Rate, std::to_string(rate_of(survey_, stream)));

@@ -1,4 +1,4 @@
-// The packets that tell how a unit is set up and what it has written.
+// The packets with a unit's settings, and the directory of what it has written.
 #pragma once
 
 #include "mkrec/event_packets.h"
@@ -7,7 +7,7 @@
 
 namespace mkrec {
 
-/// An event as the directory of the recording medium lists it.
+/// An event in the directory of the recording medium.
 struct DirectoryEntry {
     LinePlace event;
     MadeTimes times;
@@ -16,7 +16,7 @@ struct DirectoryEntry {
 
 inline constexpr size_t Directory_most = DR::Entries.count; ///< entries that one packet holds
 
-/// Writes pages for one unit; each gives its meaningful bytes in the header. `sequence` counts them.
+/// Writes the packets of one unit, each with its byte count in the header. `sequence` counts them.
 class ParameterPages {
 public:
     ParameterPages(const Survey& survey, int unit) : survey_(survey), unit_(unit) {}

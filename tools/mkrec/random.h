@@ -5,7 +5,7 @@
 
 namespace mkrec {
 
-/// One number out of several that a thing is known by (seed, unit, stream, ...), well stirred.
+/// Hashes several numbers (seed, unit, stream, ...) to one.
 inline uint64_t stirred(uint64_t a, uint64_t b)
 {
     uint64_t z = a + 0x9E3779B97F4A7C15u * (b + 1);
@@ -19,7 +19,7 @@ struct RandomBits {
 
     explicit RandomBits(uint64_t seed) : state(stirred(seed, 0) | 1) {}
 
-    /// 64 fresh bits; the upper ones are the better.
+    /// The next 64 bits; the upper ones are of better quality.
     uint64_t next()
     {
         state ^= state << 13;

@@ -1,4 +1,4 @@
-// A recorder (unit) opens with its settings, records its events and closes with a directory of them.
+// A recorder (unit) writes its settings first, then its events, then a directory of them.
 #include "mkrec/recording.h"
 
 #include "mkrec/event_part.h"
@@ -23,7 +23,7 @@ public:
     }
 
     void open();
-    /// Writes the event's next packet; at its end notes it in the directory and gives false.
+    /// Writes the event's next packet. At the end, adds the event to the directory and returns false.
     bool record(EventPart& part);
     void close();
 
@@ -98,7 +98,7 @@ void Recorder::close()
     write(page);
 }
 
-/// Records the same event of all streams of these recorders, each packet from another one.
+/// Records the same event of all streams of these recorders; they write their packets in turn.
 bool record_side_by_side(const Survey& survey, std::vector<Recorder>& recorders, int64_t event,
                          const RecordingFile& out)
 {

@@ -1,4 +1,4 @@
-// The whole recording, written as it is made: memory does not grow with its size.
+// Makes and writes the recording packet by packet: memory does not grow with its size.
 #pragma once
 
 #include "mkrec/output.h"
@@ -6,8 +6,8 @@
 
 namespace mkrec {
 
-/// Writes every packet. False when the samples cannot be told in the format asked for; a file that cannot
-/// be written is the output's to tell.
+/// Writes every packet. Returns false if the format cannot hold the samples. Write errors are remembered by
+/// the output.
 bool write_recording(const Survey& survey, RecordingFile& out);
 
 } // namespace mkrec

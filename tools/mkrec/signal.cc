@@ -1,4 +1,4 @@
-// Noise is a sum that leaks; a quake is two resonances, pushed anew in every period.
+// Noise is a leaky sum of random numbers; a quake is two resonances that are excited in every period.
 #include "mkrec/signal.h"
 
 #include <algorithm>
@@ -11,7 +11,8 @@ constexpr int32_t Far_off_16 = 20000;
 constexpr int32_t Far_off_32 = 8000000; // close to the end of a 24-bit digitiser's range
 constexpr int Wave_places = 8, Envelope_places = 20, Resonance_places = 14;
 
-/// Cosine for 0 to 2 radians by its series: sums and products round alike on every host.
+/// Cosine for 0 to 2 radians by its series, because sums and products are rounded in the same way on every
+/// host.
 double cosine(double x)
 {
     double term = 1, sum = 1;
@@ -22,7 +23,7 @@ double cosine(double x)
     return sum;
 }
 
-/// Rounded as the recordings have always been; below zero not to the nearest.
+/// Rounding that recordings depend on; below zero it is not to the nearest.
 int64_t fixed_point(double x)
 {
     return static_cast<int64_t>(x * (1 << Resonance_places) + 0.5); // NOLINT(bugprone-incorrect-roundings)
@@ -44,7 +45,8 @@ Wave make_wave(double hertz, int fade_sec, int64_t counts, int64_t arrival, cons
 {
     const double turn = std::min(hertz, plan.rate / 5.0) / plan.rate;
     const double damping = 1 - 0.4 * turn;
-    const double push = static_cast<double>(counts) * turn * 100 / hertz; // a sharp resonance swings farther
+    const double push =
+        static_cast<double>(counts) * turn * 100 / hertz; // a sharp resonance has a larger amplitude
     return {.noise = RandomBits(stirred(plan.seed, static_cast<uint64_t>(which))),
             .arrival = arrival,
             .strength = static_cast<int64_t>(push) << Envelope_places,
@@ -53,7 +55,7 @@ Wave make_wave(double hertz, int fade_sec, int64_t counts, int64_t arrival, cons
             .b = fixed_point(damping * damping)};
 }
 
-/// P shakes the ground up and down, S from side to side; both less at a distance.
+/// P is strong on the vertical axis, S on the horizontal ones; both are weaker at a distance.
 int64_t strength_at(const SignalPlan& plan, int64_t counts, const int (&share)[3])
 {
     const int near = 8 - plan.distance % 8;
@@ -76,7 +78,7 @@ int64_t arrival(const SignalPlan& plan, int twentieths, int tenths_of_a_second)
     return (plan.period * twentieths / 20 + late) % plan.period;
 }
 
-/// One sample of a wave. It rests when neither its envelope nor its resonance would show any more.
+/// One sample of a wave; 0 without further work once envelope and resonance are too small to show.
 int32_t swing(Wave& wave)
 {
     const int64_t push = wave.noise.signed_bits(8);
@@ -128,12 +130,12 @@ void SignalMaker::fill(int32_t* x, int n)
     case Motion::full: fill_full(x, n); break;
     case Motion::mixed: fill_walk(x, n, 1, plan_.word_bits == 16 ? 16 : 30, 12); break;
     }
-    if (plan_.word_bits == 16) // a digitiser at its limit gives the limit
+    if (plan_.word_bits == 16) // a digitiser clips at its limit
         for (int i = 0; i < n; ++i) x[i] = std::clamp(x[i], -32768, 32767);
     at_ += n;
 }
 
-/// Sixteen samples from one draw.
+/// Makes sixteen samples from one random number.
 void SignalMaker::fill_noise(int32_t* x, int n)
 {
     int32_t level = level_;
@@ -176,8 +178,8 @@ void SignalMaker::fill_full(int32_t* x, int n)
     for (int i = 0; i < n; ++i) x[i] = noise_.signed_bits(plan_.full_bits);
 }
 
-/// A walk whose steps have `least` to `most` bits, changing every 1 to `hold` samples. It turns back at the
-/// end of its range, so a step never needs more bits than it has.
+/// A random walk with steps of `least` to `most` bits; the width changes every 1 to `hold` samples. At the
+/// end of the range a step is reversed, so it never needs more bits than its width.
 void SignalMaker::fill_walk(int32_t* x, int n, int least, int most, int hold)
 {
     const int32_t limit = plan_.word_bits == 16 ? 32767 : most > 16 ? 1 << 30 : 1 << 22;
@@ -188,7 +190,7 @@ void SignalMaker::fill_walk(int32_t* x, int n, int least, int most, int hold)
             width_left_ = static_cast<int>((draw >> 48) % static_cast<unsigned>(hold));
         }
         int32_t step = noise_.signed_bits(width_);
-        if (width_ > 1 && step == -(1 << (width_ - 1))) ++step; // so that it can be turned round
+        if (width_ > 1 && step == -(1 << (width_ - 1))) ++step; // so that it can be reversed
         const int64_t there = static_cast<int64_t>(level_) + step;
         level_ += there > limit || there < -limit ? -step : step;
         x[i] = level_;

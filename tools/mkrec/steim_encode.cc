@@ -1,4 +1,4 @@
-// Packing goes word by word: each takes as many of the next differences as one of its forms holds.
+// Packs word by word: each word takes as many of the next differences as one of its forms can hold.
 #include "mkrec/steim_encode.h"
 
 #include "packet/codec.h"
@@ -10,14 +10,14 @@ namespace mkrec {
 
 namespace {
 
-/// One word: how many differences of how many bits, and what says so.
+/// A form of a word: number and width of its differences, and their codes.
 struct SteimForm {
     int count, bits;
     uint32_t code; // the word's two bits in the control word
-    uint32_t dnib; // in the top two bits of the word, where the code leaves them free
+    uint32_t dnib; // the two highest bits of the word, if the code needs them
 };
 
-// By count; a count without a form of its own is packed as the next smaller one that has.
+// By count; a count without a form uses the next smaller count that has one.
 constexpr SteimForm Forms1[] = {{0, 0, 0, 0}, {1, 32, 3, 0}, {2, 16, 2, 0}, {2, 16, 2, 0}, {4, 8, 1, 0}};
 constexpr SteimForm Forms2[] = {{0, 0, 0, 0}, {1, 30, 2, 1}, {2, 15, 2, 2}, {3, 10, 2, 3},
                                 {4, 8, 1, 0}, {5, 6, 3, 0},  {6, 5, 3, 1},  {7, 4, 3, 2}};
@@ -29,7 +29,7 @@ struct DifferenceRun {
     int n;
 };
 
-/// 0 and up for a number of the magnitude that decides about its width: 7 and -8 both need 4 bits.
+/// Maps a number to 0 and up so that numbers of the same width are together: 7 and -8 both need 4 bits.
 int32_t magnitude(int32_t d)
 {
     return d ^ (d >> 31);
@@ -96,8 +96,8 @@ uint32_t packed(const int32_t* d, const SteimForm& form)
     return static_cast<uint32_t>(*d);
 }
 
-/// Fills one frame from data word `word` on with the differences from number `at` on; gives the number of
-/// the first that found no room.
+/// Fills one frame from data word `word` on with the differences from number `at` on; returns the number of
+/// the first one that did not fit.
 int fill_frame(const DifferenceRun& diff, const SteimForm* forms, int at, int word, uint8_t* frame)
 {
     uint32_t control = 0;

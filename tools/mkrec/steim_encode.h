@@ -1,4 +1,4 @@
-// Steim-1 and Steim-2: samples to the fifteen frames of a data packet.
+// Encodes samples as the fifteen Steim-1 or Steim-2 frames of a data packet.
 #pragma once
 
 #include "packet/layout.h"
@@ -13,7 +13,7 @@ inline constexpr int Steim_frames = DT::Frame_cnt;
 inline constexpr int Steim_frame_len = DT::Frame_len;
 inline constexpr int Steim_len = Steim_frames * Steim_frame_len;
 
-/// Data words of the fifteen frames, and the samples that they hold at best.
+/// Data words of the fifteen frames, and the most samples that they can hold.
 inline constexpr int Steim_words = Steim_frames * (DT::Frame_words - 1) - 2; // less X0 and Xn
 inline constexpr int Steim1_most = Steim_words * 4;
 inline constexpr int Steim2_most = Steim_words * 7;
@@ -21,7 +21,7 @@ inline constexpr int Steim2_most = Steim_words * 7;
 struct SteimFill {
     int samples;   ///< how many of the samples offered are in the frames
     int frames;    ///< how many frames hold data; the rest is zero
-    bool too_wide; ///< the sample after them cannot be had: its difference needs more than 30 bits (level 2)
+    bool too_wide; ///< the next sample cannot be encoded: its difference needs more than 30 bits (level 2)
 };
 
 /// Packs as many of n samples as the frames hold. The first difference is taken to `previous`, the last

@@ -24,7 +24,7 @@ int packets_for(int entries, int most)
     return (entries + most - 1) / most;
 }
 
-/// Packets that are no data packets.
+/// Number of packets other than data packets.
 int64_t frame_packets(const Survey& survey)
 {
     const Options& o = survey.options;
@@ -40,7 +40,7 @@ bool deal_out_size(Survey& survey, std::string& complaint)
     const int64_t data = survey.options.size / Packet_size - frame;
     if (data < parts) {
         char text[96];
-        snprintf(text, sizeof text, "the size is too small: %lld packets are the least",
+        snprintf(text, sizeof text, "the size is too small: at least %lld packets are needed",
                  static_cast<long long>(frame + parts));
         complaint = text;
         return false;

@@ -1,5 +1,5 @@
 // The field campaign behind a recording: its stations, streams and channels, and when and how long each
-// event is. All of it follows from the options, so any part can be asked for at any time.
+// event is. All of it is computed from the options, so any part can be computed at any time.
 #pragma once
 
 #include "mkrec/options.h"
@@ -10,7 +10,7 @@
 
 namespace mkrec {
 
-/// A channel's part in an event, or as much of that as matters.
+/// A channel's part of an event.
 struct LinePlace {
     int unit = 0, stream = 0;
     int64_t event = 0; ///< of the stream, from 0
@@ -26,7 +26,7 @@ struct Survey {
     int64_t one_more_until = 0; ///< so many channel parts have one packet more
 };
 
-/// Settles lengths and times. False, and a complaint, when the size leaves no room for the data.
+/// Computes lengths and times. Returns false with a message if the size is too small for the data.
 bool make_survey(const Options& options, Survey& survey, std::string& complaint);
 
 /// Packets at a unit's start and at its end.
@@ -44,14 +44,14 @@ std::string stream_name(int stream);
 SampleFormat format_of(const Survey& survey, int unit, int stream);
 int rate_of(const Survey& survey, int stream);
 
-/// Channels of a unit that a parameter packet can tell of, and the number (from 0) of a stream's channel.
-/// Streams share the 16 inputs of a recorder once they have used them up.
+/// The number of channels of a unit in a parameter packet, and the number (from 0) of a stream's channel.
+/// If there are more than the 16 inputs of a recorder, streams share them.
 int inputs(const Survey& survey);
 int channel_number(const Survey& survey, int stream, int channel);
 /// Band, instrument and axis letters.
 std::string seed_code(const Survey& survey, int stream, int channel);
 
-/// Number of an event, 1 to 9999 and over again; no two streams of a unit share one before that.
+/// Number of an event, 1 to 9999, then from 1 again; until then it differs for all streams of a unit.
 int event_number(const Survey& survey, int stream, int64_t event);
 
 int64_t survey_start_ms();
@@ -66,7 +66,7 @@ int64_t samples_of(const Survey& survey, const LinePlace& place);
 /// Data packets of a channel's part; 0: as many as its samples need.
 int64_t blocks_of(const Survey& survey, const LinePlace& place);
 
-/// Samples that a data packet holds at best, and at least when it is full.
+/// The most samples that a data packet can hold, and the fewest in a full one.
 int most_samples(SampleFormat format);
 int least_samples(SampleFormat format);
 

@@ -4,7 +4,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#ifdef __APPLE__ // POSIX's name for it is not the one there
+#ifdef __APPLE__ // macOS has another name than POSIX
 #define st_mtim st_mtimespec
 #endif
 
@@ -17,7 +17,7 @@ InputFile::~InputFile()
 
 Found InputFile::open(const std::string& path)
 {
-    // Looked at before it is opened: opening a device can do things, and a pipe would wait.
+    // Checked before it is opened: opening a device can have effects, and opening a pipe would wait.
     if (stat(path.c_str(), &is) != 0) return Found::unreadable;
     if (!S_ISREG(is.st_mode)) return Found::not_sac;
     fd = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);

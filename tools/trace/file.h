@@ -1,5 +1,5 @@
-// Trace files for reading. Nothing in them is trusted: sizes come from the file system, and what the header
-// says is only compared with them.
+// Opens and reads trace files. Sizes come from the file system; those in the header are only compared with
+// them.
 #pragma once
 
 #include "trace/header.h"
@@ -11,16 +11,16 @@
 namespace trace {
 
 enum class Found : uint8_t {
-    trace,      ///< a whole header, and what stands behind it
-    too_short,  ///< less than a header
-    not_sac,    ///< no SAC header, or no regular file
-    unreadable, ///< errno tells why
+    trace,      ///< a complete header, samples may follow
+    too_short,  ///< shorter than a header
+    not_sac,    ///< not a SAC header, or not a regular file
+    unreadable, ///< errno says why
 };
 
 struct TraceHeader {
     Order order = Order::none;
     SACHDR_T header{};
-    uint64_t data_len = 0; ///< bytes behind the header
+    uint64_t data_len = 0; ///< bytes after the header
 };
 
 /// A regular file, open for reading from its start. Closed at the end of the scope.
@@ -33,15 +33,15 @@ struct InputFile {
     InputFile& operator=(const InputFile&) = delete;
     ~InputFile();
 
-    /// Opens; never waits for a pipe's other side. FOUND::trace when that went well.
+    /// Opens the file; never waits for a writer of a pipe. Found::trace on success.
     Found open(const std::string& path);
-    /// Reads up to n bytes, fewer only at the end of the file. -1 when reading failed; errno tells why.
+    /// Reads up to n bytes, fewer only at the end of the file. -1 with errno if reading fails.
     int64_t read(char* to, size_t n);
-    /// The file is still as long and as old as when it was opened.
+    /// True if length and time of change are still those at the opening.
     bool is_unchanged() const;
 };
 
-/// Opens a file and reads its header; samples can be read from `input` next.
+/// Opens a file and reads its header; then samples can be read from `input`.
 Found open_trace(const std::string& path, InputFile& input, TraceHeader& trace);
 
 } // namespace trace

@@ -18,12 +18,12 @@ struct CloseDir {
 };
 using Directory = std::unique_ptr<DIR, CloseDir>;
 
-/// Directories still to be entered stand in a list and not on the call stack: a tree may be as deep as it
-/// likes.
+/// The directories still to be entered are in a list, not on the call stack, so that a tree may have any
+/// depth.
 struct Walker {
     Walk found;
-    std::vector<std::string> ahead; ///< end in "/", or are empty: the working directory
-    size_t below = 0;               ///< length of the path that was asked for
+    std::vector<std::string> ahead; ///< each ends in "/"; empty: the working directory
+    size_t below = 0;               ///< length of the path on the command line
     const struct stat* leave_out = nullptr;
 
     void trouble(const std::string& path) { found.troubles.push_back({path, errno}); }
@@ -45,7 +45,7 @@ struct Walker {
     void enter(const std::string& dir, bool asked_for)
     {
         const std::string name = dir.empty() ? "." : dir;
-        // Without the slash at its end, a link put there meanwhile is not followed.
+        // Opened without the slash at its end, so that a link put there meanwhile is not followed.
         const std::string bare = asked_for ? name : name.substr(0, name.size() - 1);
         const int fd = open(bare.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | (asked_for ? 0 : O_NOFOLLOW));
         if (fd < 0) return trouble(name);

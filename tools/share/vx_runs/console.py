@@ -1,4 +1,4 @@
-"""What people see and type: messages, standard output, the command line, signals. Begin with start."""
+"""Messages, standard output, the command line, signals. Begin reading at start."""
 import contextlib
 import errno
 import os
@@ -9,29 +9,29 @@ from typing import Callable, Iterator, NamedTuple, Optional
 
 SHARE = os.path.dirname(os.path.dirname(os.path.realpath(__file__)))
 
-# Characters that steer terminals, and marks that turn the direction of writing.
+# Characters that control terminals, and marks that change the direction of writing.
 STEERING = dict.fromkeys([*range(32), *range(127, 160), *range(0x202A, 0x202F), *range(0x2066, 0x206A)], "?")
 
-to_be_ended: list[Callable[[int], None]] = []  # whom on_signal tells of a second signal
-_tool = "vx_batch"  # the one that speaks; set by start
-_output_lost = False  # standard output takes no more
-_held: Optional[list[int]] = None  # of signals_held
+to_be_ended: list[Callable[[int], None]] = []  # functions that on_signal calls at a second signal
+_tool = "vx_batch"  # the name in messages; set by start
+_output_lost = False  # writing to standard output has failed
+_held: Optional[list[int]] = None  # signals received within signals_held
 
 
 class Refusal(Exception):
-    """The tool cannot begin; the text says why."""
+    """The tool cannot start; the text says why."""
 
 
 class Answered(Exception):
-    """All that was asked for was help, or the version."""
+    """Help or the version was printed; nothing else is to be done."""
 
 
 class Interrupted(Exception):
-    """A signal asks to end; its number."""
+    """A signal asks the tool to end; the argument is its number."""
 
 
 def shown(name: str) -> str:
-    """A name for people."""
+    """A name for messages."""
     return name.translate(STEERING)
 
 
@@ -42,13 +42,13 @@ def note(text: str) -> None:
 
 
 def reason(error: OSError) -> str:
-    """What the system says, with the name it is about."""
+    """The text of a system error, with its file name."""
     name = f"{shown(os.fsdecode(error.filename))}: " if error.filename else ""
     return f"{name}{error.strerror or error}"
 
 
 def tell(text: str, end: str = "\n") -> None:
-    """To standard output. When that breaks, the work goes on."""
+    """Prints to standard output. If that fails, the work goes on."""
     global _output_lost
     if not sys.stdout or _output_lost:
         return
@@ -59,12 +59,12 @@ def tell(text: str, end: str = "\n") -> None:
     except OSError as error:
         _output_lost = True
         os.dup2(os.open(os.devnull, os.O_WRONLY), 1)
-        if error.errno != errno.EPIPE:  # whose reader has gone, knows it
+        if error.errno != errno.EPIPE:  # the reader closed it on purpose
             note(f"standard output cannot be written: {error.strerror}")
 
 
 def on_signal(number: int, _: object) -> None:
-    """The first signal that asks to end is raised, the next one ends the program at once. SIGHUP counts as SIGTERM."""
+    """Raises the first signal as Interrupted; a second one ends the program at once. SIGHUP counts as SIGTERM."""
     number = signal.SIGTERM if number == signal.SIGHUP else number
     watch_signals(lambda *_: end_at_once(number))
     if _held is None:
@@ -74,8 +74,8 @@ def on_signal(number: int, _: object) -> None:
 
 @contextlib.contextmanager
 def signals_held() -> Iterator[list[int]]:
-    """Within, the first signal goes into the list and is raised at the end: among threads that share locks an
-    exception out of nowhere could leave one locked."""
+    """Delays signals: the first one is put into the list and raised at the end. With threads, an exception at any
+    moment could leave a lock taken."""
     global _held
     _held = told = []
     try:
@@ -87,7 +87,7 @@ def signals_held() -> Iterator[list[int]]:
 
 
 def watch_signals(handler: Callable[[int, object], None]) -> None:
-    """What was ignored from the start (nohup) stays ignored."""
+    """A signal that was ignored from the start (nohup) stays ignored."""
     for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
         if signal.getsignal(number) != signal.SIG_IGN:
             signal.signal(number, handler)
@@ -100,7 +100,7 @@ def end_at_once(number: int) -> None:
 
 
 def start(tool: str, work: Callable[[list[str]], int]) -> int:
-    """Runs a tool on the command line; gives its exit status. What it cannot do becomes one sentence."""
+    """Runs a tool with its command line; returns the exit status. A failure is printed as one sentence."""
     global _tool
     _tool = tool
     for stream in (sys.stdout, sys.stderr):
@@ -112,7 +112,7 @@ def start(tool: str, work: Callable[[list[str]], int]) -> int:
     except Answered:
         status = 0
     except Interrupted as end:
-        note("interrupted; started again, it goes on")
+        note("interrupted; start it again to continue")
         status = 128 + end.args[0]
     except (Refusal, OSError, MemoryError) as error:
         note(reason(error) if isinstance(error, OSError) else str(error) or "out of memory")
@@ -122,7 +122,7 @@ def start(tool: str, work: Callable[[list[str]], int]) -> int:
 
 
 class Arguments(NamedTuple):
-    """The command line: options with all values given (of a flag ""), names, and the switches of vx_sac behind --."""
+    """Splits the command line: options with their values (a flag has ""), names, switches of vx_sac after --."""
     options: dict[str, list[str]]
     names: list[str]
     switches: list[str]
@@ -139,7 +139,7 @@ class Arguments(NamedTuple):
 
 
 def take_arguments(argv: list[str], usage: str, flags: set[str], valued: set[str]) -> Arguments:
-    """A value stands behind its option or is glued to it: -j2, --include=*.pkt."""
+    """An option's value is the next argument or part of the same one: -j2, --include=*.pkt."""
     options: dict[str, list[str]] = {}
     names: list[str] = []
     words = iter(argv)
@@ -154,7 +154,7 @@ def take_arguments(argv: list[str], usage: str, flags: set[str], valued: set[str
         if option in valued:
             value = value if glue else next(words, None)
         elif word not in flags:
-            raise Refusal(f"unknown option '{shown(word)}' (see {_tool} --help; switches of vx_sac stand behind --)")
+            raise Refusal(f"unknown option '{shown(word)}' (see {_tool} --help; switches of vx_sac come after --)")
         if value is None:
             raise Refusal(f"{option} needs a value")
         options.setdefault(option, []).append(value)
@@ -174,12 +174,12 @@ def answer(word: str, usage: str) -> None:
 def checked_switches(switches: list[str]) -> list[str]:
     for switch in switches:
         if not switch.startswith("-") or "\n" in switch:
-            raise Refusal(f"'{shown(switch)}' is no switch of vx_sac")
+            raise Refusal(f"'{shown(switch)}' is not a switch of vx_sac")
     return switches
 
 
 def project_version() -> str:
-    """It is put beside this package when installed; in the source tree CMakeLists.txt tells it."""
+    """The version: from a file beside this package if installed, from CMakeLists.txt in the source tree."""
     installed = os.path.join(SHARE, "version")
     if os.path.exists(installed):
         with open(installed, encoding="ascii") as file:

@@ -1,4 +1,4 @@
-"""Names, whole files, removal. A name is a text that holds any bytes (os.fsdecode), so every file's name will do."""
+"""Names of files, writing and removing files. Names are texts from os.fsdecode, which can hold any bytes."""
 import os
 import shutil
 import stat
@@ -12,12 +12,12 @@ def bytes_in(path: str) -> int:
 
 
 def plain_name(name: str) -> str:
-    """A name that vx_sac takes for no switch."""
+    """A name that vx_sac does not take for a switch."""
     return "./" + name if name.startswith(("-", "?")) else name
 
 
 def full_path(name: str) -> str:
-    """Absolute, without empty and "." parts; ".." stays, since what is before it may be a link."""
+    """Absolute path without empty and "." parts; ".." stays, because the part before it may be a link."""
     full = name if name.startswith("/") else f"{os.getcwd()}/{name}"
     parts = [part for part in full.split("/") if part not in ("", ".")]
     while parts and parts[0] == "..":
@@ -26,7 +26,7 @@ def full_path(name: str) -> str:
 
 
 def state_of(path: str) -> str:
-    """Bytes and time of change."""
+    """Size in bytes and time of change."""
     try:
         state = os.stat(path)
     except OSError:
@@ -40,7 +40,7 @@ def size_of(path: str) -> int:
 
 
 def open_regular(path: str) -> Optional[int]:
-    """A descriptor for reading; nothing where no regular file stands. Never waits for whoever writes into a pipe."""
+    """A descriptor for reading; None if it is not a regular file. Never waits for the writer of a pipe."""
     descriptor = os.open(path, os.O_RDONLY | os.O_NONBLOCK)
     if stat.S_ISREG(os.fstat(descriptor).st_mode):
         return descriptor
@@ -54,7 +54,7 @@ def read_text(path: str) -> str:
 
 
 def write_lines(path: str, lines: Iterable[str]) -> None:
-    """Writes beside the path and renames, so that there is always a whole file. Follows no link that stands there."""
+    """Writes a temporary file and renames it, so that the file is always complete. Follows no link at the path."""
     part = path + ".part"
     if os.path.lexists(part):
         os.unlink(part)

@@ -1,4 +1,4 @@
-"""From names, lists and folders to the plan: the inputs, each with the name of its folder."""
+"""Makes the plan from names, lists and folders: all inputs, each with the name of its output folder."""
 import fnmatch
 import hashlib
 import os
@@ -14,7 +14,7 @@ FOLDER_FORM = re.compile(r"[A-Za-z0-9_+][A-Za-z0-9._+-]{0,%d}-[0-9a-f]{%d}" % (N
 
 
 class Item(NamedTuple):
-    """One input and the name of its folder."""
+    """An input and the name of its output folder."""
     folder: str
     input: str
 
@@ -39,7 +39,7 @@ def listed(path: str) -> list[str]:
 
 
 def files_below(folder: str, globs: list[str]) -> Iterator[str]:
-    """All files in and below a folder, links followed; with globs those whose own name one of them matches."""
+    """All files in and below a folder, following links; with globs, those whose names match one of them."""
     waiting = [(folder, frozenset())]
     while waiting:
         path, above = waiting.pop()
@@ -56,7 +56,7 @@ def files_below(folder: str, globs: list[str]) -> Iterator[str]:
 
 
 def expand(out: str, names: Iterable[str], globs: list[str]) -> Iterator[str]:
-    """Folders become the files in them, in the order of their bytes."""
+    """Replaces folders by the files in them, sorted by bytes."""
     for name in map(plain_name, filter(None, names)):
         if not os.path.isdir(name):
             yield name
@@ -71,7 +71,7 @@ def expand(out: str, names: Iterable[str], globs: list[str]) -> Iterator[str]:
 
 
 def plan_inputs(out: str, names: Iterable[str], globs: list[str]) -> list[Item]:
-    """Each input once, however often it is named."""
+    """Removes duplicates."""
     plan: dict[str, Item] = {}
     for name in expand(out, names, globs):
         if "\n" in name:
@@ -83,13 +83,13 @@ def plan_inputs(out: str, names: Iterable[str], globs: list[str]) -> list[Item]:
         if other is not item and full_path(other.input) != full_path(name):
             raise Refusal(f"two inputs would share the folder {item.folder}")
     if not plan:
-        raise Refusal("no inputs" + (" that --include lets in" if globs else ""))
+        raise Refusal("no inputs" + (" that --include matches" if globs else ""))
     return list(plan.values())
 
 
 def link_of(item: Item, work: str) -> str:
-    """The link by which vx_sac reads an input whose path is too long for it. vx_sac names its logs by what is before
-    the last "." of the path; in a name without one that must not be a "." before the name."""
+    """The link for an input whose path is too long for vx_sac. vx_sac names its logs by the part before the last "." of
+    the path; a name without "." gets one at its end, because an earlier "." in the path would be used."""
     name = os.path.basename(item.input)
     return f"{work}/in/{name}" + ("" if "." in name else ".")
 
@@ -99,13 +99,13 @@ def needs_link(item: Item) -> bool:
 
 
 def objection(out: str, item: Item) -> str:
-    """Why an input cannot be converted; nothing where it can."""
+    """Why an input cannot be converted; None if it can."""
     try:
         descriptor = open_regular(item.input)
     except OSError as error:
         return error.strerror
     if descriptor is None:
-        return "no regular file"
+        return "not a regular file"
     os.close(descriptor)
     if needs_link(item) and bytes_in(out) + WORK_LENGTH + bytes_in(link_of(item, "")) > PATH_MOST:
         return f"a path of more than {PATH_MOST} characters, and the output path leaves no room for a link to it"
@@ -113,9 +113,9 @@ def objection(out: str, item: Item) -> str:
 
 
 def check_inputs(out: str, pending: list[Item]) -> None:
-    """Refuses to begin when one of the inputs cannot be converted."""
+    """Fails before any conversion if one of the inputs cannot be converted."""
     bad = [(item, why) for item in pending if (why := objection(out, item))]
     for item, why in bad[:9]:
         note(f"{shown(item.input)}: {why}")
     if bad:
-        raise Refusal(f"{len(bad)} of {len(pending)} inputs cannot be converted; nothing was begun")
+        raise Refusal(f"{len(bad)} of {len(pending)} inputs cannot be converted; no conversion was started")

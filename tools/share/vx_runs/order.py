@@ -1,4 +1,4 @@
-"""What a command line asks for. All of it is checked before anything is changed."""
+"""The task given by the command line. All of it is checked before anything is changed."""
 from typing import NamedTuple
 
 from vx_runs.console import Arguments, Refusal, shown, tell
@@ -16,16 +16,16 @@ class Order(NamedTuple):
     program: Program
     settings: list[str]
     plan: list[Item]  # all inputs
-    pending: list[Item]  # those that are to be run
-    again: bool  # also what failed or has changed
+    pending: list[Item]  # inputs to be converted
+    again: bool  # convert again inputs that failed or have changed
     quiet: bool
-    is_trial: bool  # only to be told
+    is_trial: bool  # only print what would be done
 
 
 def take_order(arguments: Arguments, beside: str, out: str, names: list[str]) -> Order:
-    """beside is the folder of the tool, where vx_sac may be, too."""
+    """`beside` is the folder of the tool, in which vx_sac may be, too."""
     if not out:
-        raise Refusal("where to? (-o DIR; see --help)")
+        raise Refusal("no output folder given (-o DIR; see --help)")
     out = plain_name(out)
     flags = arguments.options
     again = "--retry-failed" in flags
@@ -40,7 +40,7 @@ def take_order(arguments: Arguments, beside: str, out: str, names: list[str]) ->
 
 
 def tell_order(order: Order) -> None:
-    """What a dry run says."""
+    """Prints what a dry run shows."""
     for item in order.pending:
         tell(shown(item.input))
     tell(f"{len(order.pending)} of {len(order.plan)} inputs would be converted, "

@@ -1,4 +1,4 @@
-"""One input, from nothing to its folder. Begin with Runner.run."""
+"""Converts one input into its folder. Begin reading at Runner.run."""
 import ctypes
 import errno
 import os
@@ -15,7 +15,7 @@ from vx_runs.files import entries_of, full_path, open_regular, remove, state_of,
 from vx_runs.inputs import Item, link_of, needs_link
 from vx_runs.settings import Program
 
-STATUS_MOST = 65536  # bytes of run.status; what is longer was not written by a run
+STATUS_MOST = 65536  # bytes of run.status; a longer file was not written by a run
 
 # The lines of run.status: a key, a tab, a value of this form.
 STATUS_FORM = {
@@ -31,7 +31,7 @@ STATUS_FORM = {
 
 
 class Ended(NamedTuple):
-    """How a run ended. Numbers are texts, as they stand in run.status, but for the status."""
+    """How a run ended. Numbers are texts as in run.status, except the status."""
     input: str
     of: str  # size of the input and its time of change
     status: int
@@ -42,7 +42,7 @@ class Ended(NamedTuple):
 
 
 def read_status(folder: str) -> Optional[Ended]:
-    """What run.status says; nothing where there is none, or where it is not whole."""
+    """The contents of run.status; None if it is missing or incomplete."""
     try:
         descriptor = open_regular(f"{folder}/run.status")
         if descriptor is None:
@@ -59,7 +59,7 @@ def read_status(folder: str) -> Optional[Ended]:
 
 
 def is_due(item: Item, ended: Optional[Ended], again: bool) -> bool:
-    """Not converted; with again also what failed or has changed since."""
+    """True if the input is not converted; with `again`, also if it failed or has changed since."""
     return ended is None or (again and (ended.status != 0 or ended.of != state_of(item.input)))
 
 
@@ -68,7 +68,7 @@ def pending_of(out: str, plan: list[Item], again: bool) -> list[Item]:
 
 
 def was_interrupted(status: int) -> bool:
-    """By a signal, or never started: such a run says nothing about the input."""
+    """True if a run ended by a signal or was never started: then its status says nothing about the input."""
     return status in (126, 127) or 128 < status < 255
 
 
@@ -91,14 +91,14 @@ def make_work_folder(out: str, key: str) -> str:
 
 
 def discard(out: str, path: str) -> None:
-    """First renamed, so that nobody who may still write there can finish it."""
+    """Renames the folder before removing it, so that a program that still writes there cannot finish it."""
     dead = f"{out}/work/dead.{time.time_ns()}{random_number():05d}"
     os.rename(path, dead)
     remove(dead)
 
 
 def discard_the_dead(out: str) -> None:
-    """What could not be removed when it was discarded."""
+    """Removes discarded folders that could not be removed before."""
     for name in entries_of(f"{out}/work"):
         try:
             if name.startswith("dead."):
@@ -108,7 +108,7 @@ def discard_the_dead(out: str) -> None:
 
 
 def discard_left_overs(out: str, key: str) -> None:
-    """What interrupted runs of this input left. What stays all the same is in nobody's way."""
+    """Removes what interrupted runs of this input left. Folders that cannot be removed do no harm."""
     for name in entries_of(f"{out}/work"):
         try:
             if name.startswith(key + "."):
@@ -118,7 +118,7 @@ def discard_left_overs(out: str, key: str) -> None:
 
 
 def count_output(folder: str) -> tuple[int, int]:
-    """Traces, and bytes of all files that vx_sac wrote."""
+    """The number of traces, and the bytes of all files that vx_sac wrote."""
     traces = written = 0
     waiting = [folder]
     while waiting:
@@ -136,7 +136,7 @@ libc = ctypes.CDLL(None, use_errno=True)
 
 
 def reach_disk(folder: str) -> None:
-    """Waits until all that was written to the folder's file system is on the disk."""
+    """Waits until everything written to the folder's file system is on the disk."""
     descriptor = os.open(folder, os.O_RDONLY | os.O_DIRECTORY)
     try:
         if libc.syncfs(descriptor) != 0:
@@ -150,16 +150,16 @@ def reach_disk(folder: str) -> None:
 
 
 class Runner:
-    """Runs vx_sac on inputs, each in a folder of its own. Several threads may do so at a time."""
+    """Runs vx_sac on inputs, each in its own folder. Several threads may use it at a time."""
 
     def __init__(self, out: str, program: Program, again: bool, held: tuple[int, ...] = ()):
         self.out, self.program, self.again = out, program, again
-        self.held = held  # descriptors that vx_sac gets, too: a lock is held as long as one of its runs lives
+        self.held = held  # descriptors that vx_sac inherits, so that the lock is held until its last run ends
         self.stopped = False
-        self.is_full = False  # the output folder takes no more
+        self.is_full = False  # writing to the output folder has failed
         self.children: set[subprocess.Popen] = set()
         self.lock = threading.Lock()
-        self.ended = self.bytes_read = 0  # runs, and the size of their inputs
+        self.ended = self.bytes_read = 0  # ended runs, and the total size of their inputs
 
     def run(self, item: Item) -> bool:
         """True when vx_sac ended with 0, now or before."""
@@ -202,8 +202,8 @@ class Runner:
         return status
 
     def wait_for(self, command: list[str], out: BinaryIO, err: BinaryIO) -> int:
-        """The exit status as a shell tells it. The program has a process group of its own, so that whatever it starts
-        ends with it."""
+        """The exit status as a shell gives it. The program has its own process group, so that everything it starts
+        can be ended with it."""
         try:
             child = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=out, stderr=err, pass_fds=self.held,
                                      process_group=0)
@@ -217,7 +217,7 @@ class Runner:
         return status if status >= 0 else 128 - status
 
     def end(self, number: int) -> None:
-        """Nothing more is begun, and what runs gets the signal."""
+        """Starts no further run, and sends the signal to those that are running."""
         self.stopped = True
         for child in list(self.children):
             try:
@@ -233,8 +233,8 @@ class Runner:
             f"written\t{written}", f"seconds\t{seconds:.3f}", f"program_sum\t{self.program.sum}"])
 
     def publish(self, work: str, item: Item) -> None:
-        """From work to its place. A whole result that is there by now is replaced only when that was asked for;
-        somebody else's run of the same input is as good as this one."""
+        """Moves the result from work to its place. A complete result that exists meanwhile is replaced only with
+        --retry-failed; another run of the same input gave the same result."""
         place = f"{self.out}/{item.folder}"
         reach_disk(work)
         # Taken over, it must not throw away what came in its stead.

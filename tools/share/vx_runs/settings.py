@@ -1,4 +1,4 @@
-"""What all runs of an output folder have in common: the program, its switches, the station file."""
+"""The settings of all runs in an output folder: the program, its switches, the station file."""
 import hashlib
 import os
 import shutil
@@ -33,7 +33,7 @@ def sum_of(path: str) -> str:
 
 
 def find_program(beside: str, asked: str, switches: list[str]) -> Program:
-    """The one asked for, else the one in the folder of the tools, else that of the PATH, else the project's."""
+    """The program named, else the one in the folder of the tools, else in the PATH, else in the build folder."""
     known = [os.path.join(beside, "vx_sac"), shutil.which("vx_sac"), os.path.join(SHARE, "../../build/release/vx_sac")]
     for path in [asked] if asked else known:
         if path and os.path.isfile(path) and os.access(path, os.X_OK):
@@ -44,7 +44,7 @@ def find_program(beside: str, asked: str, switches: list[str]) -> Program:
 
 
 def try_program(path: str, switches: list[str]) -> None:
-    """Does it run here, and does it take these switches? An empty input is told by status 1."""
+    """Checks that the program runs and takes these switches: with an empty input its status must be 1."""
     with tempfile.TemporaryDirectory(prefix="vx.") as folder:
         empty = os.path.join(folder, "empty")
         open(empty, "xb").close()
@@ -60,7 +60,7 @@ def try_program(path: str, switches: list[str]) -> None:
 
 
 def station_file(program: str) -> str:
-    """Where vx_sac will look for it."""
+    """The path at which vx_sac will find the station file."""
     named = os.environ.get("VXU", "")
     if named.startswith("="):
         return named[1:]
@@ -68,12 +68,12 @@ def station_file(program: str) -> str:
 
 
 def station_sum(program: str) -> str:
-    """With a station file that cannot be read nothing is begun: the traces would lack what it says."""
+    """Fails if the station file cannot be read, because the traces would lack its values."""
     path = station_file(program)
     try:
         mode = os.stat(path).st_mode
         if stat.S_ISFIFO(mode) or stat.S_ISSOCK(mode):
-            raise Refusal(f"the station file {shown(path)} is no regular file")
+            raise Refusal(f"the station file {shown(path)} is not a regular file")
         return sum_of(path) if stat.S_ISREG(mode) else "none"
     except (FileNotFoundError, NotADirectoryError):
         return "none"
@@ -91,31 +91,31 @@ def values_of(settings: list[str], key: str) -> list[str]:
 
 
 def check_output(out: str) -> None:
-    """Refuses a folder of other things. Changes nothing."""
+    """Refuses a folder with other files. Changes nothing."""
     if "\n" in out:
         raise Refusal(f"the output path has a line end: {out!r}")
     if bytes_in(out) > OUT_MOST:
-        raise Refusal(f"the output path is too long: vx_sac leaves room for {OUT_MOST} characters")
+        raise Refusal(f"the output path is too long: vx_sac allows {OUT_MOST} characters")
     if os.path.isdir(out) and not os.path.isdir(f"{out}/work") and os.listdir(out):
-        raise Refusal(f"{shown(out)} holds other files; take a new or an empty folder")
+        raise Refusal(f"{shown(out)} holds other files; use a new or an empty folder")
 
 
 def settings_there(out: str) -> list[str]:
     path = f"{out}/settings"
     if os.path.exists(path) and not os.path.isfile(path):
-        raise Refusal(f"{shown(path)} is no regular file")
+        raise Refusal(f"{shown(path)} is not a regular file")
     return read_text(path).split("\n") if os.path.exists(path) else []
 
 
 def check_settings(out: str, now: list[str]) -> None:
-    """Refuses a folder of results of another kind."""
+    """Refuses a folder whose results have other switches or another station file."""
     before = settings_there(out)
     if not before:
         return
     if (switches := values_of(before, "switch")) != values_of(now, "switch"):
-        raise Refusal(f"{shown(out)} was begun with other switches ({shown(' '.join(switches))}); take another folder")
+        raise Refusal(f"{shown(out)} has results with other switches ({shown(' '.join(switches))}); use another folder")
     if values_of(before, "station_sum") != values_of(now, "station_sum"):
-        raise Refusal(f"{shown(out)} was begun with another station file (vxu.ini); take another folder")
+        raise Refusal(f"{shown(out)} has results with another station file (vxu.ini); use another folder")
 
 
 def make_output(out: str) -> None:
@@ -126,8 +126,8 @@ def make_output(out: str) -> None:
 
 
 def keep_settings(out: str, now: list[str]) -> None:
-    check_settings(out, now)  # somebody may have begun since it was checked
+    check_settings(out, now)  # another batch may have started since the first check
     before = settings_there(out)
     if before and values_of(before, "program_sum") != values_of(now, "program_sum"):
-        note(f"{shown(out)} was begun with another build of vx_sac; what is done there stays as it is")
+        note(f"{shown(out)} has results of another build of vx_sac; these are kept")
     write_lines(f"{out}/settings", now)

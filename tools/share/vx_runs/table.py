@@ -1,4 +1,4 @@
-"""summary.tsv, and what people see of it. Begin with summarize."""
+"""Writes summary.tsv and prints it. Begin reading at summarize."""
 import collections
 import re
 from typing import Iterator, NamedTuple, Optional
@@ -31,7 +31,7 @@ def meaning_of(status: int) -> str:
         return MEANINGS[status]
     if status > 128:
         return f"ended by signal {status - 128}; to be done again"
-    return f"a packet had no home, its type begins with {chr(status)}" if 32 < status < 127 else "unknown"
+    return "unknown"
 
 
 class Row(NamedTuple):
@@ -62,7 +62,7 @@ def row_of(name: str, folder: str, ended: Optional[Ended], changed: bool) -> Row
 
 
 def left_overs(out: str) -> dict[str, str]:
-    """Folders of runs that go on or were interrupted, by the key of the input."""
+    """Folders of unfinished runs, by the key of the input."""
     form = re.compile(r"[0-9a-f]{%d}\.[0-9]+" % KEY_LENGTH)
     return {name[:KEY_LENGTH]: f"{out}/work/{name}" for name in entries_of(f"{out}/work") if form.fullmatch(name)}
 
@@ -77,8 +77,8 @@ def row_of_input(out: str, item: Item, halves: dict[str, str]) -> Row:
 
 
 def row_of_folder(folder: str, key: str) -> Row:
-    """A run of an input that this call did not name. The input is looked at only where its name, seen from here,
-    still leads to this folder."""
+    """A run of an input that this call did not name. The input is checked for changes only if its name, from here,
+    still gives this folder."""
     ended = read_status(folder)
     if not ended:
         return row_of("-", folder, None, False)
@@ -87,7 +87,7 @@ def row_of_folder(folder: str, key: str) -> Row:
 
 
 def other_folders(out: str, plan: list[Item], halves: dict[str, str]) -> Iterator[tuple[str, str]]:
-    """Run folders, and their keys, of inputs that are not in the plan; what only a half of is there stands behind."""
+    """Run folders, and their keys, of inputs that are not in the plan; unfinished ones come last."""
     keys = {item.key for item in plan}
     for name in sorted(entries_of(out)):
         if FOLDER_FORM.fullmatch(name) and (key := name[-KEY_LENGTH:]) not in keys:
@@ -97,7 +97,7 @@ def other_folders(out: str, plan: list[Item], halves: dict[str, str]) -> Iterato
 
 
 def line_of(row: Row) -> str:
-    """Tabs and backslashes of a name would spoil the table."""
+    """A line of the table; tabs and backslashes in names are escaped."""
     return "\t".join(cell.replace("\\", "\\\\").replace("\t", "\\t") for cell in row)
 
 
@@ -111,7 +111,7 @@ def tell_row(row: Row) -> None:
 
 
 class Summary:
-    """Makes the table line by line, told to people as it grows, and counts."""
+    """Makes and prints the table line by line, and counts."""
 
     def __init__(self, out: str, plan: list[Item], quiet: bool):
         self.out, self.plan, self.quiet = out, plan, quiet
@@ -138,8 +138,8 @@ class Summary:
 
 
 def summarize(out: str, plan: list[Item], quiet: bool = False) -> bool:
-    """OUT/summary.tsv of all runs there, and the same of these inputs for people; quiet leaves out what went well.
-    True when each of these inputs is converted and the table is written."""
+    """Writes OUT/summary.tsv for all runs there, and prints the lines of these inputs; with `quiet`, only of those that
+    failed. Returns true if each of these inputs is converted and the table is written."""
     summary = Summary(out, plan, quiet)
     lines = summary.lines()
     is_written = True
@@ -150,7 +150,7 @@ def summarize(out: str, plan: list[Item], quiet: bool = False) -> bool:
     except OSError as error:
         note(f"the table cannot be written: {reason(error)}")
         is_written = False
-        collections.deque(lines, maxlen=0)  # people see it all the same
+        collections.deque(lines, maxlen=0)  # still prints the table
     if not quiet or summary.good < len(plan):
         tell(summary.closing_line(is_written))
     return is_written and summary.good == len(plan)

@@ -1,4 +1,4 @@
-"""Many inputs, several at a time, and what becomes of them when a signal breaks in. Begin with run_all."""
+"""Converts many inputs, several at a time, and handles signals. Begin reading at run_all."""
 import concurrent.futures
 import signal
 import sys
@@ -14,7 +14,7 @@ PATIENCE = 5  # seconds that an interrupted vx_sac gets to end
 
 
 class Bar:
-    """How far it has come, on a terminal."""
+    """Shows the progress on a terminal."""
 
     def __init__(self, runner: Runner, items: list[Item], is_wanted: bool):
         self.runner, self.inputs = runner, len(items)
@@ -32,7 +32,7 @@ class Bar:
 
 
 def work_off(runner: Runner, items: Iterator[Item]) -> bool:
-    """What each thread does; they share the iterator. True when all went well."""
+    """The work of each thread; all share the iterator. Returns true if all inputs were converted."""
     good = True
     for item in items:
         if runner.stopped or runner.is_full:
@@ -42,7 +42,7 @@ def work_off(runner: Runner, items: Iterator[Item]) -> bool:
 
 
 def end_early(runner: Runner, threads: list[concurrent.futures.Future]) -> None:
-    """vx_sac is asked to end, then made to."""
+    """Asks vx_sac to end, then kills it."""
     runner.end(signal.SIGTERM)
     until = time.monotonic() + PATIENCE
     while concurrent.futures.wait(threads, timeout=0.1).not_done:
@@ -51,7 +51,7 @@ def end_early(runner: Runner, threads: list[concurrent.futures.Future]) -> None:
 
 
 def run_all(runner: Runner, items: list[Item], at_a_time: int, with_bar: bool) -> bool:
-    """True when all went well. On Interrupted, nothing runs any more when it gets out of here."""
+    """Returns true if all inputs were converted. When it raises Interrupted, no run is left."""
     bar = Bar(runner, items, with_bar)
     to_be_ended.append(runner.end)
     left = iter(items)
