@@ -1,8 +1,8 @@
 # shellcheck shell=bash
-# What the proofs share. Each is a command: proof/NAME looks as long as every commit can afford, proof/NAME --full
-# as long as a release deserves. Status 0: nothing was found. Status 77: it could not be run here; the last line
-# says why. The last line on standard output is the finding in figures: "NAME: ...". A proof of several kinds names
-# them in the list `kinds` before it reads this file: proof/NAME [--full] [KIND...]. Those asked for stand there then.
+# What the proofs share. Each is a command: proof/NAME is the short form for every commit, proof/NAME --full the long
+# form for a release. Status 0: nothing was found. Status 77: it could not be run here; the last line says why. The last
+# line on standard output has the figures: "NAME: ...". A proof with several kinds lists them in `kinds` before it reads
+# this file: proof/NAME [--full] [KIND...]; after that `kinds` has the wanted ones.
 # shellcheck source=scripts/common.sh
 source "$(dirname -- "${BASH_SOURCE[0]}")/../scripts/common.sh"
 
@@ -21,7 +21,7 @@ for argument in "$@"; do
 done
 ((${#asked[@]} == 0)) || kinds=("${asked[@]}")
 
-# By depth of the look: either QUICK FULL.
+# either SHORT LONG: prints the one for this form of the proof.
 either() { if ((full)); then say "$2"; else say "$1"; fi; }
 
 found() { say "$proof: $*"; }
@@ -32,8 +32,8 @@ leave_out()
     exit 77
 }
 
-# bounded SECONDS COMMAND...: the command with its whole process group killed when the time is over, and no file
-# of it longer than 4 GiB: what runs wild here must neither stay nor fill the disk.
+# bounded SECONDS COMMAND...: runs the command, kills its whole process group when the time is over, and limits its
+# files to 4 GiB, so that a faulty run neither goes on for ever nor fills the disk.
 bounded()
 {
     local seconds=$1
