@@ -1,4 +1,4 @@
-// What a person at the terminal, or a program at the other end of a pipe, has seen of the console by when.
+// When the texts of the console reach a terminal or the reader of a pipe.
 #include "driver/base/console.h"
 
 #include "kit/ending.h"

@@ -1,4 +1,4 @@
-// The writer that all output files share: every byte arrives, in order, and a lost one is told.
+// The writer that all output files share: every byte arrives, in order, and a lost one is reported.
 #include "driver/base/outfile.h"
 
 #include "driver/base/fatal.h"

@@ -1,4 +1,4 @@
-// The thread that writes: every piece arrives, in order, and a lost one is told.
+// The thread that writes: every piece arrives, in order, and a lost one is reported.
 #include "driver/base/pieces.h"
 
 #include "driver/base/fatal.h"

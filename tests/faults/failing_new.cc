@@ -1,5 +1,5 @@
-// A heap that runs out when it is told to, linked in place of the usual one. With VX_FAIL_NEW_FROM=n in the
-// environment the n-th allocation fails, and so do all behind it; without it none fails.
+// Replaces operator new. With VX_FAIL_NEW_FROM=n in the environment the n-th allocation and all later ones
+// fail; without it none fails.
 #include <cstdlib>
 #include <new>
 
@@ -20,8 +20,8 @@ void* allocate(std::size_t size)
 
 } // namespace
 
-/// Under the sanitizers: a run that ends for want of memory has no need to give back what it was just making.
-/// Leaks of runs that go well are looked for everywhere else.
+/// Under the sanitizers: a run that ends because memory is exhausted need not free what it was making. All
+/// other runs are checked for leaks.
 extern "C" const char* __lsan_default_options();
 extern "C" const char* __lsan_default_options()
 {

@@ -1,11 +1,10 @@
-// System calls that fail when they are told to, preloaded in front of the C library. What stdio does beneath
-// the program's own calls (station file, console) goes through here too: those streams are made of calls of
-// this file.
+// A preloaded library that makes system calls fail, as the environment says. Calls that stdio makes (station
+// file, console) can fail, too, because this file opens those streams with its own calls.
 //
 //     VX_FAULT_KIND=k     open, read, write, close, mkdir, stat, memory, console or limit (of descriptors);
 //                         nothing fails without it
-//     VX_FAULT_AT=n       the n-th call of that kind is the one
-//     VX_FAULT_ALWAYS=1   and so are all behind it
+//     VX_FAULT_AT=n       the n-th call of that kind fails
+//     VX_FAULT_ALWAYS=1   and all later ones
 //     VX_FAULT_HOW=h      a number: it fails with that errno; "short": half of the bytes are read or written;
 //                         "kill": the program ends before it; "torn": half is written, then the program ends;
 //                         "move": the folder VX_FAULT_FOLDER is renamed to the same name with ".away" before
@@ -49,7 +48,7 @@ namespace {
 enum CallKind { OPEN, READ, WRITE, CLOSE, MKDIR, STAT, MEMORY, CONSOLE, LIMIT, KINDS };
 constexpr std::string_view Kind_names[KINDS] = {"open", "read",   "write",   "close", "mkdir",
                                                 "stat", "memory", "console", "limit"};
-constexpr int Done = KINDS; ///< behind the counts: the faults that happened
+constexpr int Done = KINDS; ///< index after the counts: the faults that happened
 
 enum class FailHow { error, part, kill, torn, move };
 
@@ -142,8 +141,8 @@ ssize_t write_to(CallKind kind, int fd, const void* from, size_t n)
     return syscall(SYS_write, fd, from, n);
 }
 
-/// As Linux does it: the descriptor is gone also when closing fails. Files that are only read, and devices,
-/// have nothing to lose and do not count.
+/// As on Linux, the descriptor is closed even if close() fails. Files that are only read, and devices, do not
+/// count, because they have nothing to lose.
 int close_it(int fd)
 {
     struct stat64 what {};

@@ -1,6 +1,6 @@
-// Endings of a run, caught: the program leaves through exit, and nobody but driver/fatal calls it. Targets
-// that run such code are linked with --wrap=exit, so that an ending comes out as an exception and the process
-// goes on.
+// Catches the endings of a run. Only driver/base/fatal calls exit(). Targets that run such code are linked
+// with
+// --wrap=exit, so that exit() throws an exception instead and the process goes on.
 #pragma once
 
 namespace fuzz {

@@ -1,5 +1,5 @@
-// What the fuzz targets share. A target is one function, LLVMFuzzerTestOneInput: any bytes in, nothing found
-// out. libFuzzer calls it in the fuzz builds, replay.cc with the stored corpus in all others.
+// What the fuzz targets share. A target is one function, LLVMFuzzerTestOneInput, which must accept any bytes.
+// libFuzzer calls it in the fuzz builds, replay.cc with the stored corpus in all others.
 #pragma once
 
 #include "driver/base/fatal.h"
@@ -25,7 +25,7 @@ inline void demand(bool holds, const char* what)
     abort();
 }
 
-/// An input taken piece by piece from its start. Behind its end there are zeros.
+/// Reads an input piece by piece from its start; returns zeros after its end.
 class Bytes {
 public:
     Bytes(const uint8_t* data, size_t size) : at_(data), left_(size) {}
@@ -59,13 +59,13 @@ private:
 
 inline char Shown[1 << 16];
 
-/// What the program shows on standard output leads nowhere from here on.
+/// Discards what the program prints on standard output from now on.
 inline void silence()
 {
     if (!freopen("/dev/null", "w", stdout) || setvbuf(stdout, Shown, _IOFBF, sizeof Shown) != 0) abort();
 }
 
-/// What was shown since the last call, which must be less than fits in Shown.
+/// The text printed since the last call, which must fit in Shown.
 inline std::string_view take_shown()
 {
     const size_t length = __fpending(stdout);
@@ -73,7 +73,7 @@ inline std::string_view take_shown()
     return {Shown, length};
 }
 
-/// Opens a log whose text leads nowhere, through the program's own writer. All of its buffer is written once.
+/// Opens a log whose text is discarded, through the program's own writer. All of its buffer is written once.
 inline void open_nowhere(OUT_FILE& log)
 {
     demand(out_open(log, "/dev/null", OUT_MODE::append, log_lost), "/dev/null can be opened");

@@ -1,5 +1,5 @@
 // How libFuzzer changes a recording: mostly packet by packet and field by field, so that packets keep their
-// place, their type and numbers that meet, and the program is not stopped at the first letter.
+// place, their type and matching numbers, and the program does not skip them at the first letter.
 #include "stress/recordings.h"
 
 #include <algorithm>

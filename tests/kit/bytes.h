@@ -1,4 +1,4 @@
-// Bytes to write and find again.
+// Test bytes to write and compare.
 #pragma once
 
 #include <cstdint>
@@ -7,7 +7,7 @@
 
 namespace kit {
 
-/// Bytes of all values, without a short period.
+/// Bytes of all values that do not repeat after a short period.
 inline std::string some_bytes(size_t n, uint32_t seed = 1)
 {
     std::mt19937 random(seed);

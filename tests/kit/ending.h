@@ -1,4 +1,4 @@
-// What a piece of the program shows, and how it ends the process.
+// Captures what a function prints, and how it ends the process.
 #pragma once
 
 #include "driver/base/pieces.h"
@@ -13,7 +13,7 @@
 
 namespace kit {
 
-/// Everything that `what` shows on standard output.
+/// Everything that `what` prints on standard output.
 template <class What>
 std::string shown_by(What what)
 {
@@ -22,7 +22,7 @@ std::string shown_by(What what)
     return testing::internal::GetCapturedStdout();
 }
 
-/// Everything that `what` shows on standard error.
+/// Everything that `what` prints on standard error.
 template <class What>
 std::string complained_by(What what)
 {
@@ -31,7 +31,7 @@ std::string complained_by(What what)
     return testing::internal::GetCapturedStderr();
 }
 
-/// `what` must end its process with this status, and have shown exactly these texts.
+/// Fails unless `what` ends its process with this status and prints exactly these texts.
 template <class What>
 void expect_ending(What what, int status, const std::string& out, const std::string& err = "",
                    const char* file = __builtin_FILE(), int line = __builtin_LINE())
@@ -39,7 +39,7 @@ void expect_ending(What what, int status, const std::string& out, const std::str
     const testing::ScopedTrace trace(file, line, "ending");
     const Scratch scratch;
     const std::string path = scratch.write("stdout", "");
-    end_pieces(); // the process that ends is made by a fork
+    end_pieces(); // the writing thread must end before the fork
     EXPECT_EXIT(
         {
             if (!freopen(path.c_str(), "w", stdout)) abort();

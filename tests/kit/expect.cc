@@ -1,4 +1,4 @@
-// The expected texts and bytes, from the descriptions of the outputs.
+// The expected texts and bytes, written from the descriptions of the outputs.
 #include "kit/expect.h"
 
 #include <algorithm>

@@ -1,6 +1,5 @@
-// What a run must show and leave behind, written down a second time: nothing here uses the program's own
-// code. The clock is masked in one function for texts and one for SAC files; the scratch path comes in
-// through Settings.
+// The texts and files that a run must write, coded a second time without the program's own code. One function
+// masks the clock in texts, another one in SAC files; the scratch path is a field of Settings.
 #pragma once
 
 #include "kit/run.h"
@@ -17,7 +16,7 @@ namespace kit {
 inline constexpr std::string_view Banner = "PASSCAL packets to SAC traces, packet logs and QC statistics";
 inline constexpr std::string_view Yes = "YES", No = "NO";
 
-/// Everything that the run summary and the header of the logs show.
+/// The values in the run summary and in the header of the logs.
 struct Settings {
     std::string file_in, file_ini, dir_org, dir_out, file_log, file_qcc, cmd_line;
     unsigned path_option = 0;
@@ -26,7 +25,7 @@ struct Settings {
     std::string rate = "100.0000", max_samples = "4294967295", skip_samples = "0";
 };
 
-/// The settings of a run by convert() with default switches; a test changes what its switches change.
+/// The settings of a run by convert() with default switches; a test changes the fields of its switches.
 Settings settings_of(const Converted& run);
 
 std::string console_banner();                   ///< the first two lines on the console
@@ -35,7 +34,7 @@ std::string run_summary(const Settings& s);     ///< console, from "Input File" 
 std::string table_start();                      ///< console, the two opening lines of the progress table
 std::string log_header(const Settings& s);      ///< header of every .vxl, the clock masked
 std::string qcc_header(const Settings& s);      ///< header of every .qcc, the clock masked
-/// The whole console of a run by convert() that ends well: banner, summary, table, these lines, closing line.
+/// The whole console of a run by convert() with status 0: banner, summary, table, these lines, closing line.
 std::string whole_console(const Settings& s, std::string_view progress);
 
 /// Progress lines; `block` counts from 1, streams and channels too.
@@ -58,7 +57,7 @@ struct HeadLine {
 };
 std::string head_line(const HeadLine& h);
 
-/// The values of a SAC header; what is not set keeps the fill.
+/// The values of a SAC header; fields that are not set keep the undefined value.
 struct Sac {
     float delta = -12345.0f, odelta = -12345.0f;
     float depmin = 2147483647.0f, depmax = -2147483647.0f, depmen = 0.0f; ///< as reset
@@ -78,16 +77,16 @@ int32_t header_int(std::string_view sac_bytes, int word);                ///< a 
 uint32_t header_bits(std::string_view sac_bytes, int word);
 std::string header_text(std::string_view sac_bytes, int offset, int len);
 
-/// Texts: the 24 characters behind every "System time: " become stars.
+/// In texts: replaces the 24 characters after every "System time: " by stars.
 std::string mask_clock(std::string text);
-/// SAC files: the run date (bytes 616 to 623) becomes question marks.
+/// In SAC files: replaces the run date (bytes 616 to 623) by question marks.
 std::string mask_run_date(std::string sac_bytes);
-/// A whole tree, each file by its name's ending.
+/// In a whole tree, each file by its name's ending.
 Tree masked(Tree tree);
 
-/// Equal, or a message with the first difference and what stands around it.
+/// Compares two texts; the message shows the first difference and the text around it.
 testing::AssertionResult same_bytes(std::string_view actual, std::string_view expected);
-/// Trees alike after masking both: no file more, none less, every byte equal.
+/// Compares two trees after masking both: no file more, none less, every byte equal.
 testing::AssertionResult same_tree(const Tree& actual, const Tree& expected);
 
 } // namespace kit

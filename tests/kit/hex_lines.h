@@ -1,4 +1,4 @@
-// A packet's hexadecimal dump as a log must show it, written down a second time.
+// A packet's hexadecimal dump as a log must show it, coded a second time.
 #pragma once
 
 #include <cstdio>
@@ -6,7 +6,7 @@
 
 namespace kit {
 
-/// Lines of 16 bytes, the last one reaching over `count` where it does not end there; every line with its
+/// Lines of 16 bytes up to `count`; the last line is complete even if it goes beyond. Every line has its
 /// offset, two groups of eight digit pairs and the characters.
 inline std::string hex_lines(const std::string& packet, size_t count = 1024)
 {

@@ -1,4 +1,4 @@
-// How hand-readable values become packet bytes.
+// Converts readable values to packet bytes.
 #include "kit/packets.h"
 
 #include <cstdio>

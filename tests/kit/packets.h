@@ -1,6 +1,6 @@
 // Packet builders: one readable line of a test per packet, exactly 1024 bytes each.
-// Values are given as people read them (decimal numbers, text); the builder knows BCD, byte order and place.
-// Every builder turns into a std::string by itself, so a recording is a text of packets:
+// Values are decimal numbers and texts; the builder knows coding, byte order and place. Every builder
+// converts to a std::string, so a recording is a string of packets:
 //     Recording rec = Eh().event(12).usual();  rec += Dt().event(12).samples({1, 2});  rec +=
 //     Et().event(12).usual();
 #pragma once
@@ -13,7 +13,7 @@
 
 namespace kit {
 
-using Recording = std::string; ///< packets, one behind the other
+using Recording = std::string; ///< packets, one after the other
 
 inline constexpr int Packet_len = 1024;
 
@@ -26,7 +26,7 @@ std::string big_endian(uint32_t value, int len);
 std::string packed_time(unsigned day, unsigned hour, unsigned min, unsigned sec, unsigned ms);
 [[noreturn]] void beyond_the_end(int offset);
 
-struct Builder {}; ///< what all builders are
+struct Builder {}; ///< base of all builders
 
 /// Common header: type, experiment 07, 2004-123 10:15:30.250, unit 9A2F, byte count 1024, sequence 0.
 template <class Self>
@@ -44,14 +44,14 @@ public:
     Self& min(unsigned n) { return part(min_, n); }
     Self& sec(unsigned n) { return part(sec_, n); }
     Self& ms(unsigned n) { return part(ms_, n); }
-    /// Hour, minute, second, millisecond in one go; the day stays.
+    /// Sets hour, minute, second and millisecond; the day stays.
     Self& at(unsigned h, unsigned m, unsigned s, unsigned milli)
     {
         hour_ = h, min_ = m, sec_ = s;
         return ms(milli);
     }
 
-    /// Anything, anywhere; bytes beyond the packet's end are a mistake of the test and end it.
+    /// Sets bytes at any place; bytes beyond the packet's end are an error of the test and end it.
     Self& raw(int offset, std::string_view text)
     {
         if (static_cast<size_t>(offset) + text.size() > Packet_len) beyond_the_end(offset);
@@ -64,14 +64,14 @@ public:
         for (int v : values) text += static_cast<char>(v);
         return raw(offset, text);
     }
-    /// A text left-justified in its field, cut to it, rest blank.
+    /// Sets a text: left-justified, cut to the field, filled up with blanks.
     Self& text(int offset, int width, std::string_view value)
     {
         std::string field(value.substr(0, static_cast<size_t>(width)));
         field.resize(static_cast<size_t>(width), ' ');
         return raw(offset, field);
     }
-    /// One byte over a stretch of the packet.
+    /// Fills a part of the packet with one byte.
     Self& fill(int from, int to, char byte)
     {
         return raw(from, std::string(static_cast<size_t>(to - from), byte));
@@ -110,16 +110,16 @@ public:
     Self& format(unsigned code) { return this->raw(23, std::string(1, static_cast<char>(code))); }
 
 protected:
-    /// Bytes 16 to 23 start as zero, the texts behind them as given.
+    /// Bytes 16 to 23 start as zero, the texts after them as given.
     EventPacket(std::string_view two_letters, int text_from) : Packet<Self>(two_letters, text_from) {}
 };
 
-/// Event header or trailer. All texts start blank, that is, not given.
+/// Event header or trailer. All texts start blank, which means absent.
 template <class Self>
 class EventText : public EventPacket<Self> {
 public:
     Self& second_bank() { return this->flags(0x04); }
-    /// Station, rate and times that most tests want: STA01, 100 sps, trigger EVT, both times at the header's
+    /// Station, rate and times that most tests need: STA01, 100 sps, trigger EVT, both times at the header's
     /// default.
     Self& usual()
     {
@@ -132,7 +132,7 @@ public:
     Self& short_text(std::string_view s) { return this->bytes(57).text(24, 31, s); }
     Self& time_source(char c) { return this->raw(57, std::string(1, c)); }
     Self& pll_days(char c) { return this->raw(58, std::string(1, c)); }
-    /// Five characters: the first four stand at 60, the fifth before them at 59.
+    /// Five characters: the first four are at 60, the fifth is before them at 59.
     Self& station(std::string_view five)
     {
         std::string s(five);
@@ -141,7 +141,7 @@ public:
     }
     Self& stream_name(std::string_view s) { return this->text(64, 24, s); }
     Self& rate(std::string_view s) { return this->text(88, 4, s); }
-    Self& rate_telemetry(std::string_view s) { return this->text(88, 8, s); } ///< over the trigger type
+    Self& rate_telemetry(std::string_view s) { return this->text(88, 8, s); } ///< overwrites the trigger type
     Self& trigger_type(std::string_view s) { return this->text(92, 4, s); }
     Self& t_trg(std::string_view s) { return this->text(96, 16, s); }
     Self& t_first(std::string_view s) { return this->text(112, 16, s); }
@@ -196,7 +196,8 @@ Word one(int a);                       ///< code 3 of Steim-1, one 32-bit differ
 /// 7x4).
 Word sub(unsigned code, unsigned dnib, const std::vector<int>& differences);
 
-/// Data packet. Samples are laid out when the packet is taken, so the order of the calls does not matter.
+/// Data packet. Samples are written when it is converted to a string, so the order of the calls does not
+/// matter.
 class Dt : public EventPacket<Dt> {
 public:
     Dt() : EventPacket("DT", Packet_len) { format(0x32); }
@@ -214,13 +215,14 @@ public:
         samples_ = std::move(values);
         return *this;
     }
-    /// The 40 bytes before the samples: flag bit 3, the byte the decoders look at, three microsecond digits.
+    /// The 40 bytes before the samples: flag bit 3, byte 46, which the decoders test, three microsecond
+    /// digits.
     Dt& extension(std::string_view three_digits = "000");
     /// Steim-1 frames (format C0): words laid down from word 3 of frame 1 on, control words filled along.
     Dt& steim1(int32_t x0, int32_t xn, const std::vector<Word>& words) { return frames(0xC0, x0, xn, words); }
-    /// Steim-2 frames (format C2), laid down alike.
+    /// Steim-2 frames (format C2), in the same way.
     Dt& steim2(int32_t x0, int32_t xn, const std::vector<Word>& words) { return frames(0xC2, x0, xn, words); }
-    /// One word anywhere: frame 1 to 15, word 1 to 15, with its code.
+    /// Sets one word: frame 1 to 15, word 1 to 15, with its code.
     Dt& word(int frame, int index, Word w);
 
     std::string packet() const;
@@ -232,7 +234,7 @@ private:
     int data_at_ = 24;
 };
 
-/// State of health: a text, and the byte count that goes with it.
+/// State of health: a text, and its byte count.
 class Sh : public Packet<Sh> {
 public:
     explicit Sh(std::string_view what) : Packet("SH", 16)
@@ -241,7 +243,7 @@ public:
     }
 };
 
-/// Any other packet: blank behind the common header; Params("DR").fill(16, 1024, '\0') for binary ones.
+/// Any other packet: blank after the common header; Params("DR").fill(16, 1024, '\0') for binary ones.
 class Params : public Packet<Params> {
 public:
     explicit Params(std::string_view two_letters) : Packet(two_letters, 16) {}
@@ -262,7 +264,7 @@ public:
     Fd() : Packet("FD", Packet_len) {}
 };
 
-/// Packet behind packet: Eh().usual() + Dt().samples({1}) + Et().usual().
+/// Joins packets: Eh().usual() + Dt().samples({1}) + Et().usual().
 template <class A, class B>
 requires(std::is_base_of_v<Builder, A> || std::is_base_of_v<Builder, B>) Recording operator+(const A& a,
                                                                                              const B& b)

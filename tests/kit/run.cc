@@ -29,8 +29,7 @@ double since(Clock::time_point start)
     return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
-/// A fixed environment: UTC, C locale, and sanitizer findings that no exit status of the program can look
-/// like.
+/// A fixed environment: UTC, C locale, and an exit status for sanitizer findings that the program never has.
 std::vector<std::string> environment(const RunOptions& options)
 {
     std::vector<std::string> env = {
@@ -77,7 +76,7 @@ void open_terminal(int out[2])
     out[1] = open(ptsname(out[0]), O_RDWR | O_NOCTTY);
     termios raw{};
     tcgetattr(out[1], &raw);
-    raw.c_oflag &= ~static_cast<tcflag_t>(OPOST); // bytes as they are
+    raw.c_oflag &= ~static_cast<tcflag_t>(OPOST); // do not change line ends
     tcsetattr(out[1], TCSANOW, &raw);
 }
 
@@ -95,7 +94,7 @@ Pipes open_pipes(const RunOptions& options)
     return p;
 }
 
-/// The child's side; only calls that are safe between fork and exec.
+/// Runs in the child; uses only calls that are safe between fork and exec.
 [[noreturn]] void become_program(const std::string& dir, const RunOptions& options, const Pipes& p,
                                  const char* program, char* const* argv, char* const* envp)
 {
@@ -124,8 +123,8 @@ Pipes open_pipes(const RunOptions& options)
     _exit(127);
 }
 
-/// Takes what is there; false at the end of the stream. A terminal whose other side is gone reads as an
-/// error.
+/// Reads what is available; returns false at the end of the stream. Reading from a terminal whose other side
+/// is closed is an error.
 bool take(int fd, std::string& into)
 {
     char buffer[65536];
@@ -214,8 +213,8 @@ std::vector<std::string> Converted::sac_names() const
     return list;
 }
 
-/// Where the environment names a folder, what was converted is kept there, a case per run as vx_stress writes
-/// them: builds of other hosts can be held against each other on it.
+/// If the environment names a folder, keeps the inputs of each run there in the form of vx_stress, so that
+/// builds for other hosts can convert them, too, and be compared.
 static void keep_case(const Recording& recording, const std::string& ini, const Args& args)
 {
     constexpr size_t Longest = 4U << 20;

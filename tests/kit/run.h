@@ -1,4 +1,4 @@
-// Whole runs of the program: started as a person would, watched from outside.
+// Whole runs of the program, each in a process of its own.
 #pragma once
 
 #include "kit/packets.h"
@@ -16,7 +16,7 @@ namespace kit {
 using Args = std::vector<std::string>;
 
 struct RunOptions {
-    std::string argv0 = "vx_sac"; ///< no "/" in it, so that no INI file beside the program is met
+    std::string argv0 = "vx_sac"; ///< without "/", so that no INI file in the program's folder is used
     std::string program;          ///< empty: the program under test
     std::vector<std::string> env; ///< whole entries, "NAME=value", behind a small fixed environment
     std::string stdin_text;       ///< what the program can read; then end of file
@@ -27,7 +27,7 @@ struct RunOptions {
     bool terminal = false;        ///< standard output is a terminal; Outcome::out is what it showed
     std::vector<std::pair<int, unsigned long>> limits; ///< RLIMIT_... and value; SIGXFSZ is then ignored
     int mask = -1;                                     ///< umask
-    bool as_nobody = false;                            ///< a run as root gives its rights up first
+    bool as_nobody = false;                            ///< as root, changes to another user before the run
     double signal_after = 0;                           ///< seconds until `signal` is sent, 0 for never
     int signal = 0;
     std::function<void(pid_t run)> meanwhile; ///< called in a thread while the program runs
@@ -36,7 +36,7 @@ struct RunOptions {
 
 struct Outcome {
     std::string out, err;
-    int status = -1; ///< exit status; -1 when a signal ended it
+    int status = -1; ///< exit status; -1 if a signal ended the run
     int signal = 0;  ///< that signal
     bool timed_out = false;
     double seconds = 0;    ///< elapsed
@@ -48,14 +48,13 @@ struct Outcome {
 /// Runs the program in `dir`.
 Outcome run_vx(const std::string& dir, const Args& args, const RunOptions& options = {});
 
-/// A recording converted in a fresh scratch directory: `vx_sac rec.pkt out <args>`, `out` being new and
-/// empty.
+/// A recording converted in a new scratch directory: `vx_sac rec.pkt out <args>`; `out` is empty before.
 struct Converted : Outcome {
     std::shared_ptr<Scratch>
         scratch; ///< the working directory: rec.pkt, out/, and vxu.ini when one was given
     Args args;   ///< all arguments
     std::string argv0;
-    Tree tree; ///< what stands in out/
+    Tree tree; ///< the files in out/
     const std::string&
     file(const std::string& name) const; ///< a file of the tree; a missing one fails the test
     std::vector<std::string> sac_names() const;
@@ -68,7 +67,7 @@ struct ConvertOptions {
 };
 
 Converted convert(const Recording& recording, const Args& args = {}, const ConvertOptions& options = {});
-/// The same recording or another one into the same output directory.
+/// Converts the same recording or another one into the same output directory.
 Converted convert_again(const Converted& before, const Recording& recording, const Args& args = {},
                         const ConvertOptions& options = {});
 

@@ -1,4 +1,4 @@
-// A directory of its own for each test, and the files and trees in it.
+// A scratch directory for each test, and the files and trees in it.
 #pragma once
 
 #include <map>
@@ -10,7 +10,7 @@ namespace kit {
 /// Relative path to bytes. Directories end in "/" and hold nothing.
 using Tree = std::map<std::string, std::string>;
 
-/// A new directory under the test's temporary directory, removed with all it holds at the end of the scope.
+/// A new directory under the test's temporary directory, removed with its contents at the end of the scope.
 class Scratch {
 public:
     Scratch();
@@ -20,7 +20,7 @@ public:
 
     const std::string& dir() const { return dir_; } ///< full path, no "/" at its end
     std::string path(std::string_view relative) const { return dir_ + "/" + std::string(relative); }
-    /// Writes a file, making the directories above it; gives back its full path.
+    /// Writes a file and makes the directories above it; returns its full path.
     std::string write(std::string_view relative, std::string_view bytes) const;
     std::string read(std::string_view relative) const;
     void make_dir(std::string_view relative) const;
@@ -32,8 +32,8 @@ private:
 };
 
 void write_file(const std::string& path, std::string_view bytes);
-bool full_device_is_there(); ///< /dev/full, which takes no byte, as a full disk does; some systems have none
-std::string read_file(const std::string& path); ///< a file that cannot be read fails the test
+bool full_device_is_there();                    ///< true if /dev/full exists, which behaves like a full disk
+std::string read_file(const std::string& path); ///< fails the test if the file cannot be read
 Tree read_tree(const std::string& dir);
 std::string names(const Tree& tree); ///< the paths, one per line
 

@@ -1,4 +1,4 @@
-// The settings of a run into a scratch directory, for tests that call the program's rooms without its main.
+// The settings of a run into a scratch directory, for tests that call functions of src without main.
 #pragma once
 
 #include "kit/packets.h"
@@ -50,7 +50,7 @@ public:
     Stage(const Stage&) = delete;
     Stage& operator=(const Stage&) = delete;
 
-    /// A packet whose bytes live as long as the stage, with nothing behind its last one.
+    /// A packet whose bytes are valid as long as the stage; its buffer ends with its last byte.
     PACKET packet(const std::string& bytes)
     {
         return PACKET(packets_.emplace_back(bytes.begin(), bytes.end()).data());
@@ -70,7 +70,7 @@ private:
     std::set<UNIT_T*> units_;
 };
 
-/// What `write(file)` leaves in a file of its own.
+/// The bytes that `write(file)` writes to a new file.
 template <class Write>
 std::string written_by(Write write)
 {

@@ -1,5 +1,5 @@
 // Relations between runs: what a change of the switches or of the input must do to the traces, whatever the
-// traces are. No expectation is made of any single run here; each is held against its neighbours.
+// traces are. No single run is compared with an expected result, only with another run.
 // vx_metamorphic COUNT [SEED [FIRST]]: so many recordings, half of them made well, half of them hostile.
 #include "kit/expect.h"
 #include "kit/run.h"

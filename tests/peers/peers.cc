@@ -1,6 +1,6 @@
-// The sample decoders against libmseed, in bulk: what it packs must come back, what the recording maker packs
-// both must read alike, and frames that no encoder makes as well. vx_peers SERIES [SEED]: so many random
-// series; then the real recordings, where they are.
+// Compares the sample decoders with libmseed on many series: packets of libmseed must give the series back;
+// packets of vx_mkrec, and frames that no encoder makes, must give the same with both. vx_peers SERIES
+// [SEED]: so many random series; then the real recordings, where they are.
 #include "driver/base/settings.h"
 #include "mkrec/steim_encode.h"
 #include "packet/kind.h"

@@ -1,4 +1,4 @@
-// Started without a console: what would be shown goes nowhere, and least of all into a file.
+// Runs without a console: the console texts are discarded and get into no file.
 #include "runs/traces.h"
 
 #include <cstdlib>

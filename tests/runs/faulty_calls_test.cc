@@ -1,5 +1,5 @@
 // Runs whose system calls fail at a chosen point: what they say, how they end, what they leave alone.
-// proof/trials goes through every call in turn; here stand those that once went wrong.
+// proof/trials goes through every call in turn; here are those that once went wrong.
 #include "runs/common.h"
 
 #include <csignal>

@@ -1,4 +1,5 @@
-// Bytes that cannot be written, names that others hold: no loss passes with status 0.
+// Bytes that cannot be written, and names that are taken: a run that loses something has another status than
+// 0.
 #include "runs/common.h"
 
 #include <bit>

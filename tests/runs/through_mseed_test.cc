@@ -1,6 +1,6 @@
 // Recordings with real ground motion, from outside the project, on the way that their users send them: to
-// SAC, from there to miniSEED by the packaged converter, and read by the public library. Nothing may be lost
-// on it.
+// SAC, from there to miniSEED by the packaged converter, and read by the public library. No sample may
+// be lost.
 #include "kit/run.h"
 
 #include <gtest/gtest.h>

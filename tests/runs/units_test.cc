@@ -1,4 +1,4 @@
-// Recorders in one stream: their files, their change, the order in which they are told at the end.
+// Recorders in one stream: their files, their change, their order at the end.
 #include "runs/common.h"
 
 #include <filesystem>

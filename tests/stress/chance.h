@@ -1,4 +1,4 @@
-// Chance that can be repeated: everything a case is made of comes from its one seed.
+// Repeatable random numbers: all values of a case come from one seed.
 #pragma once
 
 #include <cstdint>

@@ -1,5 +1,4 @@
-// What the program is tried with: recordings, station files and switches as no recorder and no careful
-// person would make them.
+// Hostile inputs: recordings, station files and switches that no recorder and no careful person would make.
 #pragma once
 
 #include "kit/run.h"

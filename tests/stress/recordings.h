@@ -1,4 +1,4 @@
-// Recordings by chance, each kind its own way of being hostile: for the stress run, for the relations between
+// Random recordings that are hostile in different ways: for the stress run, for the relations between
 // runs (metamorphic), and, by change(), for the fuzz target of whole streams. What grows to a limit, or goes
 // through all limits of all fields, is made by proof/trial/hostile.py.
 #pragma once
