@@ -92,7 +92,7 @@ _vx_name()
     esac
 }
 
-# A program with options, values and names. Behind "--" stand names, or the switches that vx_batch and vx_array give
+# A program with options, values and names. After "--" come names, or the switches that vx_batch and vx_array give
 # to vx_sac.
 _vx_tool()
 {

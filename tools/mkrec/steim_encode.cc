@@ -25,7 +25,7 @@ constexpr SteimForm Forms2[] = {{0, 0, 0, 0}, {1, 30, 2, 1}, {2, 15, 2, 2}, {3, 
 struct DifferenceRun {
     int32_t d[Steim2_most];
     uint8_t share[Steim2_most + 1]; // the most differences that a word with this one in it can hold; 0: none,
-                                    // as behind the last one
+                                    // as after the last one
     int n;
 };
 

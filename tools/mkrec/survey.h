@@ -1,4 +1,4 @@
-// The field campaign behind a recording: its stations, streams and channels, and when and how long each
+// The field campaign of a recording: its stations, streams and channels, and when and how long each
 // event is. All of it is computed from the options, so any part can be computed at any time.
 #pragma once
 
