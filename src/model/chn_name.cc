@@ -10,13 +10,14 @@
 
 static constexpr char Spec_char[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZ";
 
+static std::string Made; ///< the directories of the latest trace
+
 /// Creates the directories of a trace, unless they are those of the trace before.
 static void make_directories(const std::string& dir)
 {
-    static std::string made;
-    if (dir == made) return;
+    if (dir == Made) return;
     Make_dir(dir.c_str(), DirOut.size());
-    made = dir;
+    Made = dir;
 }
 
 void Chn_name(CHN_T& chn)

@@ -82,8 +82,8 @@ EVT_T& Evt_find(UNIT_T& unit, const PACKET& pkt)
 
 void Evt_remove(EVT_T& evt)
 {
+    const std::unique_ptr<EVT_T> freed(&evt);
     remove_channels(evt);
     evt.unit->evt = ring_leave(&evt);
     evt.unit->event_by_number.erase(evt.evt_num);
-    delete &evt;
 }

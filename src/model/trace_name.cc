@@ -38,9 +38,11 @@ static Text<5> station_part(const TraceName& name, uint16_t naming)
 std::string trace_base(const TraceName& name, uint16_t naming)
 {
     const char* const t = name.first.s;
+    const Text<5> station = station_part(name, naming);
+    Text<16> time;
+    time.print("%4.4s%3.3s%2.2s%2.2s%2.2s%3.3s", t, t + AT::Day, t + AT::Hour, t + AT::Minute, t + AT::Second,
+               t + AT::Milli);
     Text<63> base;
-    base.print("%4.4s%3.3s%2.2s%2.2s%2.2s%3.3s_%s_%01u_%01X", t, t + AT::Day, t + AT::Hour, t + AT::Minute,
-               t + AT::Second, t + AT::Milli, station_part(name, naming).s, name.stream + 1U,
-               name.channel + 1U);
+    base.print("%s_%s_%01u_%01X", time.s, station.s, name.stream + 1U, name.channel + 1U);
     return base.s;
 }

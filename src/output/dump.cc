@@ -4,7 +4,7 @@
 
 void log_dump(OUT_FILE& log, const PACKET& pkt)
 {
-    switch (pkt.kind) {
+    switch (pkt.kind) { // never taken: the enumeration has no other value
     case PKT_EH:
     case PKT_ET: log_eh_et(log, pkt); break;
     case PKT_NH:

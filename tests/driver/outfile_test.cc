@@ -21,6 +21,7 @@
 #include <random>
 #include <string>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
 
@@ -776,6 +777,22 @@ TEST_F(Out_overwrite_start, a_file_with_a_new_inode_number_is_recognised_by_size
     EXPECT_EQ(scratch.read("file"), "abc3xxxxxx");
 }
 
+TEST_F(Out_overwrite_start, a_file_whose_start_nobody_marked_is_not_recognised_by_it)
+{
+    make("0123456789");
+    file.mark.start_len = 0;
+    replace_by("0123xxxxxx");
+    expect_refused_at_once();
+}
+
+TEST_F(Out_overwrite_start, a_pipe_of_the_name_is_left_alone)
+{
+    make("0123456789");
+    std::filesystem::remove(path);
+    ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+    expect_refused_at_once();
+}
+
 void let_files_have(rlim_t bytes)
 {
     const rlimit limit{bytes, RLIM_INFINITY};
@@ -826,6 +843,17 @@ TEST_F(Out_file, the_start_is_not_replaced_once_bytes_are_written)
     file.write("x");
     out_close(file);
     EXPECT_EQ(scratch.read("file"), "0123456789x");
+}
+
+TEST_F(Out_file, the_start_is_not_replaced_by_more_than_is_collected_nor_without_a_slot)
+{
+    open();
+    file.write("01");
+    EXPECT_FALSE(file.replace_start("abc"));
+    out_give_up_oldest();
+    EXPECT_FALSE(file.replace_start("a"));
+    out_close(file);
+    EXPECT_EQ(scratch.read("file"), "01");
 }
 
 TEST_F(Out_file, all_that_is_collected_is_written_and_the_file_stays_open)

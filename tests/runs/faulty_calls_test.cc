@@ -373,6 +373,19 @@ TEST_F(Faulty_calls, of_closing_that_are_interrupted_lose_nothing)
     }
 }
 
+TEST_F(Faulty_calls, of_closing_a_finished_long_trace_that_are_interrupted_lose_nothing)
+{
+    ConvertOptions options;
+    options.ini = Station_file;
+    for (unsigned at = 1; at <= 2; ++at) { // after the samples, after the final header
+        SCOPED_TRACE(at);
+        options.run = failing("close", at, EINTR, When::once);
+        const Converted run = convert(event_of_a_long_trace(), {"-L-"}, options);
+        EXPECT_EQ(run.status, 0);
+        EXPECT_TRUE(same_bytes(mask_run_date(run.file(Name_1_1)), long_trace()));
+    }
+}
+
 TEST_F(Faulty_calls, of_writing_and_then_of_closing_one_file_are_told_once)
 {
     ConvertOptions options;

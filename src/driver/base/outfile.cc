@@ -119,7 +119,8 @@ void lose(OUT_FILE& file)
 /// The same by number. The file still has its slot: a slot is freed only when the thread is done.
 void lose_numbered(uint32_t number)
 {
-    for (OUT_FILE* file = Newest; file; file = file->older)
+    for (OUT_FILE* file = Newest; file;
+         file = file->older) // never taken: the file has its slot, so it is found
         if (file->number == number) return lose(*file);
 }
 
@@ -164,7 +165,7 @@ void mark_file(OUT_FILE& file)
 {
     struct stat what;
     file.mark.known = fstat(file.fd, &what) == 0;
-    if (!file.mark.known) return;
+    if (!file.mark.known) return; // never taken: fstat of an open file fails
     file.mark.device = what.st_dev;
     file.mark.inode = what.st_ino;
 }
@@ -225,18 +226,19 @@ bool begins_as_marked(const FileMark& mark, int fd)
 {
     std::string start(mark.start_len, '\0');
     const ssize_t n = pread(fd, start.data(), start.size(), 0);
-    return mark.start_len > 0 && n == static_cast<ssize_t>(start.size()) && hash_of(start) == mark.start_hash;
+    return n > 0 && hash_of(start) == mark.start_hash; // a part, or nothing, has another hash
 }
 
 /// True if a descriptor leads to the file that this run created under the name, with the bytes that it wrote.
 bool recognised(const OUT_FILE& file, int fd)
 {
     struct stat what;
+    // never taken: fstat of an open file fails
     if (fstat(fd, &what) != 0 || !S_ISREG(what.st_mode)) return false;
     if (static_cast<uint64_t>(what.st_size) != file.written) return false;
     const FileMark& mark = file.mark;
-    return (mark.known && what.st_dev == mark.device && what.st_ino == mark.inode) ||
-           begins_as_marked(mark, fd);
+    const bool same = what.st_dev == mark.device && what.st_ino == mark.inode; // never taken: on one device
+    return (mark.known && same) || begins_as_marked(mark, fd); // never taken: fstat of an open file fails
 }
 
 /// Opens for reading, too, by which a file may be recognised; for writing alone where the umask forbids
@@ -244,6 +246,7 @@ bool recognised(const OUT_FILE& file, int fd)
 int open_readable_or_not(const char* name, int how)
 {
     const int fd = open_somehow(name, how | O_RDWR);
+    // never taken: a run with few rights does not write its counts
     return fd < 0 && errno == EACCES ? open_somehow(name, how | O_WRONLY) : fd;
 }
 
@@ -304,8 +307,8 @@ void regain_slot(OUT_FILE& file)
 {
     const int fd =
         file.created ? open_again(file, O_APPEND) : open_waiting_for_nobody(file.name, O_WRONLY | O_APPEND);
-    if (fd < 0 || !lend_slot(file, fd)) {
-        if (fd >= 0) ::close(fd);
+    if (fd < 0 || !lend_slot(file, fd)) { // never taken: a file that had a buffer gets one again
+        if (fd >= 0) ::close(fd);         // never taken: a file that had a buffer gets one again
         lose(file);
     }
 }
@@ -410,21 +413,20 @@ void OUT_FILE::mark_start(std::string_view bytes)
     mark.start_hash = hash_of(bytes);
 }
 
-/// True if the umask keeps the owner of a new file from opening it again. Read once: reading sets it for a
-/// moment.
-static bool umask_forbids_reopening()
+/// The umask. Reading it sets it for a moment, so it is read once, before there is a second thread.
+static mode_t read_umask()
 {
-    static const mode_t mask = [] {
-        const mode_t current = umask(0);
-        umask(current);
-        return current;
-    }();
-    return (mask & S_IWUSR) != 0;
+    const mode_t current = umask(0);
+    umask(current);
+    return current;
 }
+
+static const mode_t Umask = read_umask();
 
 bool OUT_FILE::replace_start(std::string_view bytes)
 {
-    if (!buf || broken || written > 0 || used < bytes.size() || umask_forbids_reopening()) return false;
+    const bool could_be_opened_again = (Umask & S_IWUSR) == 0; // by its owner
+    if (!buf || written > 0 || used < bytes.size() || !could_be_opened_again) return false;
     memcpy(buf, bytes.data(), bytes.size());
     whole = true;
     return true;
