@@ -34,8 +34,7 @@ static FILE* open_ready(const char* path)
     const int fd = open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
     if (fd < 0) return nullptr;
     struct stat what;
-    const bool waits =
-        fstat(fd, &what) == 0 && S_ISFIFO(what.st_mode); // never taken: fstat of an open file fails
+    const bool waits = fstat(fd, &what) == 0 && S_ISFIFO(what.st_mode);
     if (waits) errno = ENXIO;
     fcntl(fd, F_SETFL, O_RDONLY); // a terminal is read when something is typed
     FILE* const file = waits ? nullptr : fdopen(fd, "r");

@@ -119,8 +119,8 @@ void lose(OUT_FILE& file)
 /// The same by number. The file still has its slot: a slot is freed only when the thread is done.
 void lose_numbered(uint32_t number)
 {
-    for (OUT_FILE* file = Newest; file;
-         file = file->older) // never taken: the file has its slot, so it is found
+    // never taken: the file has its slot, so it is found
+    for (OUT_FILE* file = Newest; file; file = file->older)
         if (file->number == number) return lose(*file);
 }
 
@@ -426,6 +426,7 @@ static const mode_t Umask = read_umask();
 bool OUT_FILE::replace_start(std::string_view bytes)
 {
     const bool could_be_opened_again = (Umask & S_IWUSR) == 0; // by its owner
+    // never taken: a run with few rights does not write its counts
     if (!buf || written > 0 || used < bytes.size() || !could_be_opened_again) return false;
     memcpy(buf, bytes.data(), bytes.size());
     whole = true;
