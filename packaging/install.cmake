@@ -7,7 +7,7 @@ include(GNUInstallDirs)
 set(VX_ZSH_COMPLETIONS_DIR ${CMAKE_INSTALL_DATADIR}/zsh/site-functions CACHE STRING "Completions for zsh")
 
 set(programs)
-foreach(program vx_sac vx_mkrec vx_ls)
+foreach(program vx_sac vx_mkrec vx_ls vx_check)
     if(TARGET ${program})
         install(TARGETS ${program} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
         list(APPEND programs ${program})

@@ -1,0 +1,49 @@
+// Damage that shows in single blocks: unknown ones, zeros, shifts, counts that do not fit, the rule of byte
+// 46, packets that stand twice.
+#pragma once
+
+#include "packet/packet.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <unordered_set>
+
+namespace check {
+
+bool all_zeros(const uint8_t* block);
+
+/// True for a block that is a packet beyond doubt: its type is known, and its time is one.
+bool is_plausible(const uint8_t* block);
+
+/// The offset in a block, 1 to 1023, at which packets go on; nothing when none of the next ones is there.
+std::optional<size_t> shift_of(std::span<const uint8_t> from_here);
+
+/// More samples in an uncompressed packet's header than the packet holds: how many it holds.
+std::optional<unsigned> held_if_too_many(const PACKET& pkt, Encoding encoding);
+
+/// What byte 46 does to an uncompressed packet.
+struct Byte46 {
+    bool eats; ///< samples are lost; else the rule does no harm
+    std::string text;
+};
+std::optional<Byte46> byte_46_of(const PACKET& pkt, Encoding encoding);
+
+/// The packets before, as their hashes.
+class LatestPackets {
+public:
+    static constexpr size_t Remembered = 1000;
+
+    /// True when the same packet was among the last thousand.
+    bool has(const uint8_t* block);
+
+private:
+    std::array<uint64_t, Remembered> ring_{};
+    size_t next_ = 0;
+    std::unordered_multiset<uint64_t> known_;
+};
+
+} // namespace check

@@ -1,0 +1,187 @@
+// The report as a table for people: one block per recorder, one line per event and stream, findings grouped.
+#include "check/write.h"
+
+#include "ls/text.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdarg>
+#include <cstdio>
+#include <set>
+
+namespace check {
+
+namespace {
+
+constexpr size_t Shown_each = 3; // findings of a code
+constexpr size_t Events_shown = 40;
+
+__attribute__((format(printf, 1, 2))) std::string print(const char* format, ...)
+{
+    char text[400];
+    va_list args;
+    va_start(args, format);
+    vsnprintf(text, sizeof text, format, args);
+    va_end(args);
+    return text;
+}
+
+/// The lines of a table, each cut to the terminal.
+class Table {
+public:
+    explicit Table(const TableStyle& style) : style_(style) {}
+
+    void line(const std::string& text, const char* colour = nullptr)
+    {
+        const std::string shown = fitted(ls::printable(text));
+        const bool painted = colour && style_.colour;
+        if (painted) all_ += colour;
+        all_ += shown;
+        if (painted) all_ += "\033[0m";
+        all_ += '\n';
+    }
+    const std::string& all() const { return all_; }
+
+private:
+    /// The first characters of a text that is too wide.
+    std::string fitted(std::string text) const
+    {
+        if (style_.columns <= 0 || ls::width(text) <= static_cast<size_t>(style_.columns)) return text;
+        while (ls::width(text) > static_cast<size_t>(style_.columns)) {
+            while ((static_cast<uint8_t>(text.back()) & 0xC0) == 0x80) text.pop_back();
+            text.pop_back();
+        }
+        return text;
+    }
+
+    TableStyle style_;
+    std::string all_;
+};
+
+constexpr char Bold[] = "\033[1m", Red[] = "\033[31m", Yellow[] = "\033[33m", Green[] = "\033[32m";
+
+std::string shown(Moment at)
+{
+    return at == No_moment ? "-" : iso(at);
+}
+
+void add_head(Table& table, const Report& report)
+{
+    table.line(report.file + ": " + kind_text(report), Bold);
+    if (report.error || report.kind == FileKind::empty) return;
+    std::string types;
+    for (size_t kind = 0; kind < report.types.size(); ++kind)
+        if (report.types[kind])
+            types +=
+                ", " + letters_of(kind) + print(" %llu", static_cast<unsigned long long>(report.types[kind]));
+    table.line(print("%llu bytes, %llu packets", static_cast<unsigned long long>(report.bytes),
+                     static_cast<unsigned long long>(report.packets)) +
+               (report.kind == FileKind::recording ? types : ""));
+    if (report.first != No_moment)
+        table.line(shown(report.first) + " to " + shown(report.last) +
+                   print(", %llu samples", static_cast<unsigned long long>(report.samples)));
+}
+
+void add_event(Table& table, const EventTally& event)
+{
+    unsigned long long packets = 0, samples = 0;
+    size_t gaps = 0;
+    std::set<uint8_t> formats;
+    for (const auto& [number, channel] : event.channels) {
+        packets += channel.packets;
+        samples += channel.samples;
+        gaps += channel.gaps.size();
+        formats.insert(channel.format);
+    }
+    std::string told;
+    for (const uint8_t format : formats) told += print("%s%02x", told.empty() ? "" : ",", format);
+    table.line(print("  %5u %6u %8.7g %8zu %8llu %11llu %4zu  %-27s  %-27s  %s", event.event,
+                     event.stream + 1U, event.rate, event.channels.size(), packets, samples, gaps,
+                     shown(event.first).c_str(), shown(event.last).c_str(), told.c_str()));
+}
+
+std::string clock_text(const UnitTally& unit)
+{
+    if (unit.clock.empty()) return "";
+    int worst = 0;
+    bool unknown = true;
+    for (const ClockTold& told : unit.clock)
+        if (told.days) {
+            unknown = false;
+            worst = std::max(worst, *told.days);
+        }
+    return unknown ? ", clock's last lock unknown" : print(", clock locked %d days before at most", worst);
+}
+
+void add_unit(Table& table, uint16_t id, const UnitTally& unit)
+{
+    std::string head = print("%04X", id) + (unit.station.empty() ? "" : "  " + unit.station);
+    if (unit.position)
+        head += print(", %.5f %.5f, %g m (%s)", unit.position->lat, unit.position->lon, unit.position->elev,
+                      unit.position->by_header ? "header" : "station file");
+    table.line("");
+    table.line(head + clock_text(unit), Bold);
+    if (unit.events.empty()) return;
+    table.line("  event stream     rate channels  packets     samples gaps  first                        last"
+               "                         format");
+    for (size_t i = 0; i < std::min(unit.events.size(), Events_shown); ++i) add_event(table, *unit.events[i]);
+    if (unit.events.size() > Events_shown)
+        table.line(print("  and %zu more events", unit.events.size() - Events_shown));
+}
+
+std::string place_text(const Place& place)
+{
+    std::string text;
+    if (place.packet) text += print("packet %llu ", static_cast<unsigned long long>(place.packet));
+    if (place.unit != Nowhere) text += print("%04X ", static_cast<unsigned>(place.unit));
+    if (place.event != Nowhere) text += print("event %d ", place.event);
+    if (place.stream != Nowhere) text += print("stream %d ", place.stream);
+    if (place.channel != Nowhere) text += print("channel %d ", place.channel);
+    if (place.at != No_moment) text += iso(place.at) + " ";
+    if (!text.empty()) text.back() = ':';
+    return text.empty() ? text : text + " ";
+}
+
+void add_code(Table& table, const Report& report, const CodeInfo& info)
+{
+    const uint64_t count = report.findings.count(info.code);
+    if (count == 0) return;
+    const bool error = report.findings.errors(info.code) > 0;
+    table.line(print("%s, %llu %s%s: %s", std::string(info.name).c_str(),
+                     static_cast<unsigned long long>(count), error ? "error" : "note", count == 1 ? "" : "s",
+                     info.sentence),
+               error ? Red : Yellow);
+    size_t told = 0;
+    for (const Finding& f : report.findings.list())
+        if (f.code == info.code && told++ < Shown_each) table.line("    " + place_text(f.place) + f.text);
+    if (count > Shown_each)
+        table.line(print("    and %llu more", static_cast<unsigned long long>(count - Shown_each)));
+}
+
+void add_findings(Table& table, const Report& report, const Options& options)
+{
+    table.line("");
+    uint64_t all = 0;
+    for (const CodeInfo& info : Codes) {
+        if (!options.shows(info.code)) continue;
+        all += report.findings.count(info.code);
+        add_code(table, report, info);
+    }
+    if (all == 0) table.line("nothing found", Green);
+}
+
+} // namespace
+
+std::string as_table(const Report& report, const Options& options, const TableStyle& style)
+{
+    Table table(style);
+    add_head(table, report);
+    if (report.kind == FileKind::recording && !report.error) {
+        for (const auto& [id, unit] : report.units) add_unit(table, id, unit);
+        add_findings(table, report, options);
+    }
+    table.line("");
+    return table.all();
+}
+
+} // namespace check
