@@ -29,6 +29,9 @@ endif()
 
 foreach(section 1 5)
     file(GLOB pages CONFIGURE_DEPENDS docs/man/*.${section})
+    if(NOT TARGET vx_check)
+        list(FILTER pages EXCLUDE REGEX "/vx_check\\.1$")
+    endif()
     install(FILES ${pages} DESTINATION ${CMAKE_INSTALL_MANDIR}/man${section})
 endforeach()
 
@@ -43,7 +46,7 @@ foreach(program ${programs})
 endforeach()
 install(FILES tools/completions/_vx_sac DESTINATION ${VX_ZSH_COMPLETIONS_DIR})
 
-install(FILES README.md CHANGELOG.md docs/oddities.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(FILES README.md CHANGELOG.md docs/oddities.md docs/vx_check.schema.json DESTINATION ${CMAKE_INSTALL_DOCDIR})
 if(IS_DIRECTORY ${PROJECT_SOURCE_DIR}/docs/examples)
     install(DIRECTORY docs/examples DESTINATION ${CMAKE_INSTALL_DOCDIR} USE_SOURCE_PERMISSIONS)
 endif()

@@ -88,12 +88,12 @@ _vx_name()
     vx_ls* | vx_plot*) _vx_names traces "$3" ;;
     vx_array0) _vx_names files "$3" ;;
     vx_array1) _vx_names folders "$3" ;;
-    vx_mkrec0 | vx_batch*) _vx_names recordings "$3" ;;
+    vx_mkrec0 | vx_batch* | vx_check*) _vx_names recordings "$3" ;;
     esac
 }
 
-# A program with options, values and names. After "--" come names, or the switches that vx_batch and vx_array give
-# to vx_sac.
+# A program with options, values and names. After "--" come names, or the switches that vx_batch, vx_array and vx_check
+# give to vx_sac.
 _vx_tool()
 {
     local program=${1##*/} typed=${COMP_WORDS[COMP_CWORD]} option meaning word due="" names=0 only_names=""
@@ -113,7 +113,7 @@ _vx_tool()
             due=${value[$word]-}
         fi
     done
-    if [[ -n $only_names && $program == vx_@(batch|array) ]]; then
+    if [[ -n $only_names && $program == vx_@(batch|array|check) ]]; then
         [[ $typed != -* ]] || _vx_sac_switch "$typed"
     elif [[ -n $due ]]; then
         _vx_value "$due" "${typed#=}"
@@ -125,4 +125,4 @@ _vx_tool()
 }
 
 complete -F _vx_sac vx_sac
-complete -F _vx_tool vx_ls vx_plot vx_batch vx_array vx_mkrec
+complete -F _vx_tool vx_ls vx_check vx_plot vx_batch vx_array vx_mkrec
