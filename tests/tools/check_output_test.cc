@@ -1,7 +1,7 @@
 // What vx_check says of other files, its options and statuses, its table, and the names of traces.
 #include "check/codes.h"
+#include "tools/check_made.h"
 #include "tools/check_run.h"
-#include "tools/maker.h"
 #include "tools/sac_words.h"
 
 #include <set>
@@ -110,7 +110,7 @@ TEST(Check_status, a_full_device_is_told)
 TEST(Check_input, a_pipe_gives_the_same_report)
 {
     const kit::Scratch s;
-    const std::string rec = recording({"--seconds", "20", "--units", "1"});
+    const std::string rec = made({"--seconds", "20", "--units", "1"});
     s.write("rec.pkt", rec);
     kit::RunOptions options;
     options.stdin_text = rec;
@@ -146,9 +146,9 @@ TEST(Check_input, a_name_that_is_no_utf8_is_told_by_its_bytes)
 
 TEST(Check_traces, are_named_as_the_converter_names_them)
 {
-    const std::string rec = recording({"--units", "2", "--seconds", "10", "--interleave"}) +
-                            recording({"--units", "1", "--seconds", "5"}) +
-                            recording({"--units", "1", "--seconds", "5"});
+    const std::string rec = made({"--units", "2", "--seconds", "10", "--interleave"}) +
+                            made({"--units", "1", "--seconds", "5"}) +
+                            made({"--units", "1", "--seconds", "5"});
     for (const kit::Args& switches :
          std::vector<kit::Args>{{}, {"-P1"}, {"-P4", "-N1"}, {"-N0", "-P2"}, {"-S0"}, {"-S10", "-P3"}}) {
         kit::Args args{"--"};

@@ -1,6 +1,6 @@
 // No false alarms: sound recordings of many rates, over New Year and leap days, from vx_mkrec and by hand.
+#include "tools/check_made.h"
 #include "tools/check_run.h"
-#include "tools/maker.h"
 
 #include <cstdio>
 #include <random>
@@ -98,7 +98,7 @@ TEST(Check_sound, a_thousand_random_recordings_of_vx_mkrec)
         if (chance() % 2) options.push_back("--interleave");
         if (chance() % 3 == 0) options.push_back("--no-parameters");
         args.push_back(std::to_string(i) + ".pkt");
-        s.write(args.back(), recording(options));
+        s.write(args.back(), made(options));
     }
     EXPECT_EQ(run_check(s, args).status, 0);
     EXPECT_EQ(alarms_of(s, args), "");

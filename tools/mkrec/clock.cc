@@ -4,7 +4,7 @@ namespace mkrec {
 
 static constexpr int64_t Day_ms = 86400000;
 
-static int days_in(int year)
+int days_in(int year)
 {
     return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0) ? 366 : 365;
 }

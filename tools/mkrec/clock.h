@@ -14,6 +14,9 @@ struct RecorderClock {
 
 RecorderClock clock_at(int64_t ms);
 
+/// Days of a year.
+int days_in(int year);
+
 inline constexpr int Time_len = 16;
 
 /// Year, day, hour, minute, second and millisecond as 16 digits and a NUL.

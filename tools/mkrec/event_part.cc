@@ -47,6 +47,32 @@ int EventPart::next_sequence()
     return static_cast<int>(packets_++ % 10000);
 }
 
+/// True for a packet that begins in the missing seconds amid the event.
+bool EventPart::is_missing(const SampleBlock& block) const
+{
+    const Options& o = survey_.options;
+    const int64_t rate = rate_of(survey_, event_.stream);
+    const int64_t from = o.seconds * rate / 2;
+    return block.first >= from && block.first < from + o.gap * rate;
+}
+
+void EventPart::pass_on(Lane& lane)
+{
+    last_sample_ = std::max(last_sample_, lane.block.first + lane.block.samples - 1);
+    lane.waiting = lane.run.next(lane.block);
+}
+
+/// The channel whose packet comes next.
+EventPart::Lane* EventPart::next_lane()
+{
+    Lane* lane = first_full();
+    while (lane && is_missing(lane->block)) {
+        pass_on(*lane);
+        lane = first_full();
+    }
+    return lane;
+}
+
 bool EventPart::next(TextPage& page)
 {
     if (headers_left_ > 0) {
@@ -56,12 +82,11 @@ bool EventPart::next(TextPage& page)
         write_event_page(page, survey_, event_, times, false, bank, next_sequence());
         return true;
     }
-    if (Lane* lane = first_full()) {
+    if (Lane* lane = next_lane()) {
         LinePlace place = event_;
         place.channel = static_cast<int>(lane - lanes_.data());
         write_data_page(page, survey_, place, lane->block, next_sequence());
-        last_sample_ = std::max(last_sample_, lane->block.first + lane->block.samples - 1);
-        lane->waiting = lane->run.next(lane->block);
+        pass_on(*lane);
         return true;
     }
     if (trailers_left_ > 0) {

@@ -29,6 +29,9 @@ private:
     };
 
     Lane* first_full();
+    Lane* next_lane();
+    bool is_missing(const SampleBlock& block) const;
+    void pass_on(Lane& lane);
     int next_sequence();
 
     const Survey& survey_;

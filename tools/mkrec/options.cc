@@ -1,6 +1,8 @@
 // The table of options; each row has the function that reads its value.
 #include "mkrec/options.h"
 
+#include "mkrec/clock.h"
+
 #include <algorithm>
 #include <cctype>
 #include <limits>
@@ -30,6 +32,12 @@ const char Help_text[] =
     "  --no-et           no ET packets: no event ends\n"
     "  --no-parameters   only EH, DT and ET packets\n"
     "  --bad-check       every Steim packet stores a wrong last sample\n"
+    "  --start TIME      begin of the survey, YYYY-DDDTHH:MM, from 2023 on      (2023-010T06:00)\n"
+    "  --gap N           data packets that begin in N seconds amid each event are missing\n"
+    "  --drop N,...      these packets, counted from 1, are missing\n"
+    "  --damage KIND@N   packet N is damaged; may be repeated. Kinds: bad-check, byte-46, clock, cut-tail,\n"
+    "                    duplicate, late-start, overlap, rate, sequence, shifted, too-many-samples,\n"
+    "                    unknown-format, unknown-type, zeros\n"
     "  --mseed FILE      also writes the data as 1024-byte miniSEED records, channel by channel\n"
     "  --force           overwrites files that exist\n"
     "\n"
@@ -40,6 +48,7 @@ const char Help_text[] =
 
 namespace {
 
+constexpr int Last_year = 2080;
 constexpr int64_t Most_events = 1000000;
 constexpr int64_t Most_bytes = int64_t{1} << 50;
 
@@ -173,6 +182,42 @@ std::string read_name(const std::string& text, std::string& name)
     return text.empty() ? "needs a name" : "";
 }
 
+/// YYYY-DDDTHH:MM
+std::string read_start(const std::string& text, int64_t& ms)
+{
+    int64_t year = 0, day = 0, hour = 0, minute = 0;
+    const bool shaped = text.size() == 14 && text[4] == '-' && text[8] == 'T' && text[11] == ':' &&
+                        read_number(text.substr(0, 4), First_year, Last_year, year) &&
+                        read_number(text.substr(5, 3), 1, days_in(static_cast<int>(year)), day) &&
+                        read_number(text.substr(9, 2), 0, 23, hour) &&
+                        read_number(text.substr(12), 0, 59, minute);
+    if (!shaped) return shown(text) + " is no time like 2023-010T06:00 from 2023 to 2080";
+    for (int y = First_year; y < year; ++y) day += days_in(y);
+    ms = (((day - 1) * 24 + hour) * 60 + minute) * 60000;
+    return "";
+}
+
+std::string read_drop(const std::string& text, std::vector<int64_t>& drop)
+{
+    for (const std::string& part : split(text)) {
+        const std::string why = read_whole(part, 1, Most_bytes, drop.emplace_back());
+        if (!why.empty()) return why;
+    }
+    return "";
+}
+
+std::string read_damage(const std::string& text, std::vector<Damage>& damage)
+{
+    const size_t at = text.find('@');
+    const auto kind = damage_kind_named(text.substr(0, at));
+    if (!kind) return shown(text.substr(0, at)) + " is no kind of damage; --help shows all";
+    if (at == std::string::npos) return "needs a packet: " + text + "@N";
+    int64_t packet = 0;
+    const std::string why = read_whole(text.substr(at + 1), 1, Most_bytes, packet);
+    damage.push_back({*kind, packet});
+    return why;
+}
+
 std::string set(bool& flag, bool value = true)
 {
     flag = value;
@@ -198,6 +243,10 @@ constexpr Option Table[] = {
     {"--signal", true, [](Options& o, OptionText v) { return read_motion(v, o.motion); }},
     {"--seed", true, [](Options& o, OptionText v) { return read_seed(v, o.seed); }},
     {"--mseed", true, [](Options& o, OptionText v) { return read_name(v, o.mseed); }},
+    {"--start", true, [](Options& o, OptionText v) { return read_start(v, o.start_ms); }},
+    {"--gap", true, [](Options& o, OptionText v) { return read_int(v, 1, 10000000, o.gap); }},
+    {"--drop", true, [](Options& o, OptionText v) { return read_drop(v, o.drop); }},
+    {"--damage", true, [](Options& o, OptionText v) { return read_damage(v, o.damage); }},
     {"--interleave", false, [](Options& o, OptionText) { return set(o.interleave); }},
     {"--no-et", false, [](Options& o, OptionText) { return set(o.trailers, false); }},
     {"--no-parameters", false, [](Options& o, OptionText) { return set(o.parameters, false); }},

@@ -1,6 +1,7 @@
 // Reads and checks the command line.
 #pragma once
 
+#include "mkrec/damage.h"
 #include "mkrec/signal.h"
 
 #include <cstdint>
@@ -29,8 +30,13 @@ struct Options {
     bool interleave = false;
     bool trailers = true;   ///< false: events never end
     bool parameters = true; ///< false: only EH, DT and ET packets
-    bool bad_check = false; ///< true: every Steim packet stores a wrong last sample
-    bool force = false;     ///< true: files that exist are overwritten
+    int64_t start_ms =
+        (9 * 24 + 6) * int64_t{3600000}; ///< of the survey, since the first year began: day 10, 6 hours
+    int gap = 0;                ///< seconds whose data packets are missing from the middle of each event
+    std::vector<int64_t> drop;  ///< numbers of packets that are left out, counted from 1
+    std::vector<Damage> damage; ///< what else is wrong
+    bool bad_check = false;     ///< true: every Steim packet stores a wrong last sample
+    bool force = false;         ///< true: files that exist are overwritten
     bool help = false, version = false;
 };
 

@@ -69,7 +69,7 @@ void ParameterPages::stations(TextPage& page, int number)
 {
     const int first = number * SC::Channels.count;
     const int count = std::min(inputs(survey_) - first, SC::Channels.count);
-    start(page, "SC", survey_start_ms(), SC::Channels[count].at, ' ');
+    start(page, "SC", survey_start_ms(survey_), SC::Channels[count].at, ' ');
     put_text(page, SC::Exp_number, "07");
     put_text(page, SC::Exp_name, "Valley site response");
     put_text(page, SC::Exp_comment, "synthetic ground motion over noise");
@@ -80,7 +80,7 @@ void ParameterPages::stations(TextPage& page, int number)
     char text[16];
     snprintf(text, sizeof text, "%04X", unsigned{unit_id(unit_)});
     put_text(page, SC::Das_serial, text);
-    put_text(page, SC::Exp_start, settings_time(survey_start_ms(), 13));
+    put_text(page, SC::Exp_start, settings_time(survey_start_ms(survey_), 13));
     put_text(page, SC::Clock_type, "GPS");
     put_text(page, SC::Clock_serial, std::to_string(36600 + unit_));
     for (int i = 0; i < count; ++i) {
@@ -111,7 +111,7 @@ void ParameterPages::streams(TextPage& page, int number)
 {
     const int first = number * DS::Whole_streams;
     const int count = std::min(survey_.options.streams - first, DS::Whole_streams);
-    start(page, "DS", survey_start_ms(), DS::Streams[count].at, ' ');
+    start(page, "DS", survey_start_ms(survey_), DS::Streams[count].at, ' ');
     for (int i = 0; i < count; ++i) {
         const auto put = [&](Span field, std::string_view value) {
             put_text(page, in_entry(DS::Streams[i].at, field), value);
@@ -150,7 +150,7 @@ void ParameterPages::streams(TextPage& page, int number)
 void ParameterPages::operation(TextPage& page)
 {
     const int wakes = 2;
-    start(page, "OM", survey_start_ms(), OM::Wakes[wakes].at, ' ');
+    start(page, "OM", survey_start_ms(survey_), OM::Wakes[wakes].at, ' ');
     put_text(page, OM::Power, "AC");
     put_text(page, OM::Mode, "SC");
     put_text(page, OM::Disk_1, "1");
@@ -169,7 +169,7 @@ void ParameterPages::operation(TextPage& page)
             put_text(page, in_entry(OM::Wakes[i].at, field), value);
         };
         put(OM::WAKE::Number, i ? "2" : "1");
-        put(OM::WAKE::Start, settings_time(survey_start_ms() + i * 43200000, 11));
+        put(OM::WAKE::Start, settings_time(survey_start_ms(survey_) + i * 43200000, 11));
         put(OM::WAKE::Duration, "000100");
         put(OM::WAKE::Interval, "010000");
         put(OM::WAKE::Count, "24");
@@ -178,7 +178,7 @@ void ParameterPages::operation(TextPage& page)
 
 void ParameterPages::auxiliary(TextPage& page)
 {
-    start(page, "AD", survey_start_ms(), AD::Length.end(), ' ');
+    start(page, "AD", survey_start_ms(survey_), AD::Length.end(), ' ');
     put_text(page, AD::Channels, "123");
     put_text(page, AD::Interval, "60");
     put_text(page, AD::Format, "16");
@@ -187,8 +187,8 @@ void ParameterPages::auxiliary(TextPage& page)
 
 void ParameterPages::calibration(TextPage& page)
 {
-    start(page, "CD", survey_start_ms(), CD::Step_output.end(), ' ');
-    put_text(page, CD::Start, settings_time(survey_start_ms(), 13));
+    start(page, "CD", survey_start_ms(survey_), CD::Step_output.end(), ' ');
+    put_text(page, CD::Start, settings_time(survey_start_ms(survey_), 13));
     put_text(page, CD::Interval, "86400");
     put_text(page, CD::Count, "1");
     put_text(page, CD::Length, "60");
@@ -202,7 +202,7 @@ void ParameterPages::calibration(TextPage& page)
 void ParameterPages::filter(TextPage& page)
 {
     static constexpr std::string_view Text = "FIR 1: 29 taps, linear phase, decimates by 5";
-    start(page, "FD", survey_start_ms(), SH::Text + static_cast<int>(Text.size()), ' ');
+    start(page, "FD", survey_start_ms(survey_), SH::Text + static_cast<int>(Text.size()), ' ');
     put_text(page, whole(SH::Text), Text);
 }
 

@@ -2,6 +2,7 @@
 #include "mkrec/recording.h"
 
 #include "mkrec/event_part.h"
+#include "mkrec/packet_output.h"
 #include "mkrec/parameter_packets.h"
 
 #include <string_view>
@@ -17,7 +18,7 @@ constexpr int64_t Setting_up_ms = 300000; // from power-on to the first event
 
 class Recorder {
 public:
-    Recorder(const Survey& survey, int unit, RecordingFile& out)
+    Recorder(const Survey& survey, int unit, PacketOutput& out)
         : survey_(survey), unit_(unit), out_(out), parameters_(survey, unit)
     {
     }
@@ -30,14 +31,14 @@ public:
 private:
     void write(const TextPage& page)
     {
-        out_.write(page.bytes, sizeof page.bytes);
+        out_.write(page);
         ++blocks_;
     }
     void note(const EventPart& part);
 
     const Survey& survey_;
     int unit_;
-    RecordingFile& out_;
+    PacketOutput& out_;
     ParameterPages parameters_;
     std::vector<DirectoryEntry> directory_;
     MadeTimes last_times_{};
@@ -49,7 +50,7 @@ void Recorder::open()
 {
     if (!survey_.options.parameters) return;
     TextPage page;
-    parameters_.health(page, Start_text, survey_start_ms() - Setting_up_ms);
+    parameters_.health(page, Start_text, survey_start_ms(survey_) - Setting_up_ms);
     write(page);
     for (int i = 0; i < sc_packets(survey_); ++i) parameters_.stations(page, i), write(page);
     for (int i = 0; i < ds_packets(survey_); ++i) parameters_.streams(page, i), write(page);
@@ -100,7 +101,7 @@ void Recorder::close()
 
 /// Records the same event of all streams of these recorders; they write their packets in turn.
 bool record_side_by_side(const Survey& survey, std::vector<Recorder>& recorders, int64_t event,
-                         const RecordingFile& out)
+                         const PacketOutput& out)
 {
     std::vector<EventPart> parts;
     parts.reserve(static_cast<size_t>(survey.options.streams * survey.options.units));
@@ -118,7 +119,7 @@ bool record_side_by_side(const Survey& survey, std::vector<Recorder>& recorders,
     return true;
 }
 
-bool record_events(const Survey& survey, int unit, Recorder& recorder, const RecordingFile& out)
+bool record_events(const Survey& survey, int unit, Recorder& recorder, const PacketOutput& out)
 {
     for (int64_t e = 0; e < survey.options.events; ++e)
         for (int s = 0; s < survey.options.streams; ++s) {
@@ -130,7 +131,7 @@ bool record_events(const Survey& survey, int unit, Recorder& recorder, const Rec
     return true;
 }
 
-bool write_interleaved(const Survey& survey, RecordingFile& out)
+bool write_interleaved(const Survey& survey, PacketOutput& out)
 {
     std::vector<Recorder> recorders;
     recorders.reserve(static_cast<size_t>(survey.options.units));
@@ -144,8 +145,9 @@ bool write_interleaved(const Survey& survey, RecordingFile& out)
 
 } // namespace
 
-bool write_recording(const Survey& survey, RecordingFile& out)
+bool write_recording(const Survey& survey, RecordingFile& file)
 {
+    PacketOutput out(survey.options, file);
     if (survey.options.interleave) return write_interleaved(survey, out);
     for (int u = 0; u < survey.options.units && !out.failed(); ++u) {
         Recorder recorder(survey, u, out);

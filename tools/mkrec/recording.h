@@ -8,6 +8,6 @@ namespace mkrec {
 
 /// Writes every packet. Returns false if the format cannot hold the samples. Write errors are remembered by
 /// the output.
-bool write_recording(const Survey& survey, RecordingFile& out);
+bool write_recording(const Survey& survey, RecordingFile& file);
 
 } // namespace mkrec

@@ -165,15 +165,15 @@ int event_number(const Survey& survey, int stream, int64_t event)
     return static_cast<int>((event * survey.options.streams + stream) % Event_numbers) + 1;
 }
 
-int64_t survey_start_ms()
+int64_t survey_start_ms(const Survey& survey)
 {
-    return (9 * 24 + 6) * 60 * Minute_ms; // 6 hours into day 10
+    return survey.options.start_ms;
 }
 
 int64_t first_sample_ms(const Survey& survey, const LinePlace& event)
 {
     const int late = (event.unit * 130 + event.stream * 40) % 1000;
-    return survey_start_ms() + event.event * survey.slot_ms + late;
+    return survey_start_ms(survey) + event.event * survey.slot_ms + late;
 }
 
 int micros_of(int unit)

@@ -54,7 +54,7 @@ std::string seed_code(const Survey& survey, int stream, int channel);
 /// Number of an event, 1 to 9999, then from 1 again; until then it differs for all streams of a unit.
 int event_number(const Survey& survey, int stream, int64_t event);
 
-int64_t survey_start_ms();
+int64_t survey_start_ms(const Survey& survey);
 int64_t first_sample_ms(const Survey& survey, const LinePlace& event);
 int micros_of(int unit); ///< of all its times
 /// The sample of an event that triggered it, from 0.
