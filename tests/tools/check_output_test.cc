@@ -10,7 +10,7 @@ using namespace check_test;
 
 namespace {
 
-kit::Recording small_recording()
+kit::Recording check_recording()
 {
     return kit::Eh().event(12).usual().pll_days('0') + kit::Dt().event(12).seq(1).samples({1, 2, 3}) +
            kit::Et().event(12).usual().seq(2);
@@ -69,8 +69,8 @@ TEST(Check_kind, zeros_before_other_bytes_are_not_zeros)
 TEST(Check_status, says_the_highest_of_several_files)
 {
     const kit::Scratch s;
-    s.write("good.pkt", small_recording());
-    s.write("bad.pkt", small_recording() + "x");
+    s.write("good.pkt", check_recording());
+    s.write("bad.pkt", check_recording() + "x");
     s.write("empty", "");
     EXPECT_EQ(run_check(s, {"good.pkt"}).status, 0);
     EXPECT_EQ(run_check(s, {"good.pkt", "bad.pkt"}).status, 1);
@@ -84,7 +84,7 @@ TEST(Check_status, says_the_highest_of_several_files)
 TEST(Check_status, a_mistake_on_the_command_line_is_told)
 {
     const kit::Scratch s;
-    s.write("rec.pkt", small_recording());
+    s.write("rec.pkt", check_recording());
     for (const kit::Args& args : std::vector<kit::Args>{{},
                                                         {"--what", "rec.pkt"},
                                                         {"--json", "--gaps", "rec.pkt"},
@@ -99,7 +99,7 @@ TEST(Check_status, a_full_device_is_told)
 {
     if (!kit::full_device_is_there()) GTEST_SKIP();
     const kit::Scratch s;
-    s.write("rec.pkt", small_recording());
+    s.write("rec.pkt", check_recording());
     kit::RunOptions options;
     options.stdout_path = "/dev/full";
     const kit::Outcome run = run_check(s, {"rec.pkt"}, options);
@@ -137,7 +137,7 @@ TEST(Check_input, a_name_that_is_no_utf8_is_told_by_its_bytes)
     const kit::Scratch s;
     s.write("r\xE9"
             "c.pkt",
-            small_recording());
+            check_recording());
     const Json report = Json::parse(run_check(s, {"--json", "r\xE9"
                                                             "c.pkt"})
                                         .out);
@@ -163,7 +163,7 @@ TEST(Check_traces, are_named_as_the_converter_names_them)
 TEST(Check_table, tells_units_events_and_findings)
 {
     const kit::Scratch s;
-    s.write("rec.pkt", small_recording() + "x");
+    s.write("rec.pkt", check_recording() + "x");
     const kit::Outcome run = run_check(s, {"rec.pkt"});
     EXPECT_EQ(run.out,
               "rec.pkt: recording\n"
@@ -184,7 +184,7 @@ TEST(Check_table, tells_units_events_and_findings)
 TEST(Check_table, has_colour_on_a_terminal_unless_told_not_to)
 {
     const kit::Scratch s;
-    s.write("rec.pkt", small_recording() + "x");
+    s.write("rec.pkt", check_recording() + "x");
     kit::RunOptions options;
     options.terminal = true;
     EXPECT_NE(run_check(s, {"rec.pkt"}, options).out.find("\033[31m"), std::string::npos);

@@ -14,6 +14,7 @@ namespace check {
 namespace {
 
 constexpr uint64_t Progress_every = 4096; // packets
+constexpr uint64_t Shift_searches = 64;   // blocks of a row of lost ones in which packets are looked for
 
 /// A row of blocks that are no packets.
 struct LostRow {
@@ -67,11 +68,13 @@ void Inspection::lost(const uint8_t* block)
     const bool zeros = all_zeros(block);
     only_zeros_ = only_zeros_ && zeros;
     if (row_.blocks > 0 && row_.zeros != zeros) tell_lost();
-    if (row_.blocks == 0) {
-        row_ = {report_.packets, 0, zeros, {}};
-        if (!zeros) row_.shift = shift_of(reader_.from_here());
-        if (row_.shift) is_recording_ = true;
+    const bool searched = zeros || row_.shift || row_.blocks >= Shift_searches;
+    const auto shift = searched ? std::nullopt : shift_of(reader_.from_here());
+    if (shift) {
+        tell_lost();
+        is_recording_ = true;
     }
+    if (row_.blocks == 0) row_ = {report_.packets, 0, zeros, shift};
     ++row_.blocks;
 }
 
@@ -130,7 +133,7 @@ void Inspection::clock(Recorder& recorder, const PACKET& pkt)
     auto& clock = recorder.tally.clock;
     const bool changed = clock.empty() || !(clock.back() == told);
     if (changed && clock.size() < UnitTally::Most_told) clock.push_back(told);
-    if (!unsure && told.days.value_or(0) == 0) return;
+    if (flags(pkt) & FLAG::Second_bank || (!unsure && told.days.value_or(0) == 0)) return;
     report_.findings.add(Code::clock, place_of(pkt, report_.packets, told.at),
                          unsure ? "the clock's last lock is unknown"
                                 : "the clock was locked " + std::to_string(*told.days) + " days before");
