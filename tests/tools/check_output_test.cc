@@ -193,6 +193,22 @@ TEST(Check_table, has_colour_on_a_terminal_unless_told_not_to)
     EXPECT_EQ(run_check(s, {"rec.pkt"}).out.find('\033'), std::string::npos);
 }
 
+TEST(Check_table, fits_a_terminal_of_80_columns)
+{
+    const kit::Scratch s;
+    kit::Recording rec = check_recording() + kit::Eh().event(13).usual().pll_days('0').seq(3);
+    rec += kit::Dt().event(13).seq(9).samples({1, 2, 3}).packet() + std::string(1024, 'Q');
+    s.write("rec.pkt", rec);
+    kit::RunOptions options;
+    options.terminal = true;
+    options.env = {"NO_COLOR=1"};
+    std::istringstream in(run_check(s, {"rec.pkt"}, options).out);
+    int lines = 0;
+    for (std::string line; std::getline(in, line); ++lines)
+        EXPECT_LE(line.find_last_not_of('\r') + 1, 80u) << line;
+    EXPECT_GT(lines, 10);
+}
+
 TEST(Check_codes, are_shown_from_their_table)
 {
     const kit::Scratch s;

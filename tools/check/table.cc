@@ -26,32 +26,39 @@ __attribute__((format(printf, 1, 2))) std::string print(const char* format, ...)
     return text;
 }
 
-/// The lines of a table, each cut to the terminal.
+/// The lines of a table, folded at blanks where the terminal is too narrow for them.
 class Table {
 public:
     explicit Table(const TableStyle& style) : style_(style) {}
 
     void line(const std::string& text, const char* colour = nullptr)
     {
-        const std::string shown = fitted(ls::printable(text));
         const bool painted = colour && style_.colour;
         if (painted) all_ += colour;
-        all_ += shown;
+        all_ += folded(ls::printable(text));
         if (painted) all_ += "\033[0m";
         all_ += '\n';
     }
+    bool is_narrow() const { return style_.columns > 0 && style_.columns < Full_width; }
     const std::string& all() const { return all_; }
 
 private:
-    /// The first characters of a text that is too wide.
-    std::string fitted(std::string text) const
+    static constexpr int Full_width = 130;
+    static constexpr std::string_view Hanging = "      "; ///< before what is folded
+    static constexpr size_t Least_width = 40;
+
+    std::string folded(std::string text) const
     {
-        if (style_.columns <= 0 || ls::width(text) <= static_cast<size_t>(style_.columns)) return text;
-        while (ls::width(text) > static_cast<size_t>(style_.columns)) {
-            while ((static_cast<uint8_t>(text.back()) & 0xC0) == 0x80) text.pop_back();
-            text.pop_back();
+        std::string out;
+        if (style_.columns <= 0) return text;
+        const size_t most = std::max(static_cast<size_t>(style_.columns), Least_width);
+        while (ls::width(text) > most) {
+            const size_t blank = text.rfind(' ', most);
+            if (blank == std::string::npos || blank <= Hanging.size()) break;
+            out += text.substr(0, blank) + "\n";
+            text = std::string(Hanging) + text.substr(blank + 1);
         }
-        return text;
+        return out + text;
     }
 
     TableStyle style_;
@@ -95,6 +102,10 @@ void add_event(Table& table, const EventTally& event)
     }
     std::string told;
     for (const uint8_t format : formats) told += print("%s%02x", told.empty() ? "" : ",", format);
+    if (table.is_narrow())
+        return table.line(print("  %5u %6u %7.6g %8zu %11llu %4zu  %.19s  %s", event.event, event.stream + 1U,
+                                event.rate, event.channels.size(), samples, gaps, shown(event.first).c_str(),
+                                told.c_str()));
     table.line(print("  %5u %6u %8.7g %8zu %8llu %11llu %4zu  %-27s  %-27s  %s", event.event,
                      event.stream + 1U, event.rate, event.channels.size(), packets, samples, gaps,
                      shown(event.first).c_str(), shown(event.last).c_str(), told.c_str()));
@@ -122,8 +133,10 @@ void add_unit(Table& table, uint16_t id, const UnitTally& unit)
     table.line("");
     table.line(head + clock_text(unit), Bold);
     if (unit.events.empty()) return;
-    table.line("  event stream     rate channels  packets     samples gaps  first                        last"
-               "                         format");
+    table.line(table.is_narrow()
+                   ? "  event stream    rate channels     samples gaps  first                format"
+                   : "  event stream     rate channels  packets     samples gaps  first                "
+                     "        last                         format");
     for (size_t i = 0; i < std::min(unit.events.size(), Events_shown); ++i) add_event(table, *unit.events[i]);
     if (unit.events.size() > Events_shown)
         table.line(print("  and %zu more events", unit.events.size() - Events_shown));
