@@ -101,12 +101,18 @@ std::optional<Byte46> byte_46_of(const PACKET& pkt, Encoding encoding)
     return Byte46{true, "the extension is read as samples: byte 46 does not tell of it"};
 }
 
+/// Most packets end here by their class: no other of the ring has it.
 bool LatestPackets::has(const uint8_t* block)
 {
     const uint64_t hash = hash_of(block);
-    const bool known = known_.contains(hash);
-    if (known_.size() == Remembered) known_.erase(known_.find(ring_[next_]));
-    known_.insert(hash);
+    const bool known =
+        of_class_[hash % Classes] > 0 && std::find(ring_.begin(), ring_.end(), hash) != ring_.end();
+    ++of_class_[hash % Classes];
+    if (ring_.size() < Remembered) {
+        ring_.push_back(hash);
+        return known;
+    }
+    --of_class_[ring_[next_] % Classes];
     ring_[next_] = hash;
     next_ = (next_ + 1) % Remembered;
     return known;

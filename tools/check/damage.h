@@ -4,13 +4,12 @@
 
 #include "packet/packet.h"
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <span>
 #include <string>
-#include <unordered_set>
+#include <vector>
 
 namespace check {
 
@@ -41,9 +40,12 @@ public:
     bool has(const uint8_t* block);
 
 private:
-    std::array<uint64_t, Remembered> ring_{};
-    size_t next_ = 0;
-    std::unordered_multiset<uint64_t> known_;
+    static constexpr size_t Classes = 65536;
+
+    std::vector<uint64_t> ring_;
+    size_t next_ = 0; ///< the place of the oldest, once the ring is full
+    std::vector<uint16_t> of_class_ =
+        std::vector<uint16_t>(Classes); ///< packets of the ring, by the end of their hash
 };
 
 } // namespace check

@@ -105,18 +105,35 @@ Json clocks(const UnitTally& told)
     return all;
 }
 
-Json unit(uint16_t id, const UnitTally& told)
+/// An object up to its closing brace, for more keys.
+std::string opened(const Json& object)
 {
-    Json health = Json::array(), events = Json::array();
+    std::string text = object.dump();
+    text.pop_back();
+    return text;
+}
+
+/// Appends an entry of an array.
+void add_entry(std::string& array, const std::string& entry)
+{
+    if (array.back() != '[') array += ',';
+    array += entry;
+}
+
+/// Events are written one by one: as JSON in memory they would take many times as much.
+std::string unit(uint16_t id, const UnitTally& told)
+{
+    Json health = Json::array();
     for (const HealthTold& h : told.health)
         health.push_back({{"at", moment(h.at)}, {"packet", h.packet}, {"text", words(h.text)}});
-    for (const auto& e : told.events) events.push_back(event(*e));
-    return {{"unit", hex_id(id)},
-            {"station", told.station.empty() ? Json() : words(told.station)},
-            {"position", position(told.position)},
-            {"clock", clocks(told)},
-            {"health", std::move(health)},
-            {"events", std::move(events)}};
+    std::string text = opened({{"unit", hex_id(id)},
+                               {"station", told.station.empty() ? Json() : words(told.station)},
+                               {"position", position(told.position)},
+                               {"clock", clocks(told)},
+                               {"health", std::move(health)}});
+    text += ",\"events\":[";
+    for (const auto& e : told.events) add_entry(text, event(*e).dump());
+    return text + "]}";
 }
 
 Json metric(const DayKey& key, const DayMetric& told)
@@ -159,29 +176,28 @@ Json types(const Report& report)
 
 std::string as_json(const Report& report, const Options& options)
 {
-    Json units = Json::array(), metrics = Json::array(), findings = Json::array(), counts = Json::object();
-    for (const auto& [id, told] : report.units) units.push_back(unit(id, told));
-    for (const auto& [key, told] : report.metrics) metrics.push_back(metric(key, told));
+    std::string text = opened({{"schema", 1},
+                               {"program", "vx_check " VX_VERSION},
+                               {"file", words(report.file)},
+                               {"bytes", report.bytes},
+                               {"packets", report.packets},
+                               {"left_over_bytes", report.left_over},
+                               {"kind", kind_name(report.kind)},
+                               {"looks_like", words_or_null(report.looks_like)},
+                               {"types", types(report)},
+                               {"first", moment(report.first)},
+                               {"last", moment(report.last)}});
+    text += ",\"units\":[";
+    for (const auto& [id, told] : report.units) add_entry(text, unit(id, told));
+    text += "],\"metrics\":[";
+    for (const auto& [key, told] : report.metrics) add_entry(text, metric(key, told).dump());
+    text += "],\"findings\":[";
     for (const Finding& f : report.findings.list())
-        if (options.shows(f.code)) findings.push_back(finding(f));
+        if (options.shows(f.code)) add_entry(text, finding(f).dump());
+    Json counts = Json::object();
     for (const CodeInfo& info : Codes)
         counts[std::string(info.name)] = options.shows(info.code) ? report.findings.count(info.code) : 0;
-    const Json all = {{"schema", 1},
-                      {"program", "vx_check " VX_VERSION},
-                      {"file", words(report.file)},
-                      {"bytes", report.bytes},
-                      {"packets", report.packets},
-                      {"left_over_bytes", report.left_over},
-                      {"kind", kind_name(report.kind)},
-                      {"looks_like", words_or_null(report.looks_like)},
-                      {"types", types(report)},
-                      {"first", moment(report.first)},
-                      {"last", moment(report.last)},
-                      {"units", std::move(units)},
-                      {"metrics", std::move(metrics)},
-                      {"findings", std::move(findings)},
-                      {"counts", std::move(counts)}};
-    return all.dump() + "\n";
+    return text + "],\"counts\":" + counts.dump() + "}\n";
 }
 
 } // namespace check
