@@ -17,7 +17,8 @@ The package brings the tools around it, too, with manual pages and with
 completions for bash and zsh.")
 set(CPACK_DEBIAN_PACKAGE_SECTION science)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
-set(CPACK_DEBIAN_PACKAGE_SUGGESTS "ghostscript, gmt, slurm-client")
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "ghostscript, gmt") # vx_plot draws with them
+set(CPACK_DEBIAN_PACKAGE_SUGGESTS "slurm-client")
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)

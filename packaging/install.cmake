@@ -46,7 +46,17 @@ foreach(program ${programs})
 endforeach()
 install(FILES tools/completions/_vx_sac DESTINATION ${VX_ZSH_COMPLETIONS_DIR})
 
-install(FILES README.md CHANGELOG.md docs/oddities.md docs/vx_check.schema.json DESTINATION ${CMAKE_INSTALL_DOCDIR})
+# Installed, the documents lie in one folder: README's links lead there, and those to files of the source alone
+# (the code's documents, the manual pages) are plain words.
+file(READ README.md readme)
+string(REGEX REPLACE "\\]\\(docs/(cookbook|format|oddities|scaling)\\.md" "](\\1.md" readme "${readme}")
+string(REGEX REPLACE "\\]\\(docs/(examples|pictures)/" "](\\1/" readme "${readme}")
+string(REGEX REPLACE "\\[([^]\n]*)\\]\\((docs/[^)\n]*|CONTRIBUTING\\.md)\\)" "\\1" readme "${readme}")
+file(CONFIGURE OUTPUT installed/README.md CONTENT "@readme@" @ONLY)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS README.md)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/installed/README.md CHANGELOG.md docs/cookbook.md docs/format.md
+    docs/oddities.md docs/scaling.md docs/vx_check.schema.json DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(FILES docs/pictures/demo.png DESTINATION ${CMAKE_INSTALL_DOCDIR}/pictures)
 if(IS_DIRECTORY ${PROJECT_SOURCE_DIR}/docs/examples)
     install(DIRECTORY docs/examples DESTINATION ${CMAKE_INSTALL_DOCDIR} USE_SOURCE_PERMISSIONS)
 endif()
