@@ -13,7 +13,7 @@ constexpr int Lanes = 8;
 constexpr int Words = DT::Frame_words;
 constexpr int Data_words = DT::Frame_cnt * (Words - 1) - 2; ///< words of a packet that can hold differences
 constexpr int Most = Data_words * 7;                        ///< most differences of a packet
-static_assert(Most + Lanes <= Samples_max, "whole vectors are written");
+static_assert(Most + Lanes <= Samples_max, "one vector is written past the last difference");
 
 /// How words are split into differences. The place of a word is 4 x code + its two top bits. It has Lanes
 /// entries in `up` and `down`, from place x Lanes on: difference i is the word shifted up by up[i], so that

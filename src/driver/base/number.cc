@@ -16,23 +16,15 @@ size_t skip_space(std::string_view text, size_t at)
     return at;
 }
 
-/// A decimal integer read from a text. Digits after the value has passed 2^40 are ignored.
-struct Integer {
-    int64_t value = 0;
-    bool found = false;
-};
-
-Integer integer_at(std::string_view text, size_t at, size_t end)
+/// A decimal integer with a sign, 0 if there is none. Digits after the value has passed 2^40 are ignored.
+int64_t integer_at(std::string_view text, size_t at, size_t end)
 {
-    Integer n;
+    int64_t value = 0;
     bool minus = false;
     if (at < end && (text[at] == '-' || text[at] == '+')) minus = text[at++] == '-';
-    for (; at < end && is_digit(text[at]); ++at) {
-        n.found = true;
-        if (n.value < int64_t{1} << 40) n.value = n.value * 10 + (text[at] - '0');
-    }
-    if (minus) n.value = -n.value;
-    return n;
+    for (; at < end && is_digit(text[at]); ++at)
+        if (value < int64_t{1} << 40) value = value * 10 + (text[at] - '0');
+    return minus ? -value : value;
 }
 
 int32_t saturate(int64_t v)
@@ -51,7 +43,7 @@ int64_t scan_integer(std::string_view text, size_t at, int width)
 {
     text = text_from(text, at);
     at = skip_space(text, 0);
-    return integer_at(text, at, std::min(text.size(), at + static_cast<size_t>(width))).value;
+    return integer_at(text, at, std::min(text.size(), at + static_cast<size_t>(width)));
 }
 
 /// Reads the first 255 characters of a field with strtod, which needs a NUL at the end.
@@ -67,7 +59,7 @@ double double_of(std::string_view field)
 int32_t to_int32(std::string_view text)
 {
     text = before_nul(text);
-    return saturate(integer_at(text, skip_space(text, 0), text.size()).value);
+    return saturate(integer_at(text, skip_space(text, 0), text.size()));
 }
 
 uint32_t to_uint32_any_base(std::string_view text)

@@ -33,7 +33,7 @@ constexpr uint32_t Slots_max = 64 + 192 + 768;
 constexpr uint32_t Descriptors_kept = 24; ///< not for slots: input, INI file, console, C library
 
 uint32_t Slots_allowed;    ///< 0 until the first file is opened
-uint32_t Slots_lent;       ///< slots in use
+uint32_t Slots_used;       ///< slots in use
 uint32_t Openings;         ///< files opened so far
 OUT_FILE* Newest;          ///< of the files with a slot, the one written to last
 OUT_FILE* Oldest;          ///< the one not written to for the longest time
@@ -144,7 +144,7 @@ void write_collected(OUT_FILE& file)
 /// True when the thread saves time. Each closing of a file waits for the thread, which costs what the thread
 /// saves on about ten pieces. So the thread is used when 16 pieces or more were filled since the latest
 /// closing, or between the latest two.
-bool thread_pays()
+bool thread_saves_time()
 {
     constexpr uint64_t least = Pieces * Piece_max;
     return std::max(Since_closing, Between_closings) >= least;
@@ -154,7 +154,7 @@ bool thread_pays()
 void empty_buffer(OUT_FILE& file)
 {
     Since_closing += file.used;
-    if (!thread_pays() || !hand_over(file.fd, {file.buf, file.used}, file.number))
+    if (!thread_saves_time() || !hand_over(file.fd, {file.buf, file.used}, file.number))
         return write_collected(file);
     file.written += file.used;
     file.used = 0;
@@ -171,7 +171,7 @@ void mark_file(OUT_FILE& file)
 }
 
 /// Writes the buffer and frees the slot. `open` does not change: the next write gets a slot again.
-void take_slot(OUT_FILE& file)
+void free_slot(OUT_FILE& file)
 {
     if (!file.buf) return;
     write_collected(file);
@@ -183,7 +183,7 @@ void take_slot(OUT_FILE& file)
     give_buffer(file.buf, file.cap);
     file.buf = nullptr;
     file.cap = 0;
-    --Slots_lent;
+    --Slots_used;
     if (!closed && errno != EINTR) lose(file);
 }
 
@@ -282,14 +282,14 @@ int open_again(const OUT_FILE& file, int how)
 }
 
 /// Gives a file its slot: this descriptor and a buffer. False without memory.
-bool lend_slot(OUT_FILE& file, int fd)
+bool give_slot(OUT_FILE& file, int fd)
 {
     if (Slots_allowed == 0) {
         Slots_allowed = slots_by_limit();
         widen_descriptor_table();
     }
     // never taken: a slot that is lent can be given up
-    while (Slots_lent >= Slots_allowed && out_give_up_oldest()) {
+    while (Slots_used >= Slots_allowed && out_give_up_oldest()) {
     }
     do {
         file.buf = take_buffer(file.cap);
@@ -298,7 +298,7 @@ bool lend_slot(OUT_FILE& file, int fd)
     file.fd = fd;
     file.used = 0;
     link_newest(file);
-    ++Slots_lent;
+    ++Slots_used;
     return true;
 }
 
@@ -307,14 +307,14 @@ void regain_slot(OUT_FILE& file)
 {
     const int fd =
         file.created ? open_again(file, O_APPEND) : open_waiting_for_nobody(file.name, O_WRONLY | O_APPEND);
-    if (fd < 0 || !lend_slot(file, fd)) { // never taken: a file that had a buffer gets one again
+    if (fd < 0 || !give_slot(file, fd)) { // never taken: a file that had a buffer gets one again
         if (fd >= 0) ::close(fd);         // never taken: a file that had a buffer gets one again
         lose(file);
     }
 }
 
 /// The place where the bytes of a broken file are written; nothing reads them.
-char* waste()
+char* discarded()
 {
     static char bin[Out_room_max];
     return bin;
@@ -326,7 +326,7 @@ bool out_open(OUT_FILE& file, const char* name, OUT_MODE mode, ON_LOSS on_loss)
 {
     const int fd = open_by_mode(name, mode);
     if (fd < 0) return false;
-    if (!lend_slot(file, fd)) {
+    if (!give_slot(file, fd)) {
         ::close(fd);
         if (mode == OUT_MODE::create_new) ::unlink(name); // otherwise the next try would find the name taken
         errno = ENOMEM;
@@ -347,7 +347,7 @@ bool out_open(OUT_FILE& file, const char* name, OUT_MODE mode, ON_LOSS on_loss)
 void out_close(OUT_FILE& file)
 {
     if (!file.open) return;
-    take_slot(file);
+    free_slot(file);
     file.open = false;
 }
 
@@ -383,7 +383,7 @@ void out_settle()
 bool out_give_up_oldest()
 {
     if (!Oldest) return false;
-    take_slot(*Oldest);
+    free_slot(*Oldest);
     return true;
 }
 
@@ -397,14 +397,14 @@ char* OUT_FILE::room(uint32_t n)
     if (!buf && !broken) regain_slot(*this);
     if (broken || !buf) { // never taken: a slot is regained, or the file is marked as broken
         used = 0;
-        return waste();
+        return discarded();
     }
     if (Newest != this) {
         unlink_slot(*this);
         link_newest(*this);
     }
     if (cap - used < n) empty_buffer(*this);
-    return broken ? waste() : buf + used;
+    return broken ? discarded() : buf + used;
 }
 
 void OUT_FILE::mark_start(std::string_view bytes)

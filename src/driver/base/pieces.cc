@@ -12,7 +12,7 @@
 
 namespace {
 
-static_assert((Pieces & (Pieces - 1)) == 0, "the place of a piece goes on where counts wrap");
+static_assert((Pieces & (Pieces - 1)) == 0, "Pieces must be a power of two");
 
 struct QueuedPiece {
     uint32_t number = 0; ///< of the file
