@@ -41,6 +41,7 @@ enum class Code : uint8_t {
 
 enum class Severity : uint8_t { note, error };
 
+// NOLINTNEXTLINE(clang-analyzer-optin.performance.Padding): the table is read in this order
 struct CodeInfo {
     Code code;
     std::string_view name;

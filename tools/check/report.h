@@ -11,6 +11,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace check {
@@ -79,7 +80,11 @@ struct DayKey {
     std::string station;
     uint16_t stream, channel; ///< counted from 0
     int64_t day;
-    auto operator<=>(const DayKey&) const = default;
+    bool operator<(const DayKey& other) const
+    {
+        return std::tie(unit, station, stream, channel, day) <
+               std::tie(other.unit, other.station, other.stream, other.channel, other.day);
+    }
 };
 struct DayMetric {
     uint64_t num_gaps = 0, num_overlaps = 0;

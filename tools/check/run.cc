@@ -86,6 +86,7 @@ void take_switches(const std::vector<std::string>& switches)
     words.insert(words.end(), switches.begin(), switches.end());
     words.push_back("recording");
     std::vector<char*> argv;
+    argv.reserve(words.size());
     for (std::string& word : words) argv.push_back(word.data());
     read_command_line(static_cast<int>(argv.size()), argv.data());
     Log_on = Qcc_on = false; // nothing is written

@@ -200,7 +200,7 @@ std::string read_start(const std::string& text, int64_t& ms)
 std::string read_drop(const std::string& text, std::vector<int64_t>& drop)
 {
     for (const std::string& part : split(text)) {
-        const std::string why = read_whole(part, 1, Most_bytes, drop.emplace_back());
+        std::string why = read_whole(part, 1, Most_bytes, drop.emplace_back());
         if (!why.empty()) return why;
     }
     return "";
@@ -213,7 +213,7 @@ std::string read_damage(const std::string& text, std::vector<Damage>& damage)
     if (!kind) return shown(text.substr(0, at)) + " is no kind of damage; --help shows all";
     if (at == std::string::npos) return "needs a packet: " + text + "@N";
     int64_t packet = 0;
-    const std::string why = read_whole(text.substr(at + 1), 1, Most_bytes, packet);
+    std::string why = read_whole(text.substr(at + 1), 1, Most_bytes, packet);
     damage.push_back({*kind, packet});
     return why;
 }
