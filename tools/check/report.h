@@ -5,7 +5,6 @@
 #include "packet/kind.h"
 
 #include <array>
-#include <compare>
 #include <cstdint>
 #include <map>
 #include <memory>
