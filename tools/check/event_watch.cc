@@ -2,27 +2,17 @@
 
 #include "check/damage.h"
 #include "check/metrics.h"
+#include "check/printed.h"
 #include "model/event.h"
 #include "model/record/records.h"
 
 #include <algorithm>
 #include <cmath>
-#include <cstdarg>
 #include <cstdio>
 
 namespace check {
 
 namespace {
-
-__attribute__((format(printf, 1, 2))) std::string printed(const char* format, ...)
-{
-    char made[160];
-    va_list args;
-    va_start(args, format);
-    vsnprintf(made, sizeof made, format, args);
-    va_end(args);
-    return made;
-}
 
 /// What a compressed packet contradicts.
 std::string contradiction(const PACKET& pkt, const Decoded& decoded, uint32_t made)

@@ -1,11 +1,11 @@
 // The report as a table for people: one block per recorder, one line per event and stream, findings grouped.
+#include "check/printed.h"
 #include "check/write.h"
 
 #include "ls/text.h"
 
 #include <algorithm>
 #include <cmath>
-#include <cstdarg>
 #include <cstdio>
 #include <set>
 
@@ -15,16 +15,6 @@ namespace {
 
 constexpr size_t Shown_each = 3; // findings of a code
 constexpr size_t Events_shown = 40;
-
-__attribute__((format(printf, 1, 2))) std::string print(const char* format, ...)
-{
-    char text[400];
-    va_list args;
-    va_start(args, format);
-    vsnprintf(text, sizeof text, format, args);
-    va_end(args);
-    return text;
-}
 
 /// The lines of a table, folded at blanks where the terminal is too narrow for them.
 class Table {
@@ -79,14 +69,14 @@ void add_head(Table& table, const Report& report)
     std::string types;
     for (size_t kind = 0; kind < report.types.size(); ++kind)
         if (report.types[kind])
-            types +=
-                ", " + letters_of(kind) + print(" %llu", static_cast<unsigned long long>(report.types[kind]));
-    table.line(print("%llu bytes, %llu packets", static_cast<unsigned long long>(report.bytes),
-                     static_cast<unsigned long long>(report.packets)) +
+            types += ", " + letters_of(kind) +
+                     printed(" %llu", static_cast<unsigned long long>(report.types[kind]));
+    table.line(printed("%llu bytes, %llu packets", static_cast<unsigned long long>(report.bytes),
+                       static_cast<unsigned long long>(report.packets)) +
                (report.kind == FileKind::recording ? types : ""));
     if (report.first != No_moment)
         table.line(shown(report.first) + " to " + shown(report.last) +
-                   print(", %llu samples", static_cast<unsigned long long>(report.samples)));
+                   printed(", %llu samples", static_cast<unsigned long long>(report.samples)));
 }
 
 void add_event(Table& table, const EventTally& event)
@@ -101,14 +91,14 @@ void add_event(Table& table, const EventTally& event)
         formats.insert(channel.format);
     }
     std::string told;
-    for (const uint8_t format : formats) told += print("%s%02x", told.empty() ? "" : ",", format);
+    for (const uint8_t format : formats) told += printed("%s%02x", told.empty() ? "" : ",", format);
     if (table.is_narrow())
-        return table.line(print("  %5u %6u %7.6g %8zu %11llu %4zu  %.19s  %s", event.event, event.stream + 1U,
-                                event.rate, event.channels.size(), samples, gaps, shown(event.first).c_str(),
-                                told.c_str()));
-    table.line(print("  %5u %6u %8.7g %8zu %8llu %11llu %4zu  %-27s  %-27s  %s", event.event,
-                     event.stream + 1U, event.rate, event.channels.size(), packets, samples, gaps,
-                     shown(event.first).c_str(), shown(event.last).c_str(), told.c_str()));
+        return table.line(printed("  %5u %6u %7.6g %8zu %11llu %4zu  %.19s  %s", event.event,
+                                  event.stream + 1U, event.rate, event.channels.size(), samples, gaps,
+                                  shown(event.first).c_str(), told.c_str()));
+    table.line(printed("  %5u %6u %8.7g %8zu %8llu %11llu %4zu  %-27s  %-27s  %s", event.event,
+                       event.stream + 1U, event.rate, event.channels.size(), packets, samples, gaps,
+                       shown(event.first).c_str(), shown(event.last).c_str(), told.c_str()));
 }
 
 std::string clock_text(const UnitTally& unit)
@@ -121,15 +111,15 @@ std::string clock_text(const UnitTally& unit)
             unknown = false;
             worst = std::max(worst, *told.days);
         }
-    return unknown ? ", clock's last lock unknown" : print(", clock locked %d days before at most", worst);
+    return unknown ? ", clock's last lock unknown" : printed(", clock locked %d days before at most", worst);
 }
 
 void add_unit(Table& table, uint16_t id, const UnitTally& unit)
 {
-    std::string head = print("%04X", id) + (unit.station.empty() ? "" : "  " + unit.station);
+    std::string head = printed("%04X", id) + (unit.station.empty() ? "" : "  " + unit.station);
     if (unit.position)
-        head += print(", %.5f %.5f, %g m (%s)", unit.position->lat, unit.position->lon, unit.position->elev,
-                      unit.position->by_header ? "header" : "station file");
+        head += printed(", %.5f %.5f, %g m (%s)", unit.position->lat, unit.position->lon, unit.position->elev,
+                        unit.position->by_header ? "header" : "station file");
     table.line("");
     table.line(head + clock_text(unit), Bold);
     if (unit.events.empty()) return;
@@ -139,17 +129,17 @@ void add_unit(Table& table, uint16_t id, const UnitTally& unit)
                      "        last                         format");
     for (size_t i = 0; i < std::min(unit.events.size(), Events_shown); ++i) add_event(table, *unit.events[i]);
     if (unit.events.size() > Events_shown)
-        table.line(print("  and %zu more events", unit.events.size() - Events_shown));
+        table.line(printed("  and %zu more events", unit.events.size() - Events_shown));
 }
 
 std::string place_text(const Place& place)
 {
     std::string text;
-    if (place.packet) text += print("packet %llu ", static_cast<unsigned long long>(place.packet));
-    if (place.unit != Nowhere) text += print("%04X ", static_cast<unsigned>(place.unit));
-    if (place.event != Nowhere) text += print("event %d ", place.event);
-    if (place.stream != Nowhere) text += print("stream %d ", place.stream);
-    if (place.channel != Nowhere) text += print("channel %d ", place.channel);
+    if (place.packet) text += printed("packet %llu ", static_cast<unsigned long long>(place.packet));
+    if (place.unit != Nowhere) text += printed("%04X ", static_cast<unsigned>(place.unit));
+    if (place.event != Nowhere) text += printed("event %d ", place.event);
+    if (place.stream != Nowhere) text += printed("stream %d ", place.stream);
+    if (place.channel != Nowhere) text += printed("channel %d ", place.channel);
     if (place.at != No_moment) text += iso(place.at) + " ";
     if (!text.empty()) text.back() = ':';
     return text.empty() ? text : text + " ";
@@ -160,15 +150,15 @@ void add_code(Table& table, const Report& report, const CodeInfo& info)
     const uint64_t count = report.findings.count(info.code);
     if (count == 0) return;
     const bool error = report.findings.errors(info.code) > 0;
-    table.line(print("%s, %llu %s%s: %s", std::string(info.name).c_str(),
-                     static_cast<unsigned long long>(count), error ? "error" : "note", count == 1 ? "" : "s",
-                     info.sentence),
+    table.line(printed("%s, %llu %s%s: %s", std::string(info.name).c_str(),
+                       static_cast<unsigned long long>(count), error ? "error" : "note",
+                       count == 1 ? "" : "s", info.sentence),
                error ? Red : Yellow);
     size_t told = 0;
     for (const Finding& f : report.findings.list())
         if (f.code == info.code && told++ < Shown_each) table.line("    " + place_text(f.place) + f.text);
     if (count > Shown_each)
-        table.line(print("    and %llu more", static_cast<unsigned long long>(count - Shown_each)));
+        table.line(printed("    and %llu more", static_cast<unsigned long long>(count - Shown_each)));
 }
 
 void add_findings(Table& table, const Report& report, const Options& options)

@@ -1,10 +1,10 @@
 #include "driver/base/console.h"
 
 #include "driver/base/settings.h"
+#include "driver/base/steady_clock.h"
 
 #include <cinttypes>
 #include <cstdio>
-#include <ctime>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -34,13 +34,11 @@ void console_show()
 void console_tick()
 {
     if (!On_terminal) return;
-    static timespec shown;
-    timespec now;
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    const auto ms = (now.tv_sec - shown.tv_sec) * 1000 + (now.tv_nsec - shown.tv_nsec) / 1'000'000;
-    if (ms < 100) return;
+    static int64_t shown_ms;
+    const int64_t now = steady_ms();
+    if (now - shown_ms < 100) return;
     fflush(stdout);
-    shown = now;
+    shown_ms = now;
 }
 
 void print_banner()

@@ -1,30 +1,22 @@
 #include "driver/base/pulse.h"
 
 #include "driver/base/outfile.h"
+#include "driver/base/steady_clock.h"
 
 #include <cstdio>
-#include <ctime>
 
-static timespec Latest; ///< when everything was written
-
-static timespec steady_now()
-{
-    timespec now;
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return now;
-}
+static int64_t Latest_ms; ///< when everything was written; 0 until the first second begins
 
 void write_all_collected()
 {
     out_write_all();
     fflush(stdout);
-    Latest = steady_now();
+    Latest_ms = steady_ms();
 }
 
 void write_once_a_second()
 {
-    const timespec now = steady_now();
-    if (Latest.tv_sec == 0) Latest = now; // the first second begins
-    const auto ms = (now.tv_sec - Latest.tv_sec) * 1000 + (now.tv_nsec - Latest.tv_nsec) / 1'000'000;
-    if (ms >= 1000) write_all_collected();
+    const int64_t now = steady_ms();
+    if (Latest_ms == 0) Latest_ms = now;
+    if (now - Latest_ms >= 1000) write_all_collected();
 }
